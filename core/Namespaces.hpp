@@ -1,0 +1,14 @@
+// Namespace URIs the library looks for that the engine has no constant for.
+#ifndef VQXML_CORE_NAMESPACES_HPP
+#define VQXML_CORE_NAMESPACES_HPP
+
+#include <xercesc/util/XercesDefs.hpp>
+
+namespace vqxml {
+
+inline constexpr XMLCh kSoap11Namespace[] = u"http://schemas.xmlsoap.org/soap/envelope/";
+inline constexpr XMLCh kSoap12Namespace[] = u"http://www.w3.org/2003/05/soap-envelope";
+
+}  // namespace vqxml
+
+#endif

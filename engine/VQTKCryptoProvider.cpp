@@ -1,0 +1,32 @@
+#include "engine/VQTKCryptoProvider.hpp"
+
+#include <mutex>
+
+#include <openssl/provider.h>
+#include <xercesc/util/XMLUniDefs.hpp>
+
+XERCES_CPP_NAMESPACE_USE
+
+namespace {
+
+const XMLCh kProviderName[] = {chLatin_V, chLatin_Q, chLatin_T, chLatin_K, chLatin_C, chLatin_r,
+                               chLatin_y, chLatin_p, chLatin_t, chLatin_o, chNull};
+
+}  // namespace
+
+const XMLCh* VQTKCryptoProvider::getProviderName() const {
+    return kProviderName;
+}
+
+namespace vqxml {
+
+void loadOpenSSLProviders() {
+    static std::once_flag once;
+    std::call_once(once, [] {
+        // Loading "legacy" alone would hide the default algorithms.
+        OSSL_PROVIDER_load(nullptr, "default");
+        OSSL_PROVIDER_load(nullptr, "legacy");
+    });
+}
+
+}  // namespace vqxml

@@ -1,0 +1,133 @@
+/*
+ * VQXML_XMLSecurity: the context behind one handle of the C interface.
+ *
+ * C++ callers may use the class directly instead of the C functions; the rules of
+ * vqxml.h apply (one thread at a time per object, buffers owned by the object).
+ * Building against this header needs the Xerces-C and xml-security-c headers
+ * (pkg-config --cflags vqxml names them).
+ */
+#ifndef VQXML_VQXML_XMLSECURITY_H
+#define VQXML_VQXML_XMLSECURITY_H
+
+#include <vqxml/vqxml.h>
+
+#include <xercesc/util/XercesDefs.hpp>
+#include <xsec/utils/XSECSafeBuffer.hpp>
+
+XERCES_CPP_NAMESPACE_BEGIN
+class DOMDocument;
+class DOMImplementation;
+class DOMNode;
+XERCES_CPP_NAMESPACE_END
+
+class DSIGSignature;
+class XENCCipher;
+class XENCEncryptedKey;
+class VQXML_WSSecSecurity;
+class CMimeMessage;
+
+/* One node of the list of EncryptedData identifiers made on a handle. */
+struct VQXML_EncDataNode {
+    const XMLCh* id;
+    VQXML_EncDataNode* next;
+};
+
+class VQXML_EXPORT VQXML_XMLSecurity {
+public:
+    explicit VQXML_XMLSecurity(char* locale = nullptr);
+    virtual ~VQXML_XMLSecurity();
+    VQXML_XMLSecurity(const VQXML_XMLSecurity&) = delete;
+    VQXML_XMLSecurity& operator=(const VQXML_XMLSecurity&) = delete;
+
+    /* ---- accessors ---- */
+    char* getVersion();
+    char* getXMLEncoding();
+    char* getLastErrorMsg();
+    int getLaseErrorCode();
+    char* getXMLDocument();
+    int getXMLDocumentLength();
+    char* getKeyName();
+    int getCert(unsigned char** cert);
+    char* getIssuer();
+    char* getSerialNumber();
+    char* getSubjectName();
+    unsigned char* getPriKeyInfo();
+    unsigned char* getPriKeyEncRandom();
+
+    /* ---- switches (none has an opposite) ---- */
+    int appendX509IssuerSerialNumber();
+    int appendX509SubjectName();
+    int appendKeyValue();
+    int SOAPSEC_removeSecurityHeader();
+    void setEbXml();
+
+    /* ---- algorithm selectors read back ---- */
+    int getSymmAlg();
+    int getKeyWrapAlg();
+    int getSignatureAlg();
+
+    /* ---- errors ---- */
+    /* Records code and prefix + message (EUC-KR, at most 1023 bytes); returns code. */
+    int ProcessExceptionMessage(int code, const char* prefix, const XMLCh* message);
+    /* The same with a message already in EUC-KR bytes. */
+    int ProcessExceptionMessage(int code, const char* prefix, const char* message);
+
+    /* ---- documents ---- */
+    /* Parses len bytes into *out; returns the parser's error count (0 = well formed).
+     * DTDs, external entities and URLs are never loaded. */
+    int setXMLDocument(char* xml, int len, XERCES_CPP_NAMESPACE::DOMDocument** out);
+    /* Releases m_document and parses xml into it; throws 10105 (not well formed or
+     * no root element) or 10107 (declared encoding other than "UTF-8"/"utf-8"). */
+    void loadDocument(char* xml, int len);
+    XERCES_CPP_NAMESPACE::DOMNode* findNode(XERCES_CPP_NAMESPACE::DOMNode* node, const XMLCh* name);
+    XERCES_CPP_NAMESPACE::DOMNode* findNameSpaceNode(XERCES_CPP_NAMESPACE::DOMNode* node);
+    XERCES_CPP_NAMESPACE::DOMNode* findSOAPHeaderNode(XERCES_CPP_NAMESPACE::DOMNode* node);
+    int XMLDocument2char(XERCES_CPP_NAMESPACE::DOMImplementation* impl,
+                         XERCES_CPP_NAMESPACE::DOMNode* node, char** out);
+    /* Replaces m_xmlDocument by the serialised m_document. */
+    void storeResultDocument();
+
+protected:
+    bool m_ebXml;
+    DSIGSignature* m_signature;
+    XENCCipher* m_cipher;
+    VQXML_WSSecSecurity* m_wsSecurity;
+    XERCES_CPP_NAMESPACE::DOMDocument* m_document;
+    XERCES_CPP_NAMESPACE::DOMImplementation* m_domImpl;
+    safeBuffer m_encodingBuf;
+    int m_errorCode;
+    char* m_version;
+    char* m_errorMsg;
+    char* m_subjectName;
+    char* m_serialNumber;
+    char* m_issuer;
+    bool m_appendIssuerSerial;
+    bool m_appendSubjectName;
+    bool m_appendKeyValue;
+    bool m_removeSecurityHeader;
+    char* m_keyName;
+    unsigned char* m_cert;
+    int m_certLen;
+    unsigned char* m_priKeyInfo;
+    unsigned char* m_priKeyEncRandom;
+    int m_signatureMethod;
+    int m_hashMethod;
+    char* m_xmlDocument;
+    int m_xmlDocumentLength;
+    XENCEncryptedKey* m_encryptedKey;
+    unsigned char* m_symmKey;
+    int m_symmKeyLen;
+    int m_symmAlg;
+    int m_keyWrapAlg;
+    int m_encDataCount;
+    VQXML_EncDataNode* m_encDataList;
+    int m_encKeyIndex;
+    bool m_keyNameInData;
+    char* m_encKeyText1;
+    char* m_encKeyText2;
+    int m_refHashMethod;
+    int m_refCanonMethod;
+    CMimeMessage* m_mimeMessage;
+};
+
+#endif

@@ -1,0 +1,75 @@
+/*
+ * vqxml: XML Signature, XML Encryption, WS-Security and ebXML for C callers.
+ *
+ * Every call works on an opaque handle made by VQTK_XMLAPI_init and destroyed by
+ * VQTK_XMLAPI_Finish. Every function returns an int status: 0 is success; a null
+ * handle gives VQXML_ERR_NULL_HANDLE and a null required pointer
+ * VQXML_ERR_NULL_ARGUMENT, neither of which touches the handle. Any other failure
+ * leaves a text in the handle, read with VQTK_XMLAPI_GetErrInfo (EUC-KR bytes: the
+ * failing method's name, " > ", then the reason).
+ *
+ * Buffers handed out by the library (result documents, certificates, names) belong
+ * to the handle: they stay valid until the next operation that produces the same
+ * kind of result or until the handle is finished. Never free them.
+ *
+ * Threads: a handle must be used by one thread at a time; different handles may be
+ * used on different threads at once. Handles may be created and finished on any
+ * thread at any time.
+ */
+#ifndef VQXML_VQXML_H
+#define VQXML_VQXML_H
+
+#if defined(VQXML_BUILDING)
+#define VQXML_EXPORT __attribute__((visibility("default")))
+#else
+#define VQXML_EXPORT
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Status codes shared by all families. */
+#define VQXML_OK 0
+#define VQXML_ERR_MEMORY 1
+#define VQXML_ERR_CRYPTO_PROVIDER 33
+#define VQXML_ERR_NULL_HANDLE 10100
+#define VQXML_ERR_HANDLE_IN_USE 10101
+#define VQXML_ERR_NULL_ARGUMENT 10102
+#define VQXML_ERR_RELEASE 10103
+#define VQXML_ERR_PARSE 10105
+#define VQXML_ERR_ENCODING 10107
+#define VQXML_ERR_UNKNOWN 12011
+
+/* ---- Handle, version, errors, result document ---- */
+
+/* Makes a handle into *handle, which must hold NULL (else 10101). 10102 if the
+ * library could not start. */
+VQXML_EXPORT int VQTK_XMLAPI_init(void** handle);
+/* As VQTK_XMLAPI_init; the locale is accepted and ignored. */
+VQXML_EXPORT int VQTK_XMLAPI_initSetlocale(void** handle, char* locale);
+/* Destroys the handle in *handle. The variable is not cleared: set it to NULL
+ * before passing it to VQTK_XMLAPI_init again. */
+VQXML_EXPORT int VQTK_XMLAPI_Finish(void** handle);
+/* Copies the version text ("V1.0.0.7"). If len is at most the text's length,
+ * exactly len bytes are copied with no NUL; otherwise the text and its NUL. */
+VQXML_EXPORT int VQTK_XMLAPI_GetVersion(void* handle, int len, char* out);
+/* Copies the last failure's text by the same rule as VQTK_XMLAPI_GetVersion. With
+ * a null handle it writes "VQTKXML API initialisation failed" (in Korean, EUC-KR,
+ * 24 bytes with the NUL) into out and returns 10100. */
+VQXML_EXPORT int VQTK_XMLAPI_GetErrInfo(void* handle, int len, char* out);
+/* Hands out the last result document (NUL-terminated; len excludes the NUL). With
+ * no result yet, returns 0 and writes neither doc nor len. */
+VQXML_EXPORT int VQTK_XMLAPI_GetXMLDocument(void* handle, char** doc, int* len);
+/* Releases with free() a buffer the caller owns and sets the pointer to NULL; does
+ * nothing for NULL. Never pass a buffer the handle owns. */
+VQXML_EXPORT void VQTK_XMLAPI_Free(void** buffer);
+
+/* Returns at once; exported for the busy waits of start-up. */
+VQXML_EXPORT void VQXML_Sleep(int unused);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,59 @@
+#!/usr/bin/env bash
+# Installs everything the build, the tests and the demo need; safe to run again.
+# xml-security-c is rebuilt from Debian's own source package with Xalan (Debian's
+# binary package has no XPath support) into a private prefix, cached between runs.
+set -euo pipefail
+
+PREFIX="${VQXML_XSEC_PREFIX:-$HOME/.cache/vqxml/xmlsec-c}"
+SUDO=""
+[ "$(id -u)" -eq 0 ] || SUDO="sudo"
+
+PACKAGES=(
+  build-essential cmake pkg-config dpkg-dev
+  libxerces-c-dev libxalan-c-dev libssl-dev openssl
+  googletest libgtest-dev libgmock-dev libbenchmark-dev
+  xmlsec1 libxmlsec1-dev libxml2-dev
+  python3 python3-lxml python3-xmlsec
+  clang libclang-rt-14-dev
+)
+
+missing=()
+for p in "${PACKAGES[@]}"; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+done
+if [ "${#missing[@]}" -gt 0 ]; then
+  echo "setup: installing ${missing[*]}"
+  export DEBIAN_FRONTEND=noninteractive
+  $SUDO apt-get update -qq
+  $SUDO apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+fi
+
+if [ -f "$PREFIX/lib/libxml-security-c.so.20" ] && \
+   grep -q '^#define XSEC_HAVE_XALAN' "$PREFIX/include/xsec/framework/XSECConfig.hpp" 2>/dev/null; then
+  exit 0
+fi
+
+echo "setup: building xml-security-c with Xalan into $PREFIX"
+work="$(mktemp -d)"
+trap 'rm -rf "$work"' EXIT
+apt_dir="$work/apt"
+mkdir -p "$apt_dir/sources" "$apt_dir/lists/partial"
+: > "$apt_dir/empty.list"
+codename="$(. /etc/os-release && echo "${VERSION_CODENAME:-bookworm}")"
+echo "deb-src http://deb.debian.org/debian $codename main" > "$apt_dir/sources/src.list"
+APT_OPTS=(-o Dir::Etc::SourceList="$apt_dir/empty.list"
+          -o Dir::Etc::SourceParts="$apt_dir/sources"
+          -o Dir::State::Lists="$apt_dir/lists")
+apt-get "${APT_OPTS[@]}" update -qq
+( cd "$work" && apt-get "${APT_OPTS[@]}" source -qq xml-security-c >/dev/null )
+src="$(find "$work" -maxdepth 1 -type d -name 'xml-security-c-*' | head -n1)"
+[ -n "$src" ] || { echo "setup: xml-security-c source not found" >&2; exit 1; }
+(
+  cd "$src"
+  ./configure --prefix="$PREFIX" --with-xalan=/usr --without-nss --disable-static >/dev/null
+  make -j"$(nproc)" >/dev/null
+  make install >/dev/null
+)
+grep -q '^#define XSEC_HAVE_XALAN' "$PREFIX/include/xsec/framework/XSECConfig.hpp" || {
+  echo "setup: xml-security-c was built without Xalan" >&2; exit 1; }
+echo "setup: xml-security-c ready in $PREFIX"
