@@ -57,6 +57,7 @@ void startEngines() {
         XSECPlatformUtils::Initialise(XSECPlatformUtils::g_cryptoProvider != nullptr
                                           ? nullptr
                                           : new VQTKCryptoProvider());
+        registerKoreanAlgorithms();
         if (g_provider == nullptr)
             g_provider = new XSECProvider();
     } catch (const std::bad_alloc&) {

@@ -5,6 +5,9 @@
 #include <openssl/provider.h>
 #include <xercesc/util/XMLUniDefs.hpp>
 
+#include "engine/VQTKCryptoKeyKCDSA.hpp"
+#include "engine/VQTKCryptoSymmetricKey.hpp"
+
 XERCES_CPP_NAMESPACE_USE
 
 namespace {
@@ -16,6 +19,20 @@ const XMLCh kProviderName[] = {chLatin_V, chLatin_Q, chLatin_T, chLatin_K, chLat
 
 const XMLCh* VQTKCryptoProvider::getProviderName() const {
     return kProviderName;
+}
+
+const XMLCh* VQTKCryptoProvider::providerName() {
+    return kProviderName;
+}
+
+XSECCryptoSymmetricKey* VQTKCryptoProvider::keySymmetric(int type) const {
+    if (type >= XSECCryptoSymmetricKey::KEY_3DES_192 && type <= XSECCryptoSymmetricKey::KEY_AES_256)
+        return keySymmetric(static_cast<XSECCryptoSymmetricKey::SymmetricKeyType>(type));
+    return VQTKCryptoSymmetricKey::forTypeCode(type);
+}
+
+VQTKCryptoKeyKCDSA* VQTKCryptoProvider::keyKCDSA() const {
+    return new VQTKCryptoKeyKCDSA();
 }
 
 namespace vqxml {

@@ -5,9 +5,21 @@
 
 #include <xsec/enc/OpenSSL/OpenSSLCryptoProvider.hpp>
 
+class VQTKCryptoKeyKCDSA;
+
 class VQTKCryptoProvider : public OpenSSLCryptoProvider {
 public:
     const XMLCh* getProviderName() const override;
+    static const XMLCh* providerName();
+
+    using OpenSSLCryptoProvider::keySymmetric;
+    // A symmetric key of the library's numeric key type: 1 Triple DES and 2 to 4
+    // AES-128/192/256 (the engine's own keys), 5 SEED, 6 NEAT, 7 ARIA-128 (a
+    // VQTKCryptoSymmetricKey); null for any other type. The caller owns it.
+    XSECCryptoSymmetricKey* keySymmetric(int type) const;
+
+    // An empty KCDSA key object to load a certificate and/or private key into.
+    VQTKCryptoKeyKCDSA* keyKCDSA() const;
 };
 
 namespace vqxml {
@@ -16,6 +28,12 @@ namespace vqxml {
 // default library context; done once per process and never undone, since the
 // host may hold objects made with them.
 void loadOpenSSLProviders();
+
+// Teaches xml-security-c the engine's algorithms (AlgorithmURIs.hpp): SEED, ARIA
+// and NEAT in CBC mode, the HAS-160 digest and the KCDSA signatures. The engine
+// forgets its handlers when it terminates, so this belongs right after every
+// XSECPlatformUtils::Initialise (defined in AlgorithmRegistration.cpp).
+void registerKoreanAlgorithms();
 
 }  // namespace vqxml
 

@@ -1,0 +1,23 @@
+#include "engine/VQTKCryptoProvider.hpp"
+
+#include <xsec/utils/XSECPlatformUtils.hpp>
+
+#include "engine/AlgorithmURIs.hpp"
+#include "engine/Has160DigestHandler.hpp"
+#include "engine/KCDSASignatureHandler.hpp"
+#include "engine/KoreanCipherHandler.hpp"
+
+namespace vqxml {
+
+void registerKoreanAlgorithms() {
+    // registerAlgorithmHandler keeps a clone of the handler.
+    KoreanCipherHandler cipher;
+    for (const XMLCh* uri : {uri::kSeedCbc, uri::kAria128Cbc, uri::kNeatCbc})
+        XSECPlatformUtils::registerAlgorithmHandler(uri, cipher);
+    XSECPlatformUtils::registerAlgorithmHandler(uri::kHas160, Has160DigestHandler());
+    KCDSASignatureHandler kcdsa;
+    for (const XMLCh* uri : {uri::kKcdsaSha1, uri::kKcdsaSha256, uri::kKcdsaHas160})
+        XSECPlatformUtils::registerAlgorithmHandler(uri, kcdsa);
+}
+
+}  // namespace vqxml

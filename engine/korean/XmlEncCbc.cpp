@@ -1,0 +1,190 @@
+#include "engine/korean/XmlEncCbc.hpp"
+
+#include <cstring>
+
+#include <openssl/rand.h>
+
+#include "engine/korean/CryptoError.hpp"
+
+namespace vqxml::korean {
+namespace {
+
+void requireRoom(std::size_t room, std::size_t needed) {
+    if (room < needed)
+        throw CryptoError("output buffer too small for the cipher");
+}
+
+// memcpy that tolerates the null pointers of empty input.
+void copyBytes(std::uint8_t* to, const std::uint8_t* from, std::size_t n) {
+    if (n != 0)
+        std::memcpy(to, from, n);
+}
+
+}  // namespace
+
+CbcStream::CbcStream(BlockCipherId id, const std::uint8_t* key, std::size_t keyLen, bool encrypt,
+                     bool pad)
+    : m_id(id), m_encrypt(encrypt), m_pad(pad) {
+    requireCipherKey(id, key, keyLen);
+    m_key.assign(key, key + keyLen);
+}
+
+CbcStream::~CbcStream() {
+    OPENSSL_cleanse(m_pending, sizeof m_pending);
+}
+
+void CbcStream::start(const std::uint8_t iv[kCipherBlockSize]) {
+    m_cipher = std::make_unique<CbcCipher>(m_id, m_key.data(), m_key.size(), m_encrypt, iv);
+}
+
+std::size_t CbcStream::update(const std::uint8_t* in, std::size_t len, std::uint8_t* out,
+                              std::size_t room) {
+    std::size_t written = takePrefix(in, len, out, room);
+    if (m_cipher == nullptr) {
+        if (len != 0)
+            throw CryptoError("cipher stream used before it was started");
+        return written;
+    }
+    std::size_t now = processable(m_pendingLen + len);
+    requireRoom(room, now);
+    if (now == 0) {
+        copyBytes(m_pending + m_pendingLen, in, len);
+        m_pendingLen += len;
+        return written;
+    }
+    if (m_pendingLen > 0) {
+        std::size_t fill = kCipherBlockSize - m_pendingLen;
+        std::memcpy(m_pending + m_pendingLen, in, fill);
+        in += fill;
+        len -= fill;
+        m_cipher->process(m_pending, kCipherBlockSize, out);
+        out += kCipherBlockSize;
+        now -= kCipherBlockSize;
+        written += kCipherBlockSize;
+        m_pendingLen = 0;
+    }
+    m_cipher->process(in, now, out);
+    written += now;
+    copyBytes(m_pending, in + now, len - now);
+    m_pendingLen = len - now;
+    return written;
+}
+
+CbcEncryptStream::CbcEncryptStream(BlockCipherId id, const std::uint8_t* key, std::size_t keyLen,
+                                   const std::uint8_t* iv, bool pad)
+    : CbcStream(id, key, keyLen, true, pad), m_ivToWrite(iv == nullptr) {
+    if (iv != nullptr)
+        std::memcpy(m_iv, iv, sizeof m_iv);
+    else if (RAND_bytes(m_iv, sizeof m_iv) != 1)
+        throwOpenSSLError("cannot make a random IV");
+    start(m_iv);
+}
+
+std::size_t CbcEncryptStream::takePrefix(const std::uint8_t*&, std::size_t&, std::uint8_t*& out,
+                                         std::size_t& room) {
+    if (!m_ivToWrite)
+        return 0;
+    requireRoom(room, sizeof m_iv);
+    std::memcpy(out, m_iv, sizeof m_iv);
+    out += sizeof m_iv;
+    room -= sizeof m_iv;
+    m_ivToWrite = false;
+    return sizeof m_iv;
+}
+
+std::size_t CbcEncryptStream::processable(std::size_t total) const {
+    return total - total % kCipherBlockSize;
+}
+
+std::size_t CbcEncryptStream::finish(std::uint8_t* out, std::size_t room) {
+    const std::uint8_t* none = nullptr;
+    std::size_t noLen = 0;
+    std::size_t written = takePrefix(none, noLen, out, room);
+    if (!m_pad) {
+        if (m_pendingLen != 0)
+            throw CryptoError("plaintext is not a whole number of blocks and padding is off");
+        return written;
+    }
+    requireRoom(room, kCipherBlockSize);
+    std::uint8_t count = std::uint8_t(kCipherBlockSize - m_pendingLen);
+    std::memset(m_pending + m_pendingLen, count, count);
+    m_cipher->process(m_pending, kCipherBlockSize, out);
+    m_pendingLen = 0;
+    return written + kCipherBlockSize;
+}
+
+CbcDecryptStream::CbcDecryptStream(BlockCipherId id, const std::uint8_t* key, std::size_t keyLen,
+                                   const std::uint8_t* iv, bool pad)
+    : CbcStream(id, key, keyLen, false, pad), m_ivLen(0), m_ivFromInput(iv == nullptr) {
+    if (iv != nullptr)
+        start(iv);
+}
+
+std::size_t CbcDecryptStream::takePrefix(const std::uint8_t*& in, std::size_t& len, std::uint8_t*&,
+                                         std::size_t&) {
+    if (m_cipher != nullptr)
+        return 0;
+    std::size_t take = sizeof m_iv - m_ivLen < len ? sizeof m_iv - m_ivLen : len;
+    copyBytes(m_iv + m_ivLen, in, take);
+    m_ivLen += take;
+    in += take;
+    len -= take;
+    if (m_ivLen == sizeof m_iv)
+        start(m_iv);
+    return 0;
+}
+
+// With padding the last whole block is held back: finish() must see it.
+std::size_t CbcDecryptStream::processable(std::size_t total) const {
+    if (m_pad)
+        return total == 0 ? 0 : (total - 1) / kCipherBlockSize * kCipherBlockSize;
+    return total - total % kCipherBlockSize;
+}
+
+std::size_t CbcDecryptStream::finish(std::uint8_t* out, std::size_t room) {
+    if (m_cipher == nullptr)
+        throw CryptoError("ciphertext is shorter than its IV");
+    if (!m_pad) {
+        if (m_pendingLen != 0)
+            throw CryptoError("ciphertext is not a whole number of blocks");
+        return 0;
+    }
+    if (m_pendingLen != kCipherBlockSize)
+        throw CryptoError(m_pendingLen == 0 ? "ciphertext has no data after its IV"
+                                            : "ciphertext is not a whole number of blocks");
+    std::uint8_t block[kCipherBlockSize];
+    m_cipher->process(m_pending, kCipherBlockSize, block);
+    m_pendingLen = 0;
+    std::size_t count = block[kCipherBlockSize - 1];
+    if (count < 1 || count > kCipherBlockSize) {
+        OPENSSL_cleanse(block, sizeof block);
+        throw CryptoError("bad padding in decrypted data");
+    }
+    std::size_t keep = kCipherBlockSize - count;
+    requireRoom(room, keep);
+    copyBytes(out, block, keep);
+    OPENSSL_cleanse(block, sizeof block);
+    return keep;
+}
+
+std::vector<std::uint8_t> xmlEncEncrypt(BlockCipherId id, const std::uint8_t* key, std::size_t keyLen,
+                                        const std::uint8_t* plain, std::size_t len) {
+    CbcEncryptStream stream(id, key, keyLen, nullptr, true);
+    std::vector<std::uint8_t> out(kCipherBlockSize + len + kCipherBlockSize);
+    std::size_t n = stream.update(plain, len, out.data(), out.size());
+    n += stream.finish(out.data() + n, out.size() - n);
+    out.resize(n);
+    return out;
+}
+
+SecureBytes xmlEncDecrypt(BlockCipherId id, const std::uint8_t* key, std::size_t keyLen,
+                          const std::uint8_t* data, std::size_t len) {
+    CbcDecryptStream stream(id, key, keyLen, nullptr, true);
+    SecureBytes out(len);
+    std::size_t n = stream.update(data, len, out.data(), out.size());
+    n += stream.finish(out.data() + n, out.size() - n);
+    out.resize(n);
+    return out;
+}
+
+}  // namespace vqxml::korean

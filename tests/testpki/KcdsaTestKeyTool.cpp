@@ -1,0 +1,191 @@
+// Makes a KCDSA key pair on given domain parameters and a certificate for it
+// signed by an RSA test CA, for the test PKI (see generate.sh).
+//
+//   vqxml_testpki_kcdsa PARAMS.pem CA.crt.pem CA.key.pem SUBJECT SERIAL DAYS PASSWORD OUT
+//
+// PARAMS.pem holds DSA-style domain parameters (p, q, g) as openssl genpkey
+// -genparam writes them; SUBJECT is "/C=KR/O=.../CN=..." in UTF-8. Writes
+// OUT.crt.der, OUT.crt.pem, OUT.key.der (PKCS #8 PrivateKeyInfo) and
+// OUT.key.enc.der (PKCS #8 encrypted with PBES2, PBKDF2 and SEED-CBC under
+// PASSWORD).
+#include <cstdio>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <openssl/core_names.h>
+#include <openssl/evp.h>
+#include <openssl/pem.h>
+#include <openssl/pkcs12.h>
+#include <openssl/x509.h>
+#include <openssl/x509v3.h>
+
+#include "engine/VQTKCryptoProvider.hpp"
+#include "engine/korean/Kcdsa.hpp"
+#include "engine/korean/KcdsaEncoding.hpp"
+
+using vqxml::korean::Bignum;
+using vqxml::korean::KcdsaKey;
+
+namespace {
+
+[[noreturn]] void fail(const std::string& what) {
+    std::cerr << "vqxml_testpki_kcdsa: " << what << "\n";
+    std::exit(1);
+}
+
+template <class T, void (*Free)(T*)>
+struct Deleter {
+    void operator()(T* p) const { Free(p); }
+};
+using Pkey = std::unique_ptr<EVP_PKEY, Deleter<EVP_PKEY, EVP_PKEY_free>>;
+using Cert = std::unique_ptr<X509, Deleter<X509, X509_free>>;
+using Bio = std::unique_ptr<BIO, Deleter<BIO, BIO_free_all>>;
+
+Bio openFile(const std::string& path) {
+    Bio bio(BIO_new_file(path.c_str(), "r"));
+    if (!bio)
+        fail("cannot open " + path);
+    return bio;
+}
+
+Bignum parameter(const EVP_PKEY* params, const char* name) {
+    BIGNUM* bn = nullptr;
+    if (EVP_PKEY_get_bn_param(params, name, &bn) != 1)
+        fail(std::string("parameters lack ") + name);
+    return Bignum(bn);
+}
+
+KcdsaKey makeKey(const std::string& paramsPath) {
+    Pkey params(PEM_read_bio_Parameters(openFile(paramsPath).get(), nullptr));
+    if (!params)
+        fail("cannot read domain parameters from " + paramsPath);
+    Bignum p = parameter(params.get(), OSSL_PKEY_PARAM_FFC_P);
+    Bignum q = parameter(params.get(), OSSL_PKEY_PARAM_FFC_Q);
+    Bignum g = parameter(params.get(), OSSL_PKEY_PARAM_FFC_G);
+    Bignum x(BN_new());
+    do {
+        if (!x || BN_priv_rand_range(x.get(), q.get()) != 1)
+            fail("cannot draw a private key");
+    } while (BN_is_zero(x.get()));
+    return KcdsaKey::fromPrivate(p.get(), q.get(), g.get(), x.get());
+}
+
+X509_NAME* parseSubject(const std::string& subject) {
+    X509_NAME* name = X509_NAME_new();
+    std::size_t pos = 0;
+    while (pos < subject.size()) {
+        if (subject[pos] != '/')
+            fail("subject must look like /C=KR/O=.../CN=...");
+        std::size_t end = subject.find('/', pos + 1);
+        std::string part = subject.substr(pos + 1, end == std::string::npos ? std::string::npos : end - pos - 1);
+        std::size_t eq = part.find('=');
+        if (eq == std::string::npos ||
+            X509_NAME_add_entry_by_txt(name, part.substr(0, eq).c_str(), MBSTRING_UTF8,
+                                       reinterpret_cast<const unsigned char*>(part.c_str() + eq + 1), -1,
+                                       -1, 0) != 1)
+            fail("bad subject part: " + part);
+        pos = end == std::string::npos ? subject.size() : end;
+    }
+    return name;
+}
+
+void addExtension(X509* cert, X509V3_CTX* ctx, const char* name, const char* value) {
+    X509_EXTENSION* ext = X509V3_EXT_conf(nullptr, ctx, name, value);
+    if (ext == nullptr || X509_add_ext(cert, ext, -1) != 1)
+        fail(std::string("cannot add extension ") + name);
+    X509_EXTENSION_free(ext);
+}
+
+Cert makeCertificate(const KcdsaKey& key, X509* ca, EVP_PKEY* caKey, const std::string& subject,
+                     const std::string& serial, long days) {
+    Cert cert(X509_new());
+    BIGNUM* serialBn = nullptr;
+    if (!cert || X509_set_version(cert.get(), X509_VERSION_3) != 1 || BN_dec2bn(&serialBn, serial.c_str()) == 0)
+        fail("cannot start the certificate");
+    BN_to_ASN1_INTEGER(serialBn, X509_get_serialNumber(cert.get()));
+    BN_free(serialBn);
+    X509_NAME* name = parseSubject(subject);
+    X509_set_subject_name(cert.get(), name);
+    X509_NAME_free(name);
+    X509_set_issuer_name(cert.get(), X509_get_subject_name(ca));
+    X509_gmtime_adj(X509_getm_notBefore(cert.get()), 0);
+    X509_gmtime_adj(X509_getm_notAfter(cert.get()), days * 24 * 3600);
+    vqxml::korean::setKcdsaPublicKeyInfo(X509_get_X509_PUBKEY(cert.get()), key);
+
+    X509V3_CTX ctx;
+    X509V3_set_ctx(&ctx, ca, cert.get(), nullptr, nullptr, 0);
+    addExtension(cert.get(), &ctx, "basicConstraints", "critical,CA:FALSE");
+    addExtension(cert.get(), &ctx, "keyUsage", "critical,digitalSignature,nonRepudiation");
+    addExtension(cert.get(), &ctx, "subjectKeyIdentifier", "hash");
+    addExtension(cert.get(), &ctx, "authorityKeyIdentifier", "keyid");
+    if (X509_sign(cert.get(), caKey, EVP_sha256()) <= 0)
+        fail("cannot sign the certificate");
+    return cert;
+}
+
+void writeFile(const std::string& path, const unsigned char* data, std::size_t len) {
+    std::ofstream out(path, std::ios::binary);
+    out.write(reinterpret_cast<const char*>(data), std::streamsize(len));
+    if (!out)
+        fail("cannot write " + path);
+}
+
+template <class T, int (*I2d)(const T*, unsigned char**)>
+void writeDer(const std::string& path, const T* object) {
+    unsigned char* der = nullptr;
+    int len = I2d(object, &der);
+    if (len <= 0)
+        fail("cannot encode " + path);
+    writeFile(path, der, std::size_t(len));
+    OPENSSL_free(der);
+}
+
+void writeEncryptedKey(const std::string& path, const vqxml::korean::SecureBytes& info,
+                       const std::string& password) {
+    const unsigned char* p = info.data();
+    std::unique_ptr<PKCS8_PRIV_KEY_INFO, Deleter<PKCS8_PRIV_KEY_INFO, PKCS8_PRIV_KEY_INFO_free>> p8(
+        d2i_PKCS8_PRIV_KEY_INFO(nullptr, &p, long(info.size())));
+    EVP_CIPHER* seed = EVP_CIPHER_fetch(nullptr, "SEED-CBC", nullptr);
+    X509_SIG* encrypted = p8 && seed ? PKCS8_encrypt(-1, seed, password.c_str(), int(password.size()), nullptr,
+                                                     0, 2048, p8.get())
+                                     : nullptr;
+    EVP_CIPHER_free(seed);
+    if (encrypted == nullptr)
+        fail("cannot encrypt the private key");
+    writeDer<X509_SIG, i2d_X509_SIG>(path, encrypted);
+    X509_SIG_free(encrypted);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 9) {
+        std::cerr << "usage: vqxml_testpki_kcdsa PARAMS.pem CA.crt.pem CA.key.pem SUBJECT SERIAL DAYS "
+                     "PASSWORD OUT\n";
+        return 2;
+    }
+    vqxml::loadOpenSSLProviders();
+    const std::string out = argv[8];
+    try {
+        KcdsaKey key = makeKey(argv[1]);
+        Cert ca(PEM_read_bio_X509(openFile(argv[2]).get(), nullptr, nullptr, nullptr));
+        Pkey caKey(PEM_read_bio_PrivateKey(openFile(argv[3]).get(), nullptr, nullptr, nullptr));
+        if (!ca || !caKey)
+            fail("cannot read the CA certificate or key");
+        Cert cert = makeCertificate(key, ca.get(), caKey.get(), argv[4], argv[5], std::stol(argv[6]));
+
+        writeDer<X509, i2d_X509>(out + ".crt.der", cert.get());
+        Bio pem(BIO_new_file((out + ".crt.pem").c_str(), "w"));
+        if (!pem || PEM_write_bio_X509(pem.get(), cert.get()) != 1)
+            fail("cannot write " + out + ".crt.pem");
+        vqxml::korean::SecureBytes info = vqxml::korean::encodeKcdsaPrivateKeyInfo(key);
+        writeFile(out + ".key.der", info.data(), info.size());
+        writeEncryptedKey(out + ".key.enc.der", info, argv[7]);
+    } catch (const std::exception& e) {
+        fail(e.what());
+    }
+    return 0;
+}
