@@ -91,17 +91,25 @@ std::string formatName(const X509_NAME* name) {
     std::string out;
     if (name == nullptr)
         return out;
-    int count = X509_NAME_entry_count(name);
-    int previousSet = -1;
-    for (int i = count - 1; i >= 0; --i) {
-        const X509_NAME_ENTRY* entry = X509_NAME_get_entry(name, i);
-        int set = X509_NAME_ENTRY_set(entry);
+    // Relative names from the last to the first; the attributes of one in their
+    // stored order.
+    int end = X509_NAME_entry_count(name);
+    while (end > 0) {
+        int set = X509_NAME_ENTRY_set(X509_NAME_get_entry(name, end - 1));
+        int begin = end - 1;
+        while (begin > 0 && X509_NAME_ENTRY_set(X509_NAME_get_entry(name, begin - 1)) == set)
+            --begin;
         if (!out.empty())
-            out += set == previousSet ? '+' : ',';
-        previousSet = set;
-        out += attributeName(X509_NAME_ENTRY_get_object(entry));
-        out += '=';
-        out += attributeValue(X509_NAME_ENTRY_get_data(entry));
+            out += ',';
+        for (int i = begin; i < end; ++i) {
+            const X509_NAME_ENTRY* entry = X509_NAME_get_entry(name, i);
+            if (i > begin)
+                out += '+';
+            out += attributeName(X509_NAME_ENTRY_get_object(entry));
+            out += '=';
+            out += attributeValue(X509_NAME_ENTRY_get_data(entry));
+        }
+        end = begin;
     }
     return out;
 }

@@ -1,0 +1,217 @@
+// SEED, ARIA and NEAT through xml-security-c's own XENCCipher: element and
+// content encryption, RSA-OAEP key transport of the session key, bad input.
+#include <gtest/gtest.h>
+#include <openssl/pem.h>
+#include <xsec/dsig/DSIGConstants.hpp>
+#include <xsec/enc/OpenSSL/OpenSSLCryptoKeyRSA.hpp>
+#include <xsec/enc/XSECCryptoException.hpp>
+#include <xsec/framework/XSECException.hpp>
+#include <xsec/framework/XSECProvider.hpp>
+#include <xsec/xenc/XENCCipher.hpp>
+#include <xsec/xenc/XENCEncryptedData.hpp>
+#include <xsec/xenc/XENCEncryptedKey.hpp>
+
+#include "XmlTestSupport.hpp"
+#include "core/EngineLifecycle.hpp"
+#include "engine/AlgorithmURIs.hpp"
+#include "engine/VQTKCryptoSymmetricKey.hpp"
+
+XERCES_CPP_NAMESPACE_USE
+using namespace vqxml::test;
+
+namespace {
+
+const char kDocument[] =
+    "<Invoice><Id>2024-0001</Id>"
+    "<Amount currency=\"KRW\">1,000,000</Amount><Note>세금계산서 &amp; 비고</Note></Invoice>";
+
+struct CipherDeleter {
+    void operator()(XENCCipher* c) const { g_provider->releaseCipher(c); }
+};
+using Cipher = std::unique_ptr<XENCCipher, CipherDeleter>;
+
+struct Algorithm {
+    int keyType;
+    const XMLCh* uri;
+    const char* name;
+};
+
+const Algorithm kAlgorithms[] = {{vqxml::kKeySeed, vqxml::uri::kSeedCbc, "SEED"},
+                                 {vqxml::kKeyNeat, vqxml::uri::kNeatCbc, "NEAT"},
+                                 {vqxml::kKeyAria, vqxml::uri::kAria128Cbc, "ARIA"}};
+
+const unsigned char kKey[16] = {0x10, 0x21, 0x32, 0x43, 0x54, 0x65, 0x76, 0x87,
+                                0x98, 0xa9, 0xba, 0xcb, 0xdc, 0xed, 0xfe, 0x0f};
+
+EVP_PKEY* readPem(const std::string& file, bool privateKey) {
+    BIO* bio = BIO_new_file(testPkiPath(file).c_str(), "r");
+    EVP_PKEY* key = nullptr;
+    if (privateKey) {
+        key = PEM_read_bio_PrivateKey(bio, nullptr, nullptr, nullptr);
+    } else {
+        X509* cert = PEM_read_bio_X509(bio, nullptr, nullptr, nullptr);
+        key = X509_get_pubkey(cert);
+        X509_free(cert);
+    }
+    BIO_free(bio);
+    if (key == nullptr)
+        throw std::runtime_error("cannot read " + file);
+    return key;
+}
+
+XSECCryptoKey* rsaKey(const std::string& file, bool privateKey) {
+    EVP_PKEY* pkey = readPem(file, privateKey);
+    auto* key = new OpenSSLCryptoKeyRSA(pkey);  // copies the key
+    EVP_PKEY_free(pkey);
+    return key;
+}
+
+class XmlEncryptionHandlers : public EngineTest {
+protected:
+    XSECCryptoSymmetricKey* sessionKey(int type, const unsigned char* bytes = kKey) {
+        XSECCryptoSymmetricKey* key = provider().keySymmetric(type);
+        key->setKey(bytes, 16);
+        return key;
+    }
+    Cipher cipherFor(DOMDocument* doc) { return Cipher(g_provider->newCipher(doc)); }
+};
+
+}  // namespace
+
+TEST_F(XmlEncryptionHandlers, ElementsRoundTripWithEveryCipher) {
+    for (const Algorithm& alg : kAlgorithms) {
+        Document doc = parse(kDocument);
+        const std::string before = serialise(doc.get());
+        Cipher enc = cipherFor(doc.get());
+        enc->setKey(sessionKey(alg.keyType));
+        enc->encryptElement(find(doc.get(), "Amount"), alg.uri);
+        DOMElement* data = find(doc.get(), "EncryptedData");
+        ASSERT_NE(data, nullptr) << alg.name;
+        EXPECT_EQ(find(doc.get(), "Amount"), nullptr);
+        DOMElement* method = find(data, "EncryptionMethod");
+        EXPECT_TRUE(XMLString::equals(method->getAttribute(u"Algorithm"), alg.uri)) << alg.name;
+
+        // A fresh cipher and a fresh key object of the same bytes decrypt it.
+        Document reparsed = parse(serialise(doc.get()));
+        Cipher dec = cipherFor(reparsed.get());
+        dec->setKey(sessionKey(alg.keyType));
+        dec->decryptElement(find(reparsed.get(), "EncryptedData"));
+        EXPECT_EQ(serialise(reparsed.get()), before) << alg.name;
+    }
+}
+
+TEST_F(XmlEncryptionHandlers, ContentRoundTripsAndIvIsFreshEachTime) {
+    for (const Algorithm& alg : kAlgorithms) {
+        Document doc = parse(kDocument);
+        const std::string before = serialise(doc.get());
+        Cipher enc = cipherFor(doc.get());
+        enc->setKey(sessionKey(alg.keyType));
+        enc->encryptElementContent(doc->getDocumentElement(), alg.uri);
+        std::string first = serialise(find(doc.get(), "CipherValue"));
+
+        Document again = parse(kDocument);
+        Cipher enc2 = cipherFor(again.get());
+        enc2->setKey(sessionKey(alg.keyType));
+        enc2->encryptElementContent(again->getDocumentElement(), alg.uri);
+        EXPECT_NE(serialise(find(again.get(), "CipherValue")), first) << alg.name;
+
+        Cipher dec = cipherFor(doc.get());
+        dec->setKey(sessionKey(alg.keyType));
+        dec->decryptElement(find(doc.get(), "EncryptedData"));
+        EXPECT_EQ(serialise(doc.get()), before) << alg.name;
+    }
+}
+
+TEST_F(XmlEncryptionHandlers, SessionKeyTravelsUnderRsaOaep) {
+    for (const Algorithm& alg : kAlgorithms) {
+        Document doc = parse(kDocument);
+        const std::string before = serialise(doc.get());
+        Cipher enc = cipherFor(doc.get());
+        enc->setKey(sessionKey(alg.keyType));
+        enc->encryptElement(find(doc.get(), "Note"), alg.uri);
+        enc->setKEK(rsaKey("ee-rsa.crt.pem", false));
+        XENCEncryptedKey* wrapped = enc->encryptKey(kKey, 16, DSIGConstants::s_unicodeStrURIRSA_OAEP_MGFP1);
+        enc->getEncryptedData()->appendEncryptedKey(wrapped);
+
+        // The recipient has only its private key: the session key comes out of
+        // the EncryptedKey and is made by the handler for the data's algorithm.
+        Document received = parse(serialise(doc.get()));
+        Cipher dec = cipherFor(received.get());
+        dec->setKEK(rsaKey("ee-rsa.key.pem", true));
+        dec->decryptElement(find(received.get(), "EncryptedData"));
+        EXPECT_EQ(serialise(received.get()), before) << alg.name;
+
+        // Another recipient's key cannot unwrap it.
+        Document stranger = parse(serialise(doc.get()));
+        Cipher wrong = cipherFor(stranger.get());
+        wrong->setKEK(rsaKey("ee-rsa-b.key.pem", true));
+        EXPECT_THROW(wrong->decryptElement(find(stranger.get(), "EncryptedData")), XSECException) << alg.name;
+    }
+}
+
+TEST_F(XmlEncryptionHandlers, WrongKeysAreRefusedCleanly) {
+    Document doc = parse(kDocument);
+    Cipher enc = cipherFor(doc.get());
+    enc->setKey(sessionKey(vqxml::kKeySeed));
+    // A SEED key for the ARIA algorithm, and a Triple DES key for SEED.
+    EXPECT_THROW(enc->encryptElement(find(doc.get(), "Id"), vqxml::uri::kAria128Cbc), XSECException);
+    Cipher des = cipherFor(doc.get());
+    XSECCryptoSymmetricKey* desKey = provider().keySymmetric(vqxml::kKeyTripleDes);
+    unsigned char bytes24[24] = {1, 2, 3};
+    desKey->setKey(bytes24, 24);
+    des->setKey(desKey);
+    EXPECT_THROW(des->encryptElement(find(doc.get(), "Id"), vqxml::uri::kSeedCbc), XSECException);
+
+    // Decryption under the wrong key of the right cipher: a padding error or
+    // garbage that does not parse, never a crash.
+    enc->encryptElement(find(doc.get(), "Id"), vqxml::uri::kSeedCbc);
+    const unsigned char other[16] = {0xff};
+    for (int attempt = 0; attempt < 4; ++attempt) {
+        Document copy = parse(serialise(doc.get()));
+        Cipher dec = cipherFor(copy.get());
+        dec->setKey(sessionKey(vqxml::kKeySeed, other));
+        try {
+            dec->decryptElement(find(copy.get(), "EncryptedData"));
+            ADD_FAILURE() << "decryption under the wrong key succeeded";
+        } catch (const XSECException&) {
+        } catch (const XSECCryptoException&) {
+        }
+    }
+}
+
+TEST_F(XmlEncryptionHandlers, MalformedCipherValuesAreRefused) {
+    // CipherValue: 16 bytes of IV and 20 bytes of "ciphertext", not whole blocks;
+    // then an IV alone; then nothing.
+    const char* values[] = {"AAECAwQFBgcICQoLDA0ODxAREhMUFRYXGBkaGxwdHh8gISIj", "AAECAwQFBgcICQoLDA0ODw==", ""};
+    for (const Algorithm& alg : kAlgorithms)
+        for (const char* value : values) {
+            std::u16string uri(alg.uri);
+            std::string text = std::string("<Doc><xenc:EncryptedData xmlns:xenc=\"http://www.w3.org/2001/04/xmlenc#\" "
+                                           "Type=\"http://www.w3.org/2001/04/xmlenc#Element\">"
+                                           "<xenc:EncryptionMethod Algorithm=\"") +
+                               std::string(uri.begin(), uri.end()) +
+                               "\"/><xenc:CipherData><xenc:CipherValue>" + value +
+                               "</xenc:CipherValue></xenc:CipherData></xenc:EncryptedData></Doc>";
+            Document doc = parse(text);
+            Cipher dec = cipherFor(doc.get());
+            dec->setKey(sessionKey(alg.keyType));
+            EXPECT_THROW(dec->decryptElement(find(doc.get(), "EncryptedData")), XSECCryptoException)
+                << alg.name << " " << value;
+        }
+}
+
+TEST_F(XmlEncryptionHandlers, UnwrappedKeysOfTheWrongLengthAreRefused) {
+    Document doc = parse(kDocument);
+    Cipher enc = cipherFor(doc.get());
+    enc->setKey(sessionKey(vqxml::kKeyAria));
+    enc->encryptElement(find(doc.get(), "Note"), vqxml::uri::kAria128Cbc);
+    enc->setKEK(rsaKey("ee-rsa.crt.pem", false));
+    const unsigned char longKey[24] = {7};
+    enc->getEncryptedData()->appendEncryptedKey(
+        enc->encryptKey(longKey, 24, DSIGConstants::s_unicodeStrURIRSA_OAEP_MGFP1));
+
+    Document received = parse(serialise(doc.get()));
+    Cipher dec = cipherFor(received.get());
+    dec->setKEK(rsaKey("ee-rsa.key.pem", true));
+    EXPECT_THROW(dec->decryptElement(find(received.get(), "EncryptedData")), XSECException);
+}
