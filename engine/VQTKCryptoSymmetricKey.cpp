@@ -1,5 +1,7 @@
 #include "engine/VQTKCryptoSymmetricKey.hpp"
 
+#include <string>
+
 #include <xercesc/util/XMLString.hpp>
 #include <xsec/utils/XSECPlatformUtils.hpp>
 
@@ -82,76 +84,74 @@ void VQTKCryptoSymmetricKey::setKey(const unsigned char* key, unsigned int keyLe
     m_key.assign(key, key + keyLen);
 }
 
-void VQTKCryptoSymmetricKey::requireKey() const {
-    if (m_key.empty())
-        throw XSECCryptoException(XSECCryptoException::SymmetricError,
-                                  "symmetric key used before a key was set");
-}
-
-vqxml::korean::CbcStream& VQTKCryptoSymmetricKey::stream(bool encrypting) {
-    if (m_stream == nullptr || m_streamEncrypts != encrypting)
-        throw XSECCryptoException(XSECCryptoException::SymmetricError,
-                                  encrypting ? "encrypt called before encryptInit"
-                                             : "decrypt called before decryptInit");
-    return *m_stream;
-}
-
 namespace {
 
-void requireCbc(XSECCryptoSymmetricKey::SymmetricKeyMode mode) {
-    if (mode != XSECCryptoSymmetricKey::MODE_CBC)
-        throw XSECCryptoException(XSECCryptoException::UnsupportedAlgorithm,
-                                  "the Korean block ciphers are offered in CBC mode only");
+const char* operation(bool encrypt) {
+    return encrypt ? "encryption" : "decryption";
 }
 
 }  // namespace
 
+bool VQTKCryptoSymmetricKey::begin(bool encrypt, bool doPad, SymmetricKeyMode mode, const unsigned char* iv) {
+    if (m_key.empty())
+        throw XSECCryptoException(XSECCryptoException::SymmetricError,
+                                  "symmetric key used before a key was set");
+    if (mode != MODE_CBC)
+        throw XSECCryptoException(XSECCryptoException::UnsupportedAlgorithm,
+                                  "the Korean block ciphers are offered in CBC mode only");
+    using Direction = vqxml::korean::CbcStream::Direction;
+    m_stream = symmetric([&] {
+        return std::make_unique<vqxml::korean::CbcStream>(encrypt ? Direction::Encrypt : Direction::Decrypt,
+                                                          m_cipher, m_key.data(), m_key.size(), iv, doPad);
+    });
+    m_streamEncrypts = encrypt;
+    return true;
+}
+
+vqxml::korean::CbcStream& VQTKCryptoSymmetricKey::running(bool encrypt) {
+    if (m_stream == nullptr || m_streamEncrypts != encrypt)
+        throw XSECCryptoException(XSECCryptoException::SymmetricError,
+                                  (std::string(operation(encrypt)) + " was not started").c_str());
+    return *m_stream;
+}
+
+unsigned int VQTKCryptoSymmetricKey::step(bool encrypt, const unsigned char* in, unsigned int inLength,
+                                          unsigned char* out, unsigned int maxOutLength) {
+    vqxml::korean::CbcStream& stream = running(encrypt);
+    return symmetric([&] { return unsigned(stream.update(in, inLength, out, maxOutLength)); });
+}
+
+// The operation ends here whether or not finishing succeeds.
+unsigned int VQTKCryptoSymmetricKey::end(bool encrypt, unsigned char* out, unsigned int maxOutLength) {
+    running(encrypt);
+    std::unique_ptr<vqxml::korean::CbcStream> stream = std::move(m_stream);
+    return symmetric([&] { return unsigned(stream->finish(out, maxOutLength)); });
+}
+
 bool VQTKCryptoSymmetricKey::decryptInit(bool doPad, SymmetricKeyMode mode, const unsigned char* iv,
                                          const unsigned char*, unsigned int) {
-    requireKey();
-    requireCbc(mode);
-    m_stream = symmetric([&] {
-        return std::make_unique<vqxml::korean::CbcDecryptStream>(m_cipher, m_key.data(), m_key.size(),
-                                                                 iv, doPad);
-    });
-    m_streamEncrypts = false;
-    return true;
+    return begin(false, doPad, mode, iv);
 }
 
 unsigned int VQTKCryptoSymmetricKey::decrypt(const unsigned char* inBuf, unsigned char* plainBuf,
                                              unsigned int inLength, unsigned int maxOutLength) {
-    auto& s = stream(false);
-    return symmetric([&] { return unsigned(s.update(inBuf, inLength, plainBuf, maxOutLength)); });
+    return step(false, inBuf, inLength, plainBuf, maxOutLength);
 }
 
 unsigned int VQTKCryptoSymmetricKey::decryptFinish(unsigned char* plainBuf, unsigned int maxOutLength) {
-    auto& s = stream(false);
-    unsigned int n = symmetric([&] { return unsigned(s.finish(plainBuf, maxOutLength)); });
-    m_stream.reset();
-    return n;
+    return end(false, plainBuf, maxOutLength);
 }
 
 bool VQTKCryptoSymmetricKey::encryptInit(bool doPad, SymmetricKeyMode mode, const unsigned char* iv) {
-    requireKey();
-    requireCbc(mode);
-    m_stream = symmetric([&] {
-        return std::make_unique<vqxml::korean::CbcEncryptStream>(m_cipher, m_key.data(), m_key.size(),
-                                                                 iv, doPad);
-    });
-    m_streamEncrypts = true;
-    return true;
+    return begin(true, doPad, mode, iv);
 }
 
 unsigned int VQTKCryptoSymmetricKey::encrypt(const unsigned char* inBuf, unsigned char* cipherBuf,
                                              unsigned int inLength, unsigned int maxOutLength) {
-    auto& s = stream(true);
-    return symmetric([&] { return unsigned(s.update(inBuf, inLength, cipherBuf, maxOutLength)); });
+    return step(true, inBuf, inLength, cipherBuf, maxOutLength);
 }
 
 unsigned int VQTKCryptoSymmetricKey::encryptFinish(unsigned char* cipherBuf, unsigned int maxOutLength,
                                                    unsigned int) {
-    auto& s = stream(true);
-    unsigned int n = symmetric([&] { return unsigned(s.finish(cipherBuf, maxOutLength)); });
-    m_stream.reset();
-    return n;
+    return end(true, cipherBuf, maxOutLength);
 }

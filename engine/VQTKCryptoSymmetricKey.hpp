@@ -75,8 +75,11 @@ public:
     static bool cipherForURI(const XMLCh* uri, vqxml::korean::BlockCipherId& cipher);
 
 private:
-    void requireKey() const;
-    vqxml::korean::CbcStream& stream(bool encrypting);
+    bool begin(bool encrypt, bool doPad, SymmetricKeyMode mode, const unsigned char* iv);
+    unsigned int step(bool encrypt, const unsigned char* in, unsigned int inLength, unsigned char* out,
+                      unsigned int maxOutLength);
+    unsigned int end(bool encrypt, unsigned char* out, unsigned int maxOutLength);
+    vqxml::korean::CbcStream& running(bool encrypt);
 
     vqxml::korean::BlockCipherId m_cipher;
     vqxml::korean::SecureBytes m_key;

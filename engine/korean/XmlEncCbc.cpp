@@ -22,28 +22,63 @@ void copyBytes(std::uint8_t* to, const std::uint8_t* from, std::size_t n) {
 
 }  // namespace
 
-CbcStream::CbcStream(BlockCipherId id, const std::uint8_t* key, std::size_t keyLen, bool encrypt,
-                     bool pad)
-    : m_id(id), m_encrypt(encrypt), m_pad(pad) {
+CbcStream::CbcStream(Direction direction, BlockCipherId id, const std::uint8_t* key, std::size_t keyLen,
+                     const std::uint8_t* iv, bool pad)
+    : m_direction(direction), m_id(id), m_pad(pad) {
     requireCipherKey(id, key, keyLen);
     m_key.assign(key, key + keyLen);
+    if (iv != nullptr) {
+        std::memcpy(m_iv, iv, sizeof m_iv);
+    } else if (direction == Direction::Encrypt) {
+        if (RAND_bytes(m_iv, sizeof m_iv) != 1)
+            throwOpenSSLError("cannot make a random IV");
+        m_ivToWrite = true;
+    } else {
+        return;  // the IV comes with the data
+    }
+    m_cipher = std::make_unique<CbcCipher>(id, key, keyLen, direction == Direction::Encrypt, m_iv);
 }
 
 CbcStream::~CbcStream() {
     OPENSSL_cleanse(m_pending, sizeof m_pending);
 }
 
-void CbcStream::start(const std::uint8_t iv[kCipherBlockSize]) {
-    m_cipher = std::make_unique<CbcCipher>(m_id, m_key.data(), m_key.size(), m_encrypt, iv);
+std::size_t CbcStream::writeIv(std::uint8_t*& out, std::size_t& room) {
+    if (!m_ivToWrite)
+        return 0;
+    requireRoom(room, sizeof m_iv);
+    std::memcpy(out, m_iv, sizeof m_iv);
+    out += sizeof m_iv;
+    room -= sizeof m_iv;
+    m_ivToWrite = false;
+    return sizeof m_iv;
+}
+
+void CbcStream::readIv(const std::uint8_t*& in, std::size_t& len) {
+    std::size_t take = sizeof m_iv - m_ivLen < len ? sizeof m_iv - m_ivLen : len;
+    copyBytes(m_iv + m_ivLen, in, take);
+    m_ivLen += take;
+    in += take;
+    len -= take;
+    if (m_ivLen == sizeof m_iv)
+        m_cipher = std::make_unique<CbcCipher>(m_id, m_key.data(), m_key.size(), false, m_iv);
+}
+
+// Bytes update() may pass through the cipher now, of all buffered and new ones.
+// Decryption with padding holds the last whole block back: finish() needs it.
+std::size_t CbcStream::processable(std::size_t total) const {
+    if (m_direction == Direction::Decrypt && m_pad)
+        return total == 0 ? 0 : (total - 1) / kCipherBlockSize * kCipherBlockSize;
+    return total - total % kCipherBlockSize;
 }
 
 std::size_t CbcStream::update(const std::uint8_t* in, std::size_t len, std::uint8_t* out,
                               std::size_t room) {
-    std::size_t written = takePrefix(in, len, out, room);
+    std::size_t written = writeIv(out, room);
     if (m_cipher == nullptr) {
-        if (len != 0)
-            throw CryptoError("cipher stream used before it was started");
-        return written;
+        readIv(in, len);
+        if (m_cipher == nullptr)
+            return written;
     }
     std::size_t now = processable(m_pendingLen + len);
     requireRoom(room, now);
@@ -70,41 +105,20 @@ std::size_t CbcStream::update(const std::uint8_t* in, std::size_t len, std::uint
     return written;
 }
 
-CbcEncryptStream::CbcEncryptStream(BlockCipherId id, const std::uint8_t* key, std::size_t keyLen,
-                                   const std::uint8_t* iv, bool pad)
-    : CbcStream(id, key, keyLen, true, pad), m_ivToWrite(iv == nullptr) {
-    if (iv != nullptr)
-        std::memcpy(m_iv, iv, sizeof m_iv);
-    else if (RAND_bytes(m_iv, sizeof m_iv) != 1)
-        throwOpenSSLError("cannot make a random IV");
-    start(m_iv);
-}
-
-std::size_t CbcEncryptStream::takePrefix(const std::uint8_t*&, std::size_t&, std::uint8_t*& out,
-                                         std::size_t& room) {
-    if (!m_ivToWrite)
-        return 0;
-    requireRoom(room, sizeof m_iv);
-    std::memcpy(out, m_iv, sizeof m_iv);
-    out += sizeof m_iv;
-    room -= sizeof m_iv;
-    m_ivToWrite = false;
-    return sizeof m_iv;
-}
-
-std::size_t CbcEncryptStream::processable(std::size_t total) const {
-    return total - total % kCipherBlockSize;
-}
-
-std::size_t CbcEncryptStream::finish(std::uint8_t* out, std::size_t room) {
-    const std::uint8_t* none = nullptr;
-    std::size_t noLen = 0;
-    std::size_t written = takePrefix(none, noLen, out, room);
+std::size_t CbcStream::finish(std::uint8_t* out, std::size_t room) {
     if (!m_pad) {
+        std::size_t written = writeIv(out, room);
+        if (m_cipher == nullptr)
+            throw CryptoError("ciphertext is shorter than its IV");
         if (m_pendingLen != 0)
-            throw CryptoError("plaintext is not a whole number of blocks and padding is off");
+            throw CryptoError("data is not a whole number of blocks and padding is off");
         return written;
     }
+    return m_direction == Direction::Encrypt ? finishEncryption(out, room) : finishDecryption(out, room);
+}
+
+std::size_t CbcStream::finishEncryption(std::uint8_t* out, std::size_t room) {
+    std::size_t written = writeIv(out, room);
     requireRoom(room, kCipherBlockSize);
     std::uint8_t count = std::uint8_t(kCipherBlockSize - m_pendingLen);
     std::memset(m_pending + m_pendingLen, count, count);
@@ -113,42 +127,9 @@ std::size_t CbcEncryptStream::finish(std::uint8_t* out, std::size_t room) {
     return written + kCipherBlockSize;
 }
 
-CbcDecryptStream::CbcDecryptStream(BlockCipherId id, const std::uint8_t* key, std::size_t keyLen,
-                                   const std::uint8_t* iv, bool pad)
-    : CbcStream(id, key, keyLen, false, pad), m_ivLen(0), m_ivFromInput(iv == nullptr) {
-    if (iv != nullptr)
-        start(iv);
-}
-
-std::size_t CbcDecryptStream::takePrefix(const std::uint8_t*& in, std::size_t& len, std::uint8_t*&,
-                                         std::size_t&) {
-    if (m_cipher != nullptr)
-        return 0;
-    std::size_t take = sizeof m_iv - m_ivLen < len ? sizeof m_iv - m_ivLen : len;
-    copyBytes(m_iv + m_ivLen, in, take);
-    m_ivLen += take;
-    in += take;
-    len -= take;
-    if (m_ivLen == sizeof m_iv)
-        start(m_iv);
-    return 0;
-}
-
-// With padding the last whole block is held back: finish() must see it.
-std::size_t CbcDecryptStream::processable(std::size_t total) const {
-    if (m_pad)
-        return total == 0 ? 0 : (total - 1) / kCipherBlockSize * kCipherBlockSize;
-    return total - total % kCipherBlockSize;
-}
-
-std::size_t CbcDecryptStream::finish(std::uint8_t* out, std::size_t room) {
+std::size_t CbcStream::finishDecryption(std::uint8_t* out, std::size_t room) {
     if (m_cipher == nullptr)
         throw CryptoError("ciphertext is shorter than its IV");
-    if (!m_pad) {
-        if (m_pendingLen != 0)
-            throw CryptoError("ciphertext is not a whole number of blocks");
-        return 0;
-    }
     if (m_pendingLen != kCipherBlockSize)
         throw CryptoError(m_pendingLen == 0 ? "ciphertext has no data after its IV"
                                             : "ciphertext is not a whole number of blocks");
@@ -169,7 +150,7 @@ std::size_t CbcDecryptStream::finish(std::uint8_t* out, std::size_t room) {
 
 std::vector<std::uint8_t> xmlEncEncrypt(BlockCipherId id, const std::uint8_t* key, std::size_t keyLen,
                                         const std::uint8_t* plain, std::size_t len) {
-    CbcEncryptStream stream(id, key, keyLen, nullptr, true);
+    CbcStream stream(CbcStream::Direction::Encrypt, id, key, keyLen, nullptr, true);
     std::vector<std::uint8_t> out(kCipherBlockSize + len + kCipherBlockSize);
     std::size_t n = stream.update(plain, len, out.data(), out.size());
     n += stream.finish(out.data() + n, out.size() - n);
@@ -179,7 +160,7 @@ std::vector<std::uint8_t> xmlEncEncrypt(BlockCipherId id, const std::uint8_t* ke
 
 SecureBytes xmlEncDecrypt(BlockCipherId id, const std::uint8_t* key, std::size_t keyLen,
                           const std::uint8_t* data, std::size_t len) {
-    CbcDecryptStream stream(id, key, keyLen, nullptr, true);
+    CbcStream stream(CbcStream::Direction::Decrypt, id, key, keyLen, nullptr, true);
     SecureBytes out(len);
     std::size_t n = stream.update(data, len, out.data(), out.size());
     n += stream.finish(out.data() + n, out.size() - n);

@@ -12,6 +12,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "engine/korean/CbcCipher.hpp"
@@ -21,66 +22,39 @@ namespace vqxml::korean {
 
 class CbcStream {
 public:
+    enum class Direction { Encrypt, Decrypt };
+
+    // Without an IV (iv null), encryption makes a random one and writes it in
+    // front of its first output, and decryption takes the first 16 input bytes.
+    // pad false: no padding, the data must fill whole blocks.
+    CbcStream(Direction direction, BlockCipherId id, const std::uint8_t* key, std::size_t keyLen,
+              const std::uint8_t* iv, bool pad);
+    ~CbcStream();
     CbcStream(const CbcStream&) = delete;
     CbcStream& operator=(const CbcStream&) = delete;
-    virtual ~CbcStream();
 
-    // Returns the bytes written to out.
+    // Both return the bytes written to out. finish() raises CryptoError for data
+    // that is not whole blocks, a missing IV or bad padding.
     std::size_t update(const std::uint8_t* in, std::size_t len, std::uint8_t* out, std::size_t room);
-    virtual std::size_t finish(std::uint8_t* out, std::size_t room) = 0;
+    std::size_t finish(std::uint8_t* out, std::size_t room);
 
-protected:
-    CbcStream(BlockCipherId id, const std::uint8_t* key, std::size_t keyLen, bool encrypt, bool pad);
-    // Starts the cipher once the IV is known.
-    void start(const std::uint8_t iv[kCipherBlockSize]);
-    // Bytes update() may pass through the cipher now, of total buffered + new.
-    virtual std::size_t processable(std::size_t total) const = 0;
-    // Bytes update() writes before the ciphertext proper (a generated IV), or
-    // input bytes it consumes as the IV; both handled by the subclass.
-    virtual std::size_t takePrefix(const std::uint8_t*& in, std::size_t& len, std::uint8_t*& out,
-                                   std::size_t& room) = 0;
+private:
+    std::size_t writeIv(std::uint8_t*& out, std::size_t& room);
+    void readIv(const std::uint8_t*& in, std::size_t& len);
+    std::size_t processable(std::size_t total) const;
+    std::size_t finishEncryption(std::uint8_t* out, std::size_t room);
+    std::size_t finishDecryption(std::uint8_t* out, std::size_t room);
 
+    Direction m_direction;
     BlockCipherId m_id;
     SecureBytes m_key;
-    bool m_encrypt;
     bool m_pad;
-    std::unique_ptr<CbcCipher> m_cipher;
+    std::unique_ptr<CbcCipher> m_cipher;  // null until the IV is known
+    std::uint8_t m_iv[kCipherBlockSize];
+    std::size_t m_ivLen = 0;              // IV bytes read so far (decryption)
+    bool m_ivToWrite = false;             // a generated IV not yet written
     std::uint8_t m_pending[kCipherBlockSize];
     std::size_t m_pendingLen = 0;
-};
-
-class CbcEncryptStream : public CbcStream {
-public:
-    // iv null: a random IV is made and written in front of the first output.
-    CbcEncryptStream(BlockCipherId id, const std::uint8_t* key, std::size_t keyLen,
-                     const std::uint8_t* iv, bool pad);
-    std::size_t finish(std::uint8_t* out, std::size_t room) override;
-
-private:
-    std::size_t processable(std::size_t total) const override;
-    std::size_t takePrefix(const std::uint8_t*& in, std::size_t& len, std::uint8_t*& out,
-                           std::size_t& room) override;
-
-    std::uint8_t m_iv[kCipherBlockSize];
-    bool m_ivToWrite;
-};
-
-class CbcDecryptStream : public CbcStream {
-public:
-    // iv null: the first 16 bytes of the input are the IV.
-    CbcDecryptStream(BlockCipherId id, const std::uint8_t* key, std::size_t keyLen,
-                     const std::uint8_t* iv, bool pad);
-    // Raises CryptoError for a partial block, a missing IV or bad padding.
-    std::size_t finish(std::uint8_t* out, std::size_t room) override;
-
-private:
-    std::size_t processable(std::size_t total) const override;
-    std::size_t takePrefix(const std::uint8_t*& in, std::size_t& len, std::uint8_t*& out,
-                           std::size_t& room) override;
-
-    std::uint8_t m_iv[kCipherBlockSize];
-    std::size_t m_ivLen;
-    bool m_ivFromInput;
 };
 
 // IV || CBC(padded plaintext) with a fresh random IV.

@@ -61,7 +61,7 @@ TEST(XmlEncCbc, PaddingIsWrittenInFullAndIvIsFresh) {
     std::vector<std::uint8_t> b = xmlEncEncrypt(BlockCipherId::Seed, key.data(), 16, plain.data(), plain.size());
     EXPECT_NE(Bytes(a.begin(), a.begin() + 16), Bytes(b.begin(), b.begin() + 16));
     // Decrypt without unpadding to see the pad bytes.
-    CbcDecryptStream raw(BlockCipherId::Seed, key.data(), 16, nullptr, false);
+    CbcStream raw(CbcStream::Direction::Decrypt, BlockCipherId::Seed, key.data(), 16, nullptr, false);
     Bytes out(32);
     std::size_t n = raw.update(a.data(), a.size(), out.data(), out.size());
     n += raw.finish(out.data() + n, out.size() - n);
@@ -117,7 +117,7 @@ TEST(XmlEncCbc, StreamsInAnyPiecesMatchOneShot) {
     Bytes key = key16(), iv = pattern(16), plain = pattern(1000);
     for (BlockCipherId id : kAll)
         for (std::size_t piece : {std::size_t(1), std::size_t(15), std::size_t(16), std::size_t(17), std::size_t(333)}) {
-            CbcEncryptStream enc(id, key.data(), 16, iv.data(), true);
+            CbcStream enc(CbcStream::Direction::Encrypt, id, key.data(), 16, iv.data(), true);
             Bytes cipher((plain.size() / 16 + 1) * 16);
             std::size_t n = 0;
             for (std::size_t i = 0; i < plain.size(); i += piece)
@@ -127,7 +127,7 @@ TEST(XmlEncCbc, StreamsInAnyPiecesMatchOneShot) {
 
             Bytes framed = iv;
             framed.insert(framed.end(), cipher.begin(), cipher.end());
-            CbcDecryptStream dec(id, key.data(), 16, nullptr, true);
+            CbcStream dec(CbcStream::Direction::Decrypt, id, key.data(), 16, nullptr, true);
             Bytes back(framed.size());
             std::size_t m = 0;
             for (std::size_t i = 0; i < framed.size(); i += piece)
@@ -140,16 +140,16 @@ TEST(XmlEncCbc, StreamsInAnyPiecesMatchOneShot) {
 
 TEST(XmlEncCbc, TooLittleOutputRoomIsRefused) {
     Bytes key = key16(), plain = pattern(64), out(64);
-    CbcEncryptStream enc(BlockCipherId::Neat, key.data(), 16, nullptr, true);
+    CbcStream enc(CbcStream::Direction::Encrypt, BlockCipherId::Neat, key.data(), 16, nullptr, true);
     EXPECT_THROW(enc.update(plain.data(), plain.size(), out.data(), 40), CryptoError);
-    CbcEncryptStream enc2(BlockCipherId::Aria128, key.data(), 16, pattern(16).data(), true);
+    CbcStream enc2(CbcStream::Direction::Encrypt, BlockCipherId::Aria128, key.data(), 16, pattern(16).data(), true);
     EXPECT_EQ(enc2.update(plain.data(), 10, out.data(), 0), 0u);
     EXPECT_THROW(enc2.finish(out.data(), 15), CryptoError);
 }
 
 TEST(XmlEncCbc, UnpaddedStreamsNeedWholeBlocks) {
     Bytes key = key16(), iv = pattern(16), plain = pattern(20), out(64);
-    CbcEncryptStream enc(BlockCipherId::Seed, key.data(), 16, iv.data(), false);
+    CbcStream enc(CbcStream::Direction::Encrypt, BlockCipherId::Seed, key.data(), 16, iv.data(), false);
     EXPECT_EQ(enc.update(plain.data(), plain.size(), out.data(), out.size()), 16u);
     EXPECT_THROW(enc.finish(out.data(), out.size()), CryptoError);
 }

@@ -6,7 +6,9 @@
 #include <xsec/enc/OpenSSL/OpenSSLCryptoKeyRSA.hpp>
 #include <xsec/enc/XSECCryptoException.hpp>
 #include <xsec/framework/XSECException.hpp>
+#include <xsec/framework/XSECAlgorithmMapper.hpp>
 #include <xsec/framework/XSECProvider.hpp>
+#include <xsec/utils/XSECPlatformUtils.hpp>
 #include <xsec/xenc/XENCCipher.hpp>
 #include <xsec/xenc/XENCEncryptedData.hpp>
 #include <xsec/xenc/XENCEncryptedKey.hpp>
@@ -15,6 +17,7 @@
 #include "core/EngineLifecycle.hpp"
 #include "engine/AlgorithmURIs.hpp"
 #include "engine/VQTKCryptoSymmetricKey.hpp"
+#include "vqxml/VQXML_XMLSecurity.h"
 
 XERCES_CPP_NAMESPACE_USE
 using namespace vqxml::test;
@@ -214,4 +217,14 @@ TEST_F(XmlEncryptionHandlers, UnwrappedKeysOfTheWrongLengthAreRefused) {
     Cipher dec = cipherFor(received.get());
     dec->setKEK(rsaKey("ee-rsa.key.pem", true));
     EXPECT_THROW(dec->decryptElement(find(received.get(), "EncryptedData")), XSECException);
+}
+
+TEST(EngineStartUp, HandlersAreRegisteredAfterEveryStart) {
+    for (int round = 0; round < 3; ++round) {
+        VQXML_XMLSecurity context;  // the only live context: starts the engines afresh
+        for (const XMLCh* uri : {vqxml::uri::kSeedCbc, vqxml::uri::kAria128Cbc, vqxml::uri::kNeatCbc,
+                                 vqxml::uri::kHas160, vqxml::uri::kKcdsaSha1, vqxml::uri::kKcdsaSha256,
+                                 vqxml::uri::kKcdsaHas160})
+            EXPECT_NE(XSECPlatformUtils::g_algorithmMapper->mapURIToHandler(uri), nullptr) << round;
+    }
 }

@@ -27,6 +27,7 @@ protected:
     static void SetUpTestSuite();
     static void TearDownTestSuite();
 
+    // Makes keys; the engine's own provider is not needed for that.
     static VQTKCryptoProvider& provider();
     static Document parse(const std::string& xml);
     // UTF-8 text of a node (the whole document for a document node), no XML declaration.
