@@ -7,6 +7,8 @@
 #include <openssl/bn.h>
 #include <openssl/objects.h>
 
+#include "engine/korean/OpenSSLPtr.hpp"
+
 namespace vqxml {
 namespace {
 
@@ -125,8 +127,7 @@ std::string certificateIssuer(const X509* cert) {
 std::string certificateSerialDecimal(const X509* cert) {
     if (cert == nullptr)
         return std::string();
-    std::unique_ptr<BIGNUM, decltype(&BN_free)> bn(
-        ASN1_INTEGER_to_BN(X509_get0_serialNumber(cert), nullptr), &BN_free);
+    korean::OpenSSLPtr<BIGNUM, BN_free> bn(ASN1_INTEGER_to_BN(X509_get0_serialNumber(cert), nullptr));
     if (!bn)
         throw std::runtime_error("cannot read the certificate serial number");
     char* text = BN_bn2dec(bn.get());

@@ -9,6 +9,8 @@
 
 #include <openssl/x509.h>
 
+#include "engine/korean/OpenSSLPtr.hpp"
+
 class VQTKCertificateInfo {
 public:
     // Each null while no certificate is loaded; valid as long as the key object
@@ -24,10 +26,7 @@ protected:
     VQTKCertificateInfo& operator=(const VQTKCertificateInfo&) = delete;
     ~VQTKCertificateInfo() = default;
 
-    struct X509Deleter {
-        void operator()(X509* x) const { X509_free(x); }
-    };
-    using X509Ptr = std::unique_ptr<X509, X509Deleter>;
+    using X509Ptr = vqxml::korean::OpenSSLPtr<X509, X509_free>;
 
     // Parses a DER certificate filling exactly len bytes; raises
     // XSECCryptoException (X509Error) if it cannot.

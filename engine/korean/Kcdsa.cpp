@@ -5,6 +5,7 @@
 #include <openssl/crypto.h>
 
 #include "engine/korean/CryptoError.hpp"
+#include "engine/korean/OpenSSLPtr.hpp"
 
 namespace vqxml::korean {
 namespace {
@@ -16,15 +17,8 @@ constexpr int kMinQBits = 160;
 constexpr int kMaxQBits = 256;
 constexpr int kSigningAttempts = 64;
 
-struct CtxDeleter {
-    void operator()(BN_CTX* ctx) const { BN_CTX_free(ctx); }
-};
-using BnCtx = std::unique_ptr<BN_CTX, CtxDeleter>;
-
-struct MontDeleter {
-    void operator()(BN_MONT_CTX* m) const { BN_MONT_CTX_free(m); }
-};
-using MontCtx = std::unique_ptr<BN_MONT_CTX, MontDeleter>;
+using BnCtx = OpenSSLPtr<BN_CTX, BN_CTX_free>;
+using MontCtx = OpenSSLPtr<BN_MONT_CTX, BN_MONT_CTX_free>;
 
 Bignum newBignum() {
     Bignum bn(BN_new());

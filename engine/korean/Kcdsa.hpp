@@ -30,13 +30,12 @@
 #include <openssl/bn.h>
 
 #include "engine/korean/Digest.hpp"
+#include "engine/korean/OpenSSLPtr.hpp"
 
 namespace vqxml::korean {
 
-struct BignumDeleter {
-    void operator()(BIGNUM* bn) const { BN_clear_free(bn); }
-};
-using Bignum = std::unique_ptr<BIGNUM, BignumDeleter>;
+// Cleared when freed: it may hold a secret.
+using Bignum = OpenSSLPtr<BIGNUM, BN_clear_free>;
 
 // A big-endian magnitude as a Bignum; raises CryptoError on allocation failure.
 Bignum bignumFromBytes(const std::uint8_t* bytes, std::size_t len);

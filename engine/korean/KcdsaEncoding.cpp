@@ -6,6 +6,7 @@
 #include <openssl/objects.h>
 
 #include "engine/korean/CryptoError.hpp"
+#include "engine/korean/OpenSSLPtr.hpp"
 
 namespace vqxml::korean {
 
@@ -15,24 +16,14 @@ namespace {
 
 const char kIsoKcdsaOid[] = "1.0.14888.3.0.2";
 
-struct ObjDeleter {
-    void operator()(ASN1_OBJECT* o) const { ASN1_OBJECT_free(o); }
-};
-using Object = std::unique_ptr<ASN1_OBJECT, ObjDeleter>;
+void freeSequence(ASN1_SEQUENCE_ANY* s) {
+    sk_ASN1_TYPE_pop_free(s, ASN1_TYPE_free);
+}
 
-struct IntDeleter {
-    void operator()(ASN1_INTEGER* i) const { ASN1_INTEGER_free(i); }
-};
-using Integer = std::unique_ptr<ASN1_INTEGER, IntDeleter>;
-
-struct SeqDeleter {
-    void operator()(ASN1_SEQUENCE_ANY* s) const { sk_ASN1_TYPE_pop_free(s, ASN1_TYPE_free); }
-};
-using Sequence = std::unique_ptr<ASN1_SEQUENCE_ANY, SeqDeleter>;
-
-struct P8Deleter {
-    void operator()(PKCS8_PRIV_KEY_INFO* p) const { PKCS8_PRIV_KEY_INFO_free(p); }
-};
+using Object = OpenSSLPtr<ASN1_OBJECT, ASN1_OBJECT_free>;
+using Integer = OpenSSLPtr<ASN1_INTEGER, ASN1_INTEGER_free>;
+using Sequence = OpenSSLPtr<ASN1_SEQUENCE_ANY, freeSequence>;
+using PrivateKeyInfo = OpenSSLPtr<PKCS8_PRIV_KEY_INFO, PKCS8_PRIV_KEY_INFO_free>;
 
 Object oid(const char* text) {
     Object o(OBJ_txt2obj(text, 1));
@@ -168,7 +159,7 @@ KcdsaKey kcdsaKeyFromPublicKeyInfo(const X509_PUBKEY* key) {
 
 KcdsaKey kcdsaKeyFromPrivateKeyInfo(const std::uint8_t* der, std::size_t len) {
     const unsigned char* p = der;
-    std::unique_ptr<PKCS8_PRIV_KEY_INFO, P8Deleter> info(
+    PrivateKeyInfo info(
         der == nullptr ? nullptr : d2i_PKCS8_PRIV_KEY_INFO(nullptr, &p, long(len)));
     if (!info || p != der + len)
         throw CryptoError("private key is not a DER PKCS #8 PrivateKeyInfo");
@@ -197,7 +188,7 @@ void setKcdsaPublicKeyInfo(X509_PUBKEY* target, const KcdsaKey& key) {
 SecureBytes encodeKcdsaPrivateKeyInfo(const KcdsaKey& key) {
     if (!key.hasPrivate())
         throw CryptoError("KCDSA key has no private part");
-    std::unique_ptr<PKCS8_PRIV_KEY_INFO, P8Deleter> info(PKCS8_PRIV_KEY_INFO_new());
+    PrivateKeyInfo info(PKCS8_PRIV_KEY_INFO_new());
     if (!info)
         throwOpenSSLError("out of memory");
     std::vector<std::uint8_t> x = encodeInteger(key.x());

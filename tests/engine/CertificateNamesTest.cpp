@@ -6,15 +6,13 @@
 
 #include "TestSupport.hpp"
 #include "engine/CertificateNames.hpp"
+#include "engine/korean/OpenSSLPtr.hpp"
 
 using namespace vqxml::test;
 
 namespace {
 
-struct NameDeleter {
-    void operator()(X509_NAME* n) const { X509_NAME_free(n); }
-};
-using Name = std::unique_ptr<X509_NAME, NameDeleter>;
+using Name = vqxml::korean::OpenSSLPtr<X509_NAME, X509_NAME_free>;
 
 // Adds an attribute; sameRdn joins it to the previous relative name.
 void add(X509_NAME* name, const char* field, const std::string& value, bool sameRdn = false,
@@ -25,14 +23,10 @@ void add(X509_NAME* name, const char* field, const std::string& value, bool same
         << field;
 }
 
-struct CertDeleter {
-    void operator()(X509* x) const { X509_free(x); }
-};
-
-std::unique_ptr<X509, CertDeleter> certificate(const std::string& file) {
+vqxml::korean::OpenSSLPtr<X509, X509_free> certificate(const std::string& file) {
     Bytes der = testPkiFile(file);
     const unsigned char* p = der.data();
-    return std::unique_ptr<X509, CertDeleter>(d2i_X509(nullptr, &p, long(der.size())));
+    return vqxml::korean::OpenSSLPtr<X509, X509_free>(d2i_X509(nullptr, &p, long(der.size())));
 }
 
 }  // namespace

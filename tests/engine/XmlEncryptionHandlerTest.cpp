@@ -77,61 +77,65 @@ protected:
         return key;
     }
     Cipher cipherFor(DOMDocument* doc) { return Cipher(g_provider->newCipher(doc)); }
+
+    // kDocument with one element (or the root's content) encrypted under kKey;
+    // the cipher is handed back for further work on the same document.
+    Document encrypted(const Algorithm& alg, const char* element, Cipher* cipher = nullptr) {
+        Document doc = parse(kDocument);
+        Cipher enc = cipherFor(doc.get());
+        enc->setKey(sessionKey(alg.keyType));
+        if (element != nullptr)
+            enc->encryptElement(find(doc.get(), element), alg.uri);
+        else
+            enc->encryptElementContent(doc->getDocumentElement(), alg.uri);
+        if (cipher != nullptr)
+            *cipher = std::move(enc);
+        return doc;
+    }
+
+    // Decrypts the first EncryptedData with a fresh cipher and key object.
+    void decrypt(DOMDocument* doc, const Algorithm& alg) {
+        Cipher dec = cipherFor(doc);
+        dec->setKey(sessionKey(alg.keyType));
+        dec->decryptElement(find(doc, "EncryptedData"));
+    }
 };
 
 }  // namespace
 
 TEST_F(XmlEncryptionHandlers, ElementsRoundTripWithEveryCipher) {
+    const std::string before = serialise(parse(kDocument).get());
     for (const Algorithm& alg : kAlgorithms) {
-        Document doc = parse(kDocument);
-        const std::string before = serialise(doc.get());
-        Cipher enc = cipherFor(doc.get());
-        enc->setKey(sessionKey(alg.keyType));
-        enc->encryptElement(find(doc.get(), "Amount"), alg.uri);
+        Document doc = encrypted(alg, "Amount");
         DOMElement* data = find(doc.get(), "EncryptedData");
         ASSERT_NE(data, nullptr) << alg.name;
         EXPECT_EQ(find(doc.get(), "Amount"), nullptr);
         DOMElement* method = find(data, "EncryptionMethod");
         EXPECT_TRUE(XMLString::equals(method->getAttribute(u"Algorithm"), alg.uri)) << alg.name;
 
-        // A fresh cipher and a fresh key object of the same bytes decrypt it.
         Document reparsed = parse(serialise(doc.get()));
-        Cipher dec = cipherFor(reparsed.get());
-        dec->setKey(sessionKey(alg.keyType));
-        dec->decryptElement(find(reparsed.get(), "EncryptedData"));
+        decrypt(reparsed.get(), alg);
         EXPECT_EQ(serialise(reparsed.get()), before) << alg.name;
     }
 }
 
 TEST_F(XmlEncryptionHandlers, ContentRoundTripsAndIvIsFreshEachTime) {
+    const std::string before = serialise(parse(kDocument).get());
     for (const Algorithm& alg : kAlgorithms) {
-        Document doc = parse(kDocument);
-        const std::string before = serialise(doc.get());
-        Cipher enc = cipherFor(doc.get());
-        enc->setKey(sessionKey(alg.keyType));
-        enc->encryptElementContent(doc->getDocumentElement(), alg.uri);
-        std::string first = serialise(find(doc.get(), "CipherValue"));
-
-        Document again = parse(kDocument);
-        Cipher enc2 = cipherFor(again.get());
-        enc2->setKey(sessionKey(alg.keyType));
-        enc2->encryptElementContent(again->getDocumentElement(), alg.uri);
-        EXPECT_NE(serialise(find(again.get(), "CipherValue")), first) << alg.name;
-
-        Cipher dec = cipherFor(doc.get());
-        dec->setKey(sessionKey(alg.keyType));
-        dec->decryptElement(find(doc.get(), "EncryptedData"));
+        Document doc = encrypted(alg, nullptr);
+        Document again = encrypted(alg, nullptr);
+        EXPECT_NE(serialise(find(again.get(), "CipherValue")), serialise(find(doc.get(), "CipherValue")))
+            << alg.name;
+        decrypt(doc.get(), alg);
         EXPECT_EQ(serialise(doc.get()), before) << alg.name;
     }
 }
 
 TEST_F(XmlEncryptionHandlers, SessionKeyTravelsUnderRsaOaep) {
+    const std::string before = serialise(parse(kDocument).get());
     for (const Algorithm& alg : kAlgorithms) {
-        Document doc = parse(kDocument);
-        const std::string before = serialise(doc.get());
-        Cipher enc = cipherFor(doc.get());
-        enc->setKey(sessionKey(alg.keyType));
-        enc->encryptElement(find(doc.get(), "Note"), alg.uri);
+        Cipher enc;
+        Document doc = encrypted(alg, "Note", &enc);
         enc->setKEK(rsaKey("ee-rsa.crt.pem", false));
         XENCEncryptedKey* wrapped = enc->encryptKey(kKey, 16, DSIGConstants::s_unicodeStrURIRSA_OAEP_MGFP1);
         enc->getEncryptedData()->appendEncryptedKey(wrapped);
@@ -204,10 +208,8 @@ TEST_F(XmlEncryptionHandlers, MalformedCipherValuesAreRefused) {
 }
 
 TEST_F(XmlEncryptionHandlers, UnwrappedKeysOfTheWrongLengthAreRefused) {
-    Document doc = parse(kDocument);
-    Cipher enc = cipherFor(doc.get());
-    enc->setKey(sessionKey(vqxml::kKeyAria));
-    enc->encryptElement(find(doc.get(), "Note"), vqxml::uri::kAria128Cbc);
+    Cipher enc;
+    Document doc = encrypted(kAlgorithms[2], "Note", &enc);
     enc->setKEK(rsaKey("ee-rsa.crt.pem", false));
     const unsigned char longKey[24] = {7};
     enc->getEncryptedData()->appendEncryptedKey(

@@ -25,6 +25,7 @@
 #include "engine/VQTKCryptoProvider.hpp"
 #include "engine/korean/Kcdsa.hpp"
 #include "engine/korean/KcdsaEncoding.hpp"
+#include "engine/korean/OpenSSLPtr.hpp"
 
 using vqxml::korean::Bignum;
 using vqxml::korean::KcdsaKey;
@@ -36,13 +37,10 @@ namespace {
     std::exit(1);
 }
 
-template <class T, void (*Free)(T*)>
-struct Deleter {
-    void operator()(T* p) const { Free(p); }
-};
-using Pkey = std::unique_ptr<EVP_PKEY, Deleter<EVP_PKEY, EVP_PKEY_free>>;
-using Cert = std::unique_ptr<X509, Deleter<X509, X509_free>>;
-using Bio = std::unique_ptr<BIO, Deleter<BIO, BIO_free_all>>;
+using vqxml::korean::OpenSSLPtr;
+using Pkey = OpenSSLPtr<EVP_PKEY, EVP_PKEY_free>;
+using Cert = OpenSSLPtr<X509, X509_free>;
+using Bio = OpenSSLPtr<BIO, BIO_free_all>;
 
 Bio openFile(const std::string& path) {
     Bio bio(BIO_new_file(path.c_str(), "r"));
@@ -146,7 +144,7 @@ void writeDer(const std::string& path, const T* object) {
 void writeEncryptedKey(const std::string& path, const vqxml::korean::SecureBytes& info,
                        const std::string& password) {
     const unsigned char* p = info.data();
-    std::unique_ptr<PKCS8_PRIV_KEY_INFO, Deleter<PKCS8_PRIV_KEY_INFO, PKCS8_PRIV_KEY_INFO_free>> p8(
+    OpenSSLPtr<PKCS8_PRIV_KEY_INFO, PKCS8_PRIV_KEY_INFO_free> p8(
         d2i_PKCS8_PRIV_KEY_INFO(nullptr, &p, long(info.size())));
     EVP_CIPHER* seed = EVP_CIPHER_fetch(nullptr, "SEED-CBC", nullptr);
     X509_SIG* encrypted = p8 && seed ? PKCS8_encrypt(-1, seed, password.c_str(), int(password.size()), nullptr,
