@@ -11,6 +11,7 @@
 #include "engine/VQTKCryptoProvider.hpp"
 #include "engine/VQTKCryptoSymmetricKey.hpp"
 #include "engine/korean/KcdsaEncoding.hpp"
+#include "engine/korean/OpenSSLPtr.hpp"
 
 using namespace vqxml::test;
 using vqxml::korean::HashAlgorithm;
@@ -109,6 +110,25 @@ TEST(KcdsaKeyObject, CloneSignsLikeTheOriginal) {
     expectSignsAndVerifies(*kcdsa, *kcdsa, HashAlgorithm::Has160);
 }
 
+TEST(KcdsaEncoding, AttributesOfThePrivateKeyInfoAreIgnored) {
+    // NPKI keys carry the identity-verification random as an attribute.
+    Bytes der = testPkiFile("ee-kcdsa1024.key.der");
+    const unsigned char* p = der.data();
+    PKCS8_PRIV_KEY_INFO* info = d2i_PKCS8_PRIV_KEY_INFO(nullptr, &p, long(der.size()));
+    ASSERT_NE(info, nullptr);
+    const unsigned char random[20] = {0x5a, 0xa5};
+    ASN1_OBJECT* randomNum = OBJ_txt2obj("1.2.410.200004.10.1.1.3", 1);
+    ASSERT_EQ(PKCS8_pkey_add1_attr_by_OBJ(info, randomNum, V_ASN1_BIT_STRING, random, 20), 1);
+    ASN1_OBJECT_free(randomNum);
+    unsigned char* withAttribute = nullptr;
+    int len = i2d_PKCS8_PRIV_KEY_INFO(info, &withAttribute);
+    PKCS8_PRIV_KEY_INFO_free(info);
+    auto key = vqxml::korean::kcdsaKeyFromPrivateKeyInfo(withAttribute, std::size_t(len));
+    auto plain = vqxml::korean::kcdsaKeyFromPrivateKeyInfo(der.data(), der.size());
+    EXPECT_TRUE(key.samePublicKey(plain));
+    OPENSSL_free(withAttribute);
+}
+
 TEST(KcdsaEncoding, PrivateKeyInfoRoundTripsAndExtraParametersAreIgnored) {
     Bytes der = testPkiFile("ee-kcdsa2048.key.der");
     auto key = vqxml::korean::kcdsaKeyFromPrivateKeyInfo(der.data(), der.size());
@@ -187,4 +207,19 @@ TEST(CryptoProvider, SymmetricKeyStreamsFollowTheEngineRules) {
     ASSERT_EQ(m, sizeof plain);
     EXPECT_EQ(0, std::memcmp(back, plain, m));
     EXPECT_THROW(other.decryptFinish(back, sizeof back), XSECCryptoException) << "finished";
+}
+
+TEST(TestPki, KcdsaCertificatesAreSignedByTheTestCa) {
+    Bytes caDer = testPkiFile("ca-rsa.crt.der");
+    const unsigned char* p = caDer.data();
+    vqxml::korean::OpenSSLPtr<X509, X509_free> ca(d2i_X509(nullptr, &p, long(caDer.size())));
+    ASSERT_NE(ca, nullptr);
+    for (const char* name : {"ee-kcdsa1024.crt.der", "ee-kcdsa2048.crt.der"}) {
+        Bytes der = testPkiFile(name);
+        p = der.data();
+        vqxml::korean::OpenSSLPtr<X509, X509_free> cert(d2i_X509(nullptr, &p, long(der.size())));
+        ASSERT_NE(cert, nullptr) << name;
+        EXPECT_EQ(X509_verify(cert.get(), X509_get0_pubkey(ca.get())), 1) << name;
+        EXPECT_TRUE(vqxml::korean::isKcdsaPublicKey(X509_get_X509_PUBKEY(cert.get()))) << name;
+    }
 }

@@ -9,6 +9,7 @@
 // OUT.key.enc.der (PKCS #8 encrypted with PBES2, PBKDF2 and SEED-CBC under
 // PASSWORD).
 #include <cstdio>
+#include <cstring>
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -19,6 +20,8 @@
 #include <openssl/evp.h>
 #include <openssl/pem.h>
 #include <openssl/pkcs12.h>
+#include <openssl/rand.h>
+#include <openssl/sha.h>
 #include <openssl/x509.h>
 #include <openssl/x509v3.h>
 
@@ -141,6 +144,98 @@ void writeDer(const std::string& path, const T* object) {
     OPENSSL_free(der);
 }
 
+const char kRandomNumOid[] = "1.2.410.200004.10.1.1.3";
+const char kSeedWithSha1Oid[] = "1.2.410.200004.1.15";
+constexpr int kNpkiIterations = 2048;
+
+// The PrivateKeyInfo with the identity-verification random as an attribute.
+vqxml::korean::SecureBytes withRandomNum(const vqxml::korean::SecureBytes& info,
+                                         const std::vector<unsigned char>& random) {
+    const unsigned char* p = info.data();
+    OpenSSLPtr<PKCS8_PRIV_KEY_INFO, PKCS8_PRIV_KEY_INFO_free> p8(
+        d2i_PKCS8_PRIV_KEY_INFO(nullptr, &p, long(info.size())));
+    OpenSSLPtr<ASN1_BIT_STRING, ASN1_BIT_STRING_free> bits(ASN1_BIT_STRING_new());
+    OpenSSLPtr<ASN1_OBJECT, ASN1_OBJECT_free> oid(OBJ_txt2obj(kRandomNumOid, 1));
+    // All bits used, trailing zero bits included.
+    if (!p8 || !bits || !oid || ASN1_BIT_STRING_set(bits.get(), const_cast<unsigned char*>(random.data()),
+                                                    int(random.size())) != 1)
+        fail("cannot build the random attribute");
+    bits->flags = ASN1_STRING_FLAG_BITS_LEFT;
+    X509_ATTRIBUTE* attr = X509_ATTRIBUTE_create_by_OBJ(nullptr, oid.get(), V_ASN1_BIT_STRING, bits.get(), -1);
+    if (attr == nullptr || PKCS8_pkey_add1_attr(p8.get(), attr) != 1)
+        fail("cannot add the random attribute");
+    X509_ATTRIBUTE_free(attr);
+    unsigned char* der = nullptr;
+    int len = i2d_PKCS8_PRIV_KEY_INFO(p8.get(), &der);
+    if (len <= 0)
+        fail("cannot encode the key with its random");
+    vqxml::korean::SecureBytes out(der, der + len);
+    OPENSSL_clear_free(der, std::size_t(len));
+    return out;
+}
+
+// PBKDF1-SHA1: T1 = SHA1(password || salt), then SHA1 again until `iterations`
+// hashes are done; key = DK[0..15], IV = SHA1(DK[16..19])[0..15].
+void npkiKeyAndIv(const std::string& password, const unsigned char* salt, std::size_t saltLen,
+                  unsigned char key[16], unsigned char iv[16]) {
+    unsigned char dk[20];
+    std::vector<unsigned char> first(password.begin(), password.end());
+    first.insert(first.end(), salt, salt + saltLen);
+    SHA1(first.data(), first.size(), dk);
+    for (int i = 1; i < kNpkiIterations; ++i)
+        SHA1(dk, sizeof dk, dk);
+    unsigned char ivHash[20];
+    SHA1(dk + 16, 4, ivHash);
+    std::memcpy(key, dk, 16);
+    std::memcpy(iv, ivHash, 16);
+    OPENSSL_cleanse(dk, sizeof dk);
+}
+
+void writeNpkiKey(const std::string& path, const vqxml::korean::SecureBytes& info, const std::string& password) {
+    unsigned char salt[8], key[16], iv[16];
+    if (RAND_bytes(salt, sizeof salt) != 1)
+        fail("cannot draw a salt");
+    npkiKeyAndIv(password, salt, sizeof salt, key, iv);
+    std::vector<unsigned char> cipherText(info.size() + 16);
+    int len = 0, tail = 0;
+    EVP_CIPHER* seed = EVP_CIPHER_fetch(nullptr, "SEED-CBC", nullptr);
+    EVP_CIPHER_CTX* ctx = EVP_CIPHER_CTX_new();
+    bool ok = seed && ctx && EVP_EncryptInit_ex2(ctx, seed, key, iv, nullptr) == 1 &&
+              EVP_EncryptUpdate(ctx, cipherText.data(), &len, info.data(), int(info.size())) == 1 &&
+              EVP_EncryptFinal_ex(ctx, cipherText.data() + len, &tail) == 1;
+    EVP_CIPHER_CTX_free(ctx);
+    EVP_CIPHER_free(seed);
+    OPENSSL_cleanse(key, sizeof key);
+    if (!ok)
+        fail("cannot encrypt the NPKI key");
+
+    // EncryptedPrivateKeyInfo { { 1.2.410.200004.1.15, SEQUENCE { salt, iterations } }, data }
+    OpenSSLPtr<ASN1_OCTET_STRING, ASN1_OCTET_STRING_free> saltString(ASN1_OCTET_STRING_new());
+    OpenSSLPtr<ASN1_INTEGER, ASN1_INTEGER_free> count(ASN1_INTEGER_new());
+    ASN1_OCTET_STRING_set(saltString.get(), salt, sizeof salt);
+    ASN1_INTEGER_set(count.get(), kNpkiIterations);
+    unsigned char* saltDer = nullptr;
+    unsigned char* countDer = nullptr;
+    int saltLen = i2d_ASN1_OCTET_STRING(saltString.get(), &saltDer);
+    int countLen = i2d_ASN1_INTEGER(count.get(), &countDer);
+    std::vector<unsigned char> params = {0x30, std::uint8_t(saltLen + countLen)};
+    params.insert(params.end(), saltDer, saltDer + saltLen);
+    params.insert(params.end(), countDer, countDer + countLen);
+    OPENSSL_free(saltDer);
+    OPENSSL_free(countDer);
+    ASN1_STRING* paramString = ASN1_STRING_new();
+    ASN1_STRING_set(paramString, params.data(), int(params.size()));
+
+    OpenSSLPtr<X509_SIG, X509_SIG_free> encrypted(X509_SIG_new());
+    X509_ALGOR* alg = nullptr;
+    ASN1_OCTET_STRING* data = nullptr;
+    X509_SIG_getm(encrypted.get(), &alg, &data);
+    if (X509_ALGOR_set0(alg, OBJ_txt2obj(kSeedWithSha1Oid, 1), V_ASN1_SEQUENCE, paramString) != 1 ||
+        ASN1_OCTET_STRING_set(data, cipherText.data(), len + tail) != 1)
+        fail("cannot build the NPKI key");
+    writeDer<X509_SIG, i2d_X509_SIG>(path, encrypted.get());
+}
+
 void writeEncryptedKey(const std::string& path, const vqxml::korean::SecureBytes& info,
                        const std::string& password) {
     const unsigned char* p = info.data();
@@ -182,6 +277,14 @@ int main(int argc, char** argv) {
         vqxml::korean::SecureBytes info = vqxml::korean::encodeKcdsaPrivateKeyInfo(key);
         writeFile(out + ".key.der", info.data(), info.size());
         writeEncryptedKey(out + ".key.enc.der", info, argv[7]);
+        std::vector<unsigned char> random(20);
+        if (RAND_bytes(random.data(), int(random.size())) != 1)
+            fail("cannot draw the identity-verification random");
+        writeNpkiKey(out + ".signPri.key", withRandomNum(info, random), argv[7]);
+        std::ofstream hex(out + ".random.hex");
+        for (unsigned char b : random)
+            hex << "0123456789abcdef"[b >> 4] << "0123456789abcdef"[b & 15];
+        hex << "\n";
     } catch (const std::exception& e) {
         fail(e.what());
     }
