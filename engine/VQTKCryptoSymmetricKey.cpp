@@ -1,9 +1,9 @@
 #include "engine/VQTKCryptoSymmetricKey.hpp"
 
 #include <string>
+#include <utility>
 
 #include <xercesc/util/XMLString.hpp>
-#include <xsec/utils/XSECPlatformUtils.hpp>
 
 #include "engine/AlgorithmURIs.hpp"
 #include "engine/CryptoErrorTranslation.hpp"
@@ -51,13 +51,27 @@ VQTKCryptoSymmetricKey* VQTKCryptoSymmetricKey::forTypeCode(int type) {
     return nullptr;
 }
 
-bool VQTKCryptoSymmetricKey::cipherForURI(const XMLCh* uri, BlockCipherId& cipher) {
+namespace {
+
+const CipherEntry* entryForURI(const XMLCh* uri) {
     for (const CipherEntry& e : kCiphers)
-        if (uri != nullptr && XERCES_CPP_NAMESPACE::XMLString::equals(uri, e.uri)) {
-            cipher = e.cipher;
-            return true;
-        }
-    return false;
+        if (uri != nullptr && XERCES_CPP_NAMESPACE::XMLString::equals(uri, e.uri))
+            return &e;
+    return nullptr;
+}
+
+}  // namespace
+
+bool VQTKCryptoSymmetricKey::cipherForURI(const XMLCh* uri, BlockCipherId& cipher) {
+    const CipherEntry* e = entryForURI(uri);
+    if (e != nullptr)
+        cipher = e->cipher;
+    return e != nullptr;
+}
+
+int VQTKCryptoSymmetricKey::typeCodeForURI(const XMLCh* uri) {
+    const CipherEntry* e = entryForURI(uri);
+    return e != nullptr ? e->typeCode : 0;
 }
 
 int VQTKCryptoSymmetricKey::getKeyTypeCode() const {

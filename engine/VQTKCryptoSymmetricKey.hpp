@@ -73,6 +73,8 @@ public:
     static VQTKCryptoSymmetricKey* forTypeCode(int type);
     // The cipher whose algorithm URI this is; false if none.
     static bool cipherForURI(const XMLCh* uri, vqxml::korean::BlockCipherId& cipher);
+    // The key type code (5, 6, 7) of a Korean cipher's URI; 0 for any other URI.
+    static int typeCodeForURI(const XMLCh* uri);
 
 private:
     bool begin(bool encrypt, bool doPad, SymmetricKeyMode mode, const unsigned char* iv);
