@@ -4,6 +4,7 @@
 #include <cstring>
 #include <string>
 
+#include "ScopedHandle.hpp"
 #include "vqxml/VQXML_XMLSecurity.h"
 
 namespace {
@@ -20,20 +21,17 @@ TEST(ErrorInfo, NullHandleWritesTheFixedKoreanTextWhateverTheLength) {
 }
 
 TEST(ErrorInfo, FreshHandleHasAnEmptyText) {
-    void* h = nullptr;
-    ASSERT_EQ(VQTK_XMLAPI_init(&h), VQXML_OK);
+    ScopedHandle h;
     char out[100];
     std::memset(out, 'x', sizeof out);
     EXPECT_EQ(VQTK_XMLAPI_GetErrInfo(h, 100, out), VQXML_OK);
     EXPECT_EQ(out[0], '\0');
     EXPECT_EQ(VQTK_XMLAPI_GetErrInfo(h, 100, nullptr), VQXML_ERR_NULL_ARGUMENT);
-    VQTK_XMLAPI_Finish(&h);
 }
 
 TEST(ErrorInfo, FailureTextIsCopiedByTheLengthRuleAndSurvivesSuccess) {
-    void* h = nullptr;
-    ASSERT_EQ(VQTK_XMLAPI_init(&h), VQXML_OK);
-    auto* ctx = static_cast<VQXML_XMLSecurity*>(h);
+    ScopedHandle h;
+    auto* ctx = static_cast<VQXML_XMLSecurity*>(h.h);
     const std::string text = "XMLDSIG_sign > something failed";
     ctx->ProcessExceptionMessage(10208, "XMLDSIG_sign > ", "something failed");
     EXPECT_EQ(ctx->getLaseErrorCode(), 10208);
@@ -50,29 +48,24 @@ TEST(ErrorInfo, FailureTextIsCopiedByTheLengthRuleAndSurvivesSuccess) {
     EXPECT_EQ(VQTK_XMLAPI_GetVersion(h, sizeof version, version), VQXML_OK);
     EXPECT_EQ(VQTK_XMLAPI_GetErrInfo(h, sizeof out, out), VQXML_OK);
     EXPECT_STREQ(out, text.c_str());
-    VQTK_XMLAPI_Finish(&h);
 }
 
 TEST(ErrorInfo, LongEngineTextsAreCutAt1023Bytes) {
-    void* h = nullptr;
-    ASSERT_EQ(VQTK_XMLAPI_init(&h), VQXML_OK);
-    auto* ctx = static_cast<VQXML_XMLSecurity*>(h);
+    ScopedHandle h;
+    auto* ctx = static_cast<VQXML_XMLSecurity*>(h.h);
     std::u16string longText(5000, u'a');
     ctx->ProcessExceptionMessage(11213, "XMLDSIG_verify > ", longText.c_str());
     std::string out(2048, 'x');
     EXPECT_EQ(VQTK_XMLAPI_GetErrInfo(h, 2048, &out[0]), VQXML_OK);
     EXPECT_EQ(std::strlen(out.c_str()), 1023u);
     EXPECT_EQ(out.compare(0, 17, "XMLDSIG_verify > "), 0);
-    VQTK_XMLAPI_Finish(&h);
 }
 
 TEST(ErrorInfo, KoreanEngineTextsArriveAsEucKr) {
-    void* h = nullptr;
-    ASSERT_EQ(VQTK_XMLAPI_init(&h), VQXML_OK);
-    auto* ctx = static_cast<VQXML_XMLSecurity*>(h);
+    ScopedHandle h;
+    auto* ctx = static_cast<VQXML_XMLSecurity*>(h.h);
     ctx->ProcessExceptionMessage(1, "p > ", u"\uC11C\uBA85");  // "서명"
     EXPECT_STREQ(ctx->getLastErrorMsg(), "p > \xBC\xAD\xB8\xED");
-    VQTK_XMLAPI_Finish(&h);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "ScopedHandle.hpp"
 #include "vqxml/vqxml.h"
 
 namespace {
@@ -42,8 +43,7 @@ TEST(HandleLifecycle, LocaleIsAcceptedWhateverItSays) {
 }
 
 TEST(HandleLifecycle, VersionCopiesWithoutNulWhenTheBufferIsExactlyTheText) {
-    void* h = nullptr;
-    ASSERT_EQ(VQTK_XMLAPI_init(&h), VQXML_OK);
+    ScopedHandle h;
     char out[16];
     std::memset(out, 'x', sizeof out);
     EXPECT_EQ(VQTK_XMLAPI_GetVersion(h, 8, out), VQXML_OK);
@@ -58,12 +58,10 @@ TEST(HandleLifecycle, VersionCopiesWithoutNulWhenTheBufferIsExactlyTheText) {
     EXPECT_EQ(VQTK_XMLAPI_GetVersion(h, 0, out), VQXML_OK);
     EXPECT_EQ(out[0], 'x');
     EXPECT_EQ(VQTK_XMLAPI_GetVersion(h, 9, nullptr), VQXML_ERR_NULL_ARGUMENT);
-    VQTK_XMLAPI_Finish(&h);
 }
 
 TEST(HandleLifecycle, NoResultDocumentLeavesTheCallersVariablesAlone) {
-    void* h = nullptr;
-    ASSERT_EQ(VQTK_XMLAPI_init(&h), VQXML_OK);
+    ScopedHandle h;
     char sentinel = 0;
     char* doc = &sentinel;
     int len = -7;
@@ -72,7 +70,6 @@ TEST(HandleLifecycle, NoResultDocumentLeavesTheCallersVariablesAlone) {
     EXPECT_EQ(len, -7);
     EXPECT_EQ(VQTK_XMLAPI_GetXMLDocument(h, nullptr, &len), VQXML_ERR_NULL_ARGUMENT);
     EXPECT_EQ(VQTK_XMLAPI_GetXMLDocument(h, &doc, nullptr), VQXML_ERR_NULL_ARGUMENT);
-    VQTK_XMLAPI_Finish(&h);
 }
 
 TEST(HandleLifecycle, FreeReleasesCallerBuffersAndIgnoresNull) {
