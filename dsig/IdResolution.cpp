@@ -49,15 +49,16 @@ void enableIdAttributes(DSIGSignature* signature) {
     signature->registerIdAttributeNameNS(kWsuNamespace, u"Id");
 }
 
-void refuseAmbiguousReferences(const DSIGSignature* signature) {
+void checkReferencedIds(const DSIGSignature* signature) {
     const DSIGReferenceList* references = signature->getReferenceList();
     const DOMDocument* doc = signature->getParentDocument();
     for (DSIGReferenceList::size_type i = 0; references != nullptr && i < references->getSize(); ++i) {
         const XMLCh* uri = references->item(i)->getURI();
         if (uri == nullptr || uri[0] != u'#' || uri[1] == 0 || XMLString::startsWith(uri, u"#xpointer("))
             continue;
-        if (elementsWithId(doc, uri + 1) > 1) {
-            XString text = u"More than one element carries the referenced Id ";
+        const int found = elementsWithId(doc, uri + 1);
+        if (found != 1) {
+            XString text = found == 0 ? u"No element carries the referenced Id " : u"More than one element carries the referenced Id ";
             text += uri + 1;
             throw XSECException(XSECException::IDNotFoundInDOMDoc, text.c_str());
         }

@@ -10,10 +10,10 @@ namespace vqxml {
 // as well as by attributes the document declares as IDs.
 void enableIdAttributes(DSIGSignature* signature);
 
-// Refuses (XSECException) a signature that references an Id more than one element
-// carries: which of them the engine would digest is not what the signer may have
-// meant (signature wrapping).
-void refuseAmbiguousReferences(const DSIGSignature* signature);
+// Refuses (XSECException, naming the Id) a signature that references an Id no
+// element carries, or one that more than one element carries: which of them the
+// engine would digest need not be what the signer meant (signature wrapping).
+void checkReferencedIds(const DSIGSignature* signature);
 
 }  // namespace vqxml
 

@@ -18,6 +18,33 @@
 
 namespace {
 
+const X509* opensslCertificate(const XSECCryptoX509* cert) {
+    const auto* openssl = dynamic_cast<const OpenSSLCryptoX509*>(cert);
+    return openssl != nullptr ? openssl->getOpenSSLX509() : nullptr;
+}
+
+// X509Data may carry a whole chain, in any order: the signer's certificate is the
+// one that issued none of the others. With no such single certificate, the first.
+int signerCertificateIndex(const DSIGKeyInfoX509* x509) {
+    const int count = x509->getCertificateListSize();
+    int leaf = -1;
+    for (int i = 0; i < count; ++i) {
+        const X509* candidate = opensslCertificate(x509->getCertificateCryptoItem(i));
+        bool issuesAnother = candidate == nullptr;
+        for (int j = 0; j < count && !issuesAnother; ++j) {
+            const X509* other = opensslCertificate(x509->getCertificateCryptoItem(j));
+            issuesAnother = j != i && other != nullptr &&
+                            X509_NAME_cmp(X509_get_subject_name(candidate), X509_get_issuer_name(other)) == 0;
+        }
+        if (!issuesAnother) {
+            if (leaf >= 0)
+                return 0;
+            leaf = i;
+        }
+    }
+    return leaf >= 0 ? leaf : 0;
+}
+
 template <class T>
 void freeAndClear(T*& buffer) {
     std::free(buffer);
@@ -69,7 +96,7 @@ void VQXML_XMLSecurity::readX509Data(DSIGKeyInfoX509* x509, const char* subjectE
         replaceText(m_serialNumber, serial, nullptr);
     if (x509->getCertificateListSize() == 0)
         return;
-    const XSECCryptoX509* cert = x509->getCertificateCryptoItem(0);
+    const XSECCryptoX509* cert = x509->getCertificateCryptoItem(signerCertificateIndex(x509));
     storeCertificate(cert);
     if (m_signature != nullptr)
         m_signature->setSigningKey(cert->clonePublicKey());
@@ -77,8 +104,7 @@ void VQXML_XMLSecurity::readX509Data(DSIGKeyInfoX509* x509, const char* subjectE
 
 // The engine's certificate object keeps base64 text; callers get DER bytes.
 void VQXML_XMLSecurity::storeCertificate(const XSECCryptoX509* cert) {
-    const auto* openssl = dynamic_cast<const OpenSSLCryptoX509*>(cert);
-    const X509* x509 = openssl != nullptr ? openssl->getOpenSSLX509() : nullptr;
+    const X509* x509 = opensslCertificate(cert);
     if (x509 == nullptr)
         throw VQXML_XSECException(VQXML_ERR_CRYPTO_PROVIDER, "The certificate could not be read");
     unsigned char* der = nullptr;

@@ -46,6 +46,13 @@ void VQXML_XMLSecurity::requireSignature() const {
         throw VQXML_XSECException(10200);
 }
 
+// The engine cannot add to a signature whose element does not exist yet.
+void VQXML_XMLSecurity::requireTemplate(int code) const {
+    requireSignature();
+    if (m_signature->getParentDocument() == nullptr)
+        throw VQXML_XSECException(code, "No Signature element yet: choose the signature algorithm first");
+}
+
 void VQXML_XMLSecurity::releaseSignatureAndDocument() {
     try {
         if (m_signature != nullptr)
@@ -131,7 +138,7 @@ void VQXML_XMLSecurity::placeSignature(DOMElement* signature) {
 int VQXML_XMLSecurity::XMLDSIG_createReference(char* uri, int digestSelector, int canonicalizationSelector,
                                                char* xpath) {
     return vqxml::guarded(*this, "XMLDSIG_createReference > ", [&] {
-        requireSignature();
+        requireTemplate(10200);
         if (!vqxml::canonicalizationSelector(canonicalizationSelector, m_refCanonMethod))
             throw VQXML_XSECException(10202);
         if (!vqxml::digestSelector(digestSelector, m_refHashMethod))
@@ -158,7 +165,7 @@ DSIGReference* VQXML_XMLSecurity::appendReference(const XMLCh* uri, const char* 
 
 int VQXML_XMLSecurity::XMLDSIG_appendObject(char* id, char* content, int len) {
     return vqxml::guarded(*this, "XMLDSIG_appendObject > ", [&] {
-        requireSignature();
+        requireTemplate(10200);
         if (isBlank(content))
             throw VQXML_XSECException(10209);
         DSIGObject* object = m_signature->appendObject();
@@ -194,7 +201,7 @@ int VQXML_XMLSecurity::XMLDSIG_setKeyName(char* name) {
     return vqxml::guarded(*this, "XMLDSIG_setKeyName > ", [&] {
         if (name == nullptr || name[0] == '\0')
             throw VQXML_XSECException(10208);
-        requireSignature();
+        requireTemplate(10200);
         const std::string encoding = vqxml::declaredEncoding(m_document);
         m_signature->appendKeyName(vqxml::XMLT(encoding.c_str(), name).c_str(), false);
     });
@@ -202,7 +209,7 @@ int VQXML_XMLSecurity::XMLDSIG_setKeyName(char* name) {
 
 int VQXML_XMLSecurity::XMLDSIG_sign() {
     return vqxml::guarded(*this, "XMLDSIG_sign > ", [&] {
-        requireSignature();
+        requireTemplate(10200);
         m_signature->sign();
         storeResultDocument();
     });

@@ -35,6 +35,7 @@ int VQXML_XMLSecurity::XMLDSIG_setSignCertAndKey(unsigned char* cert, int certLe
         const bool haveKey = key != nullptr && keyLen > 0;
         if (!haveCert && !haveKey)
             throw VQXML_XSECException(10204);
+        requireTemplate(10205);
         DSIGKeyInfoX509* x509 = m_signature->appendX509Data();
         if (m_signatureMethod != 3)
             throw VQXML_XSECException(10205);
@@ -67,6 +68,7 @@ int VQXML_XMLSecurity::XMLDSIG_setHMACKey(unsigned char* key, unsigned int len) 
         requireSignature();
         if (key == nullptr || key[0] == 0 || m_signatureMethod != 2)
             throw VQXML_XSECException(10206);
+        requireTemplate(10206);
         m_signature->setSigningKey(createHMACKey(key, len));
     });
 }

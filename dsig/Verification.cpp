@@ -2,6 +2,7 @@
 #include <xercesc/dom/DOM.hpp>
 #include <xsec/dsig/DSIGObject.hpp>
 #include <xsec/dsig/DSIGSignature.hpp>
+#include <xsec/enc/XSECKeyInfoResolverDefault.hpp>
 #include <xsec/framework/XSECProvider.hpp>
 
 #include "core/EngineLifecycle.hpp"
@@ -22,6 +23,10 @@ int VQXML_XMLSecurity::XMLDSIG_setSignXMLDocument(char* xml, int len) {
         VQXML_URIResolver verifyingReader(m_allowExternalReferences);
         m_signature->setURIResolver(&verifyingReader);
         vqxml::enableIdAttributes(m_signature);
+        // A key the key information reader installs comes first; the engine's own
+        // resolver serves signatures that carry only a KeyValue.
+        XSECKeyInfoResolverDefault keyValueReader;
+        m_signature->setKeyInfoResolver(&keyValueReader);
         m_signature->load();
         const vqxml::SignatureCodes codes = vqxml::signatureCodesOf(m_signature->getAlgorithmURI());
         m_signatureMethod = codes.signatureMethod;
@@ -34,7 +39,7 @@ int VQXML_XMLSecurity::XMLDSIG_setSignXMLDocument(char* xml, int len) {
 int VQXML_XMLSecurity::XMLDSIG_verify() {
     return vqxml::guarded(*this, "XMLDSIG_verify > ", [&] {
         requireSignature();
-        vqxml::refuseAmbiguousReferences(m_signature);
+        vqxml::checkReferencedIds(m_signature);
         if (!m_signature->verify())
             throw VQXML_XSECException(11213, m_signature->getErrMsgs());
         storeVerifiedContent();

@@ -130,6 +130,7 @@ public:
 
 protected:
     void requireSignature() const;
+    void requireTemplate(int code) const;
     void releaseSignatureAndDocument();
     void placeSignature(XERCES_CPP_NAMESPACE::DOMElement* signature);
     DSIGReference* appendReference(const XMLCh* uri, const char* xpath);
