@@ -5,4 +5,4 @@ cd "$(dirname "$0")/.."
 bash scripts/setup.sh
 cmake -S . -B build >/dev/null
 cmake --build build -j2 --target vqxml_demo >/dev/null
-./build/demo/vqxml_demo
+./build/demo/vqxml_demo tests/data/dsig
