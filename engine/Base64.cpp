@@ -8,7 +8,7 @@
 
 namespace vqxml {
 
-XString base64Encode(const std::vector<unsigned char>& bytes) {
+std::string base64Text(const std::vector<unsigned char>& bytes) {
     std::unique_ptr<XSECCryptoBase64> coder(XSECPlatformUtils::g_cryptoProvider->base64());
     // Four characters per three bytes, a line break per 48 bytes, and the tail.
     std::vector<unsigned char> out(bytes.size() * 2 + 8);
@@ -17,7 +17,11 @@ XString base64Encode(const std::vector<unsigned char>& bytes) {
                                          : coder->encode(bytes.data(), static_cast<unsigned int>(bytes.size()),
                                                          out.data(), static_cast<unsigned int>(out.size()));
     written += coder->encodeFinish(out.data() + written, static_cast<unsigned int>(out.size() - written));
-    return XString(out.begin(), out.begin() + written);
+    return std::string(out.begin(), out.begin() + written);
+}
+
+XString base64Encode(const std::vector<unsigned char>& bytes) {
+    return toXString(base64Text(bytes));
 }
 
 }  // namespace vqxml

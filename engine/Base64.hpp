@@ -2,13 +2,16 @@
 #ifndef VQXML_ENGINE_BASE64_HPP
 #define VQXML_ENGINE_BASE64_HPP
 
+#include <string>
 #include <vector>
 
 #include "core/Transcode.hpp"
 
 namespace vqxml {
 
-// The crypto provider's encoding (lines of 76 characters), as 16-bit text.
+// The crypto provider's encoding (lines of 64 characters).
+std::string base64Text(const std::vector<unsigned char>& bytes);
+// The same as 16-bit text, for the XML the engine writes.
 XString base64Encode(const std::vector<unsigned char>& bytes);
 
 }  // namespace vqxml

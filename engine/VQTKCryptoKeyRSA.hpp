@@ -3,7 +3,7 @@
 //
 // Certificates are DER or PEM X.509. Private keys are an unencrypted PKCS#8
 // PrivateKeyInfo or a PKCS#1 RSAPrivateKey, DER or PEM. When both are given they
-// must belong together.
+// must belong together. Parsed key pairs are kept in the key cache (KeyCache.hpp).
 #ifndef VQXML_ENGINE_VQTKCRYPTOKEYRSA_HPP
 #define VQXML_ENGINE_VQTKCRYPTOKEYRSA_HPP
 
@@ -22,6 +22,9 @@ public:
     static VQTKCryptoKeyRSA* load(const unsigned char* cert, int certLen, const unsigned char* key, int keyLen);
 
     XSECCryptoKey* clone() const override;
+    unsigned int signSHA1PKCS1Base64Signature(unsigned char* hashBuf, unsigned int hashLen, char* base64SignatureBuf,
+                                              unsigned int base64SignatureBufLen,
+                                              XSECCryptoHash::HashType type) const override;
 
     bool hasCertificate() const { return m_cert != nullptr; }
     // The certificate's DER bytes (empty without a certificate).
