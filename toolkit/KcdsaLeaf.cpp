@@ -40,14 +40,13 @@ void verifyKcdsaLeaf(const PathRequest& request, X509* leaf) {
     const bool issuerIsAnchor = issuer != nullptr;
     if (issuer == nullptr)
         issuer = issuerIn(request.untrusted, leaf);
-    if (issuer == nullptr)
+    if (issuer == nullptr) {
+        refuseKcdsaIssuer(request, leaf);
         refuse(leaf, 0, refusalReason(X509_V_ERR_UNABLE_TO_GET_ISSUER_CERT_LOCALLY));
-
+    }
     EVP_PKEY* issuerKey = X509_get0_pubkey(issuer);
-    if (issuerKey == nullptr || hasKcdsaKey(issuer))
-        raise(VQTK_ERR_UNSUPPORTED,
-              "The certificate (" + subjectOf(leaf) + ") was issued by a CA with a KCDSA key (" +
-                  subjectOf(issuer) + "); KCDSA signatures cannot be verified here");
+    if (issuerKey == nullptr)
+        refuse(issuer, 1, refusalReason(X509_V_ERR_UNABLE_TO_DECODE_ISSUER_PUBLIC_KEY));
     if (X509_check_ca(issuer) == 0)
         refuse(issuer, 1, refusalReason(X509_V_ERR_INVALID_CA));
     if (X509_verify(leaf, issuerKey) != 1)

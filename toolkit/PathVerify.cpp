@@ -61,6 +61,19 @@ std::string refusalReason(int x509Error) {
     }
 }
 
+void refuseKcdsaIssuer(const PathRequest& request, const X509* cert) {
+    for (STACK_OF(X509)* candidates : {request.toolkit->anchors, request.untrusted}) {
+        for (int i = 0; i < sk_X509_num(candidates); ++i) {
+            const X509* candidate = sk_X509_value(candidates, i);
+            if (hasKcdsaKey(candidate) &&
+                X509_NAME_cmp(X509_get_subject_name(candidate), X509_get_issuer_name(cert)) == 0)
+                raise(VQTK_ERR_UNSUPPORTED,
+                      "The certificate (" + subjectOf(cert) + ") was issued by a CA with a KCDSA key (" +
+                          subjectOf(candidate) + "); KCDSA signatures cannot be verified here");
+        }
+    }
+}
+
 void refuse(const X509* cert, int depth, const std::string& reason) {
     raise(VQTK_ERR_REFUSED, "Certificate refused at depth " + std::to_string(depth) + " (" +
                                 (cert != nullptr ? subjectOf(cert) : std::string("?")) +
@@ -100,7 +113,10 @@ void verifyPath(const PathRequest& request, X509* target, int depth) {
     const int error = X509_STORE_CTX_get_error(ctx.get());
     if (result < 0 || error == X509_V_OK)
         raise(VQTK_ERR_CRYPTO, "Verification failed inside OpenSSL: " + opensslReason());
-    refuse(X509_STORE_CTX_get_current_cert(ctx.get()),
+    X509* failed = X509_STORE_CTX_get_current_cert(ctx.get());
+    if (error == X509_V_ERR_UNABLE_TO_GET_ISSUER_CERT_LOCALLY && failed != nullptr)
+        refuseKcdsaIssuer(request, failed);
+    refuse(failed,
            depth + X509_STORE_CTX_get_error_depth(ctx.get()), refusalReason(error));
 }
 

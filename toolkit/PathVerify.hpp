@@ -20,6 +20,11 @@ struct PathRequest {
 // used for the time mode and the texts. Raises VQTK_ERR_REFUSED with the reason.
 void verifyPath(const PathRequest& request, X509* target, int depth);
 
+// Raises VQTK_ERR_UNSUPPORTED if cert's issuer, by name, is among the anchors or
+// the offered intermediates with a KCDSA key: OpenSSL cannot match such an issuer,
+// and the refusal should say why rather than blame an unknown issuer.
+void refuseKcdsaIssuer(const PathRequest& request, const X509* cert);
+
 // "Certificate refused at depth D (subject): reason".
 [[noreturn]] void refuse(const X509* cert, int depth, const std::string& reason);
 
