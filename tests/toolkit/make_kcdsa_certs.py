@@ -18,6 +18,7 @@ import sys
 from pathlib import Path
 
 import der
+import vectors
 
 KCDSA = "1.2.410.200004.1.1"
 KCDSA_WITH_SHA1 = "1.2.410.200004.1.9"
@@ -25,13 +26,9 @@ SHA256_WITH_RSA = "1.2.840.113549.1.1.11"
 
 
 def kcdsa_public_key(vectors_file):
-    for record in Path(vectors_file).read_text().split("\n\n"):
-        f = dict(l.split(" = ", 1) for l in record.splitlines() if " = " in l and not l.startswith("#"))
-        if "k_derived" in f:
-            p, q, g, y = (int(f[n], 16) for n in ("p", "q", "g", "y"))
-            algorithm = der.seq(der.oid(KCDSA), der.seq(der.integer(p), der.integer(q), der.integer(g)))
-            return der.seq(algorithm, der.bits(der.integer(y)))
-    raise SystemExit("no KCDSA record with domain parameters")
+    k = vectors.kcdsa_domain(vectors_file)
+    algorithm = der.seq(der.oid(KCDSA), der.seq(der.integer(k["p"]), der.integer(k["q"]), der.integer(k["g"])))
+    return der.seq(algorithm, der.bits(der.integer(k["y"])))
 
 
 def name(common_name):

@@ -24,6 +24,7 @@ import sys
 from pathlib import Path
 
 import der
+import vectors
 
 PASSWORD = b"vqxml-test-1234"
 PBE_SEED_SHA1 = "1.2.410.200004.1.15"
@@ -56,9 +57,8 @@ def cbc_encrypt(cipher, key, iv, plain):
 
 
 def check_against_vectors(path):
-    records = [r for r in Path(path).read_text().split("\n\n") if "dk =" in r]
-    for record in records:
-        f = dict(l.split(" = ", 1) for l in record.splitlines() if " = " in l and not l.startswith("#"))
+    records = vectors.records(path)
+    for f in records:
         key, iv = seed_sha1_key_iv(bytes.fromhex(f["password"]), bytes.fromhex(f["salt"]),
                                    int(f["iterations"]))
         assert (key.hex(), iv.hex()) == (f["key"], f["iv"]), "PBKDF1 derivation disagrees"
@@ -92,13 +92,9 @@ def pbes2_seed_form(plain, salt, iterations, iv):
 
 def kcdsa_private_key_info(vectors_file):
     """The first 2048-bit record of the KCDSA vectors as a PrivateKeyInfo."""
-    for record in Path(vectors_file).read_text().split("\n\n"):
-        f = dict(l.split(" = ", 1) for l in record.splitlines() if " = " in l and not l.startswith("#"))
-        if "k_derived" in f:
-            p, q, g, x = (int(f[n], 16) for n in ("p", "q", "g", "x"))
-            algorithm = der.seq(der.oid(KCDSA), der.seq(der.integer(p), der.integer(q), der.integer(g)))
-            return der.seq(der.integer(0), algorithm, der.octets(der.integer(x % q)))
-    raise SystemExit("no KCDSA record with domain parameters")
+    k = vectors.kcdsa_domain(vectors_file)
+    algorithm = der.seq(der.oid(KCDSA), der.seq(der.integer(k["p"]), der.integer(k["q"]), der.integer(k["g"])))
+    return der.seq(der.integer(0), algorithm, der.octets(der.integer(k["x"] % k["q"])))
 
 
 def hostile_forms(plain):

@@ -41,10 +41,6 @@ basicConstraints = critical, CA:TRUE
 keyUsage = critical, keyCertSign, cRLSign
 subjectKeyIdentifier = hash
 authorityKeyIdentifier = keyid
-[root_ext]
-basicConstraints = critical, CA:TRUE
-keyUsage = critical, keyCertSign, cRLSign
-subjectKeyIdentifier = hash
 [leaf_ext]
 basicConstraints = critical, CA:FALSE
 keyUsage = critical, digitalSignature, keyEncipherment
@@ -68,14 +64,14 @@ issue() {
     openssl x509 -in "$work/$name.pem" -outform DER -out "$out/$name.der"
 }
 
-issue root "/C=KR/O=vqxml test/CN=vqxml Test Root" self root_ext
+issue root "/C=KR/O=vqxml test/CN=vqxml Test Root" self ca_ext
 issue intermediate "/C=KR/O=vqxml test/CN=vqxml Test Intermediate" root ca_ext
 issue leaf "/C=KR/O=vqxml test/CN=vqxml Test Leaf" intermediate leaf_ext
 issue leaf_expired "/C=KR/O=vqxml test/CN=vqxml Expired Leaf" intermediate leaf_ext \
     20010101000000Z 20020101000000Z
 issue not_ca "/C=KR/O=vqxml test/CN=vqxml Not A CA" intermediate leaf_ext
 issue under_not_ca "/C=KR/O=vqxml test/CN=vqxml Under Not A CA" not_ca leaf_ext
-issue other_root "/C=KR/O=vqxml other/CN=vqxml Other Root" self root_ext
+issue other_root "/C=KR/O=vqxml other/CN=vqxml Other Root" self ca_ext
 
 openssl pkcs8 -topk8 -nocrypt -in "$work/leaf.key" -out "$out/leaf.key"
 openssl pkcs8 -topk8 -nocrypt -in "$work/intermediate.key" -out "$out/intermediate.key"
