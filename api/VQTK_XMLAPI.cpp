@@ -1,17 +1,15 @@
 // C fronts of the handle family: handles, version, errors, result document.
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
+#include "api/Front.hpp"
 #include "core/EngineLifecycle.hpp"
 #include "core/VQXMLException.hpp"
 #include "vqxml/VQXML_XMLSecurity.h"
 
-namespace {
+using vqxml::context;
 
-VQXML_XMLSecurity* context(void* handle) {
-    return static_cast<VQXML_XMLSecurity*>(handle);
-}
+namespace {
 
 // If len is at most the text's length, exactly len bytes and no NUL; else the
 // text and its NUL.

@@ -66,7 +66,8 @@ VQXML_XMLSecurity::VQXML_XMLSecurity(char* /*locale: accepted, never used*/)
       m_encKeyText2(nullptr),
       m_refHashMethod(4),
       m_refCanonMethod(0),
-      m_mimeMessage(nullptr) {
+      m_mimeMessage(nullptr),
+      m_allowExternalReferences(false) {
     vqxml::joinEngines();
     m_errorMsg = static_cast<char*>(std::calloc(kErrorBufferSize, 1));
     m_version = static_cast<char*>(std::calloc(kVersionBufferSize, 1));
