@@ -71,9 +71,11 @@ ASN1ObjectPtr objectId(const char* dotted) {
 extern "C" {
 
 int VQTK_API_Init(VQTK_Toolkit** handle, const char* config) {
-    if (handle == nullptr || !acceptedConfig(config))
+    if (handle == nullptr)
         return VQTK_ERR_ARGUMENT;
     *handle = nullptr;
+    if (!acceptedConfig(config))
+        return VQTK_ERR_ARGUMENT;
     try {
         vqxml::loadOpenSSLProviders();
         auto tk = std::make_unique<VQTK_Toolkit>();

@@ -3,11 +3,13 @@
 
 #include <cstring>
 
+#include "toolkit/ToolkitInternal.hpp"
 #include "toolkit/ToolkitTestSupport.hpp"
 
 using namespace vqtktest;
 
 TEST(ToolkitHandle, OpensOnlyWithTheDefaultConfiguration) {
+    int staleValue = 0;  // a stale value the refused call must clear
     for (const char* config : {static_cast<const char*>(nullptr), "", "."}) {
         VQTK_Toolkit* handle = nullptr;
         EXPECT_EQ(VQTK_API_Init(&handle, config), VQTK_OK);
@@ -15,7 +17,7 @@ TEST(ToolkitHandle, OpensOnlyWithTheDefaultConfiguration) {
         EXPECT_EQ(VQTK_API_Finish(&handle), VQTK_OK);
         EXPECT_EQ(handle, nullptr);
     }
-    VQTK_Toolkit* handle = nullptr;
+    VQTK_Toolkit* handle = reinterpret_cast<VQTK_Toolkit*>(&staleValue);
     EXPECT_EQ(VQTK_API_Init(&handle, "/etc/toolkit.conf"), VQTK_ERR_ARGUMENT);
     EXPECT_EQ(handle, nullptr);
     EXPECT_EQ(VQTK_API_Init(nullptr, "."), VQTK_ERR_ARGUMENT);
@@ -40,6 +42,16 @@ TEST(ToolkitHandle, ErrorTextIsEmptyUntilAFailureAndTruncatedToTheBuffer) {
     std::memset(small, 'x', sizeof small);
     EXPECT_EQ(VQTK_API_GetErrInfo(tk.get(), sizeof small, small), VQTK_OK);
     EXPECT_EQ(std::string(small), full.substr(0, 7));
+}
+
+TEST(ToolkitHandle, ErrorTextIsNeverCutInsideAKoreanCharacter) {
+    Toolkit tk;
+    vqtk::fail(tk.get(), VQTK_ERR_FORMAT, "A\xb0\xa1\xb3\xaa");  // "A" and two EUC-KR syllables
+    char buffer[5];
+    ASSERT_EQ(VQTK_API_GetErrInfo(tk.get(), 5, buffer), VQTK_OK);
+    EXPECT_STREQ(buffer, "A\xb0\xa1");
+    ASSERT_EQ(VQTK_API_GetErrInfo(tk.get(), 3, buffer), VQTK_OK);
+    EXPECT_STREQ(buffer, "A");
 }
 
 TEST(BinaryString, SetDataCopiesAndTreatsNullOrNegativeAsEmpty) {
