@@ -9,7 +9,7 @@
 #include "toolkit/ToolkitTestSupport.hpp"
 
 using namespace vqtktest;
-using pkitest::Handle;
+using pkitest::errorText;
 
 namespace {
 
@@ -21,9 +21,9 @@ struct Decrypted {
     int length;
 };
 
-Decrypted decrypt(const Handle& h, ByteVector key, char* password = kPassword) {
+Decrypted decrypt(void* h, ByteVector key, char* password = kPassword) {
     Decrypted d{0, reinterpret_cast<unsigned char*>(1), -7};
-    d.status = VQTK_XMLAPI_DecryptPriKey(h.get(), password, key.data(), static_cast<int>(key.size()),
+    d.status = VQTK_XMLAPI_DecryptPriKey(h, password, key.data(), static_cast<int>(key.size()),
                                          &d.key, &d.length);
     return d;
 }
@@ -33,10 +33,10 @@ struct Random {
     std::string base64;
 };
 
-Random randomOf(const Handle& h, ByteVector key, char* password, ByteVector recipient = {}) {
+Random randomOf(void* h, ByteVector key, char* password, ByteVector recipient = {}) {
     unsigned char* out = reinterpret_cast<unsigned char*>(1);
     const int status = VQTK_XMLAPI_GetRandomFromPriKey(
-        h.get(), password, key.data(), static_cast<int>(key.size()),
+        h, password, key.data(), static_cast<int>(key.size()),
         recipient.empty() ? nullptr : recipient.data(), static_cast<int>(recipient.size()), &out);
     return {status, out != nullptr ? reinterpret_cast<char*>(out) : "(null)"};
 }
@@ -44,11 +44,11 @@ Random randomOf(const Handle& h, ByteVector key, char* password, ByteVector reci
 }  // namespace
 
 TEST(DecryptPriKey, HandsOutThePrivateKeyInfoWithAZeroByteAfterIt) {
-    Handle h;
+    ScopedHandle h;
     const ByteVector expected = fixture("user_key_plain.der");
     for (const char* name : {"user_key_seedsha1.der", "user_key_pbes2_seed.der"}) {
         const Decrypted d = decrypt(h, fixture(name));
-        ASSERT_EQ(d.status, VQXML_OK) << name << ": " << h.error();
+        ASSERT_EQ(d.status, VQXML_OK) << name << ": " << errorText(h);
         ASSERT_EQ(d.length, static_cast<int>(expected.size()));
         EXPECT_EQ(ByteVector(d.key, d.key + d.length), expected);
         EXPECT_EQ(d.key[d.length], 0);
@@ -56,13 +56,13 @@ TEST(DecryptPriKey, HandsOutThePrivateKeyInfoWithAZeroByteAfterIt) {
 }
 
 TEST(DecryptPriKey, AWrongPasswordGives12011AndTheLastGoodKeyOrNull) {
-    Handle h;
+    ScopedHandle h;
     char wrong[] = "wrong";
     Decrypted d = decrypt(h, fixture("user_key_seedsha1.der"), wrong);
     EXPECT_EQ(d.status, VQXML_ERR_UNKNOWN);
     EXPECT_EQ(d.key, nullptr);
     EXPECT_EQ(d.length, -7);  // written on success only
-    EXPECT_EQ(h.error().rfind("decryptPriKey > Wrong password", 0), 0u) << h.error();
+    EXPECT_EQ(errorText(h).rfind("decryptPriKey > Wrong password", 0), 0u) << errorText(h);
 
     const Decrypted good = decrypt(h, fixture("openssl_aes256.der"));
     ASSERT_EQ(good.status, VQXML_OK);
@@ -72,60 +72,60 @@ TEST(DecryptPriKey, AWrongPasswordGives12011AndTheLastGoodKeyOrNull) {
 }
 
 TEST(DecryptPriKey, NullOrEmptyInputsReachTheToolkitAndComeBackAs12011) {
-    Handle h;
+    ScopedHandle h;
     unsigned char* out = nullptr;
     int length = 0;
     char empty[] = "";
-    EXPECT_EQ(VQTK_XMLAPI_DecryptPriKey(h.get(), kPassword, nullptr, 10, &out, &length), VQXML_ERR_UNKNOWN);
-    EXPECT_EQ(h.error(), "decryptPriKey > The encrypted key is empty");
+    EXPECT_EQ(VQTK_XMLAPI_DecryptPriKey(h, kPassword, nullptr, 10, &out, &length), VQXML_ERR_UNKNOWN);
+    EXPECT_EQ(errorText(h), "decryptPriKey > The encrypted key is empty");
     ByteVector key = fixture("user_key_seedsha1.der");
     EXPECT_EQ(decrypt(h, key, nullptr).status, VQXML_ERR_UNKNOWN);
-    EXPECT_EQ(h.error(), "decryptPriKey > No password was given");
+    EXPECT_EQ(errorText(h), "decryptPriKey > No password was given");
     EXPECT_EQ(decrypt(h, key, empty).status, VQXML_ERR_UNKNOWN);
-    EXPECT_EQ(h.error(), "decryptPriKey > The password is empty");
-    EXPECT_EQ(VQTK_XMLAPI_DecryptPriKey(h.get(), kPassword, key.data(), -1, &out, &length),
+    EXPECT_EQ(errorText(h), "decryptPriKey > The password is empty");
+    EXPECT_EQ(VQTK_XMLAPI_DecryptPriKey(h, kPassword, key.data(), -1, &out, &length),
               VQXML_ERR_UNKNOWN);
     EXPECT_EQ(decrypt(h, fixture("bad_iterations_huge.der")).status, VQXML_ERR_UNKNOWN);
-    EXPECT_NE(h.error().find("iteration count"), std::string::npos);
+    EXPECT_NE(errorText(h).find("iteration count"), std::string::npos);
 }
 
 TEST(DecryptPriKey, NullHandleAndOutputPointersAreRefusedFirst) {
-    Handle h;
+    ScopedHandle h;
     ByteVector key = fixture("user_key_seedsha1.der");
     unsigned char* out = nullptr;
     int length = 0;
     EXPECT_EQ(VQTK_XMLAPI_DecryptPriKey(nullptr, kPassword, key.data(), 1, &out, &length),
               VQXML_ERR_NULL_HANDLE);
-    EXPECT_EQ(VQTK_XMLAPI_DecryptPriKey(h.get(), kPassword, key.data(), 1, nullptr, &length),
+    EXPECT_EQ(VQTK_XMLAPI_DecryptPriKey(h, kPassword, key.data(), 1, nullptr, &length),
               VQXML_ERR_NULL_ARGUMENT);
-    EXPECT_EQ(VQTK_XMLAPI_DecryptPriKey(h.get(), kPassword, key.data(), 1, &out, nullptr),
+    EXPECT_EQ(VQTK_XMLAPI_DecryptPriKey(h, kPassword, key.data(), 1, &out, nullptr),
               VQXML_ERR_NULL_ARGUMENT);
-    EXPECT_EQ(h.error(), "");
+    EXPECT_EQ(errorText(h), "");
 }
 
 TEST(GetRandomFromPriKey, GivesTheRandomAsBase64FromAnEncryptedOrPlainKey) {
-    Handle h;
+    ScopedHandle h;
     const ByteVector random = fixture("user_random.bin");
     const Random fromEncrypted = randomOf(h, fixture("user_key_seedsha1.der"), kPassword);
-    ASSERT_EQ(fromEncrypted.status, VQXML_OK) << h.error();
+    ASSERT_EQ(fromEncrypted.status, VQXML_OK) << errorText(h);
     EXPECT_EQ(base64Decode(fromEncrypted.base64), random);
 
     // The plain key that DecryptPriKey hands out goes straight on without a password.
     const Decrypted d = decrypt(h, fixture("user_key_pbes2_seed.der"));
     ASSERT_EQ(d.status, VQXML_OK);
     const Random fromPlain = randomOf(h, ByteVector(d.key, d.key + d.length), nullptr);
-    ASSERT_EQ(fromPlain.status, VQXML_OK) << h.error();
+    ASSERT_EQ(fromPlain.status, VQXML_OK) << errorText(h);
     EXPECT_EQ(fromPlain.base64, fromEncrypted.base64);
 
     const Random kcdsa = randomOf(h, fixture("kcdsa_key_seedsha1.der"), kPassword);
-    ASSERT_EQ(kcdsa.status, VQXML_OK) << h.error();
+    ASSERT_EQ(kcdsa.status, VQXML_OK) << errorText(h);
     EXPECT_EQ(base64Decode(kcdsa.base64), fixture("kcdsa_random.bin"));
 }
 
 TEST(GetRandomFromPriKey, EncryptsTheRandomForTheRecipientsCertificate) {
-    Handle h;
+    ScopedHandle h;
     const Random sent = randomOf(h, fixture("user_key_seedsha1.der"), kPassword, fixture("leaf.der"));
-    ASSERT_EQ(sent.status, VQXML_OK) << h.error();
+    ASSERT_EQ(sent.status, VQXML_OK) << errorText(h);
     const PrivateKey recipient = loadPemKey("leaf.key");
     ASSERT_TRUE(recipient);
     EXPECT_EQ(rsaDecrypt(recipient.get(), RSA_PKCS1_PADDING, base64Decode(sent.base64)),
@@ -133,12 +133,12 @@ TEST(GetRandomFromPriKey, EncryptsTheRandomForTheRecipientsCertificate) {
 }
 
 TEST(GetRandomFromPriKey, ARecipientLengthOfZeroOrLessMeansNoRecipient) {
-    Handle h;
+    ScopedHandle h;
     ByteVector key = fixture("user_key_plain.der");
     ByteVector cert = fixture("leaf.der");
     for (int length : {0, -3}) {
         unsigned char* out = nullptr;
-        ASSERT_EQ(VQTK_XMLAPI_GetRandomFromPriKey(h.get(), nullptr, key.data(), static_cast<int>(key.size()),
+        ASSERT_EQ(VQTK_XMLAPI_GetRandomFromPriKey(h, nullptr, key.data(), static_cast<int>(key.size()),
                                                   cert.data(), length, &out),
                   VQXML_OK);
         EXPECT_EQ(base64Decode(reinterpret_cast<char*>(out)), fixture("user_random.bin"));
@@ -146,27 +146,27 @@ TEST(GetRandomFromPriKey, ARecipientLengthOfZeroOrLessMeansNoRecipient) {
 }
 
 TEST(GetRandomFromPriKey, RefusalsCarryTheToolkitsReasonAndKeepTheEarlierResult) {
-    Handle h;
+    ScopedHandle h;
     const Random first = randomOf(h, fixture("user_key_plain.der"), nullptr);
     ASSERT_EQ(first.status, VQXML_OK);
 
     Random r = randomOf(h, fixture("openssl_seed.der"), kPassword);
     EXPECT_EQ(r.status, VQXML_ERR_UNKNOWN);
     EXPECT_EQ(r.base64, first.base64);
-    EXPECT_EQ(h.error(), "getRandomFromPriKey > The private key carries no identity-verification "
+    EXPECT_EQ(errorText(h), "getRandomFromPriKey > The private key carries no identity-verification "
                          "random (attribute randomNum)");
 
     r = randomOf(h, fixture("user_key_seedsha1.der"), nullptr);
     EXPECT_EQ(r.status, VQXML_ERR_UNKNOWN);
-    EXPECT_EQ(h.error(), "getRandomFromPriKey > The private key is still encrypted: give its password");
+    EXPECT_EQ(errorText(h), "getRandomFromPriKey > The private key is still encrypted: give its password");
 
     char wrong[] = "wrong";
     EXPECT_EQ(randomOf(h, fixture("user_key_seedsha1.der"), wrong).status, VQXML_ERR_UNKNOWN);
-    EXPECT_EQ(h.error().rfind("getRandomFromPriKey > Wrong password", 0), 0u) << h.error();
+    EXPECT_EQ(errorText(h).rfind("getRandomFromPriKey > Wrong password", 0), 0u) << errorText(h);
 
     EXPECT_EQ(randomOf(h, fixture("user_key_plain.der"), nullptr, fixture("kcdsa_leaf.der")).status,
               VQXML_ERR_UNKNOWN);
-    EXPECT_NE(h.error().find("not RSA"), std::string::npos) << h.error();
+    EXPECT_NE(errorText(h).find("not RSA"), std::string::npos) << errorText(h);
 }
 
 TEST(GetRandomFromPriKey, NullHandleOrOutputIsRefusedFirst) {
@@ -174,8 +174,8 @@ TEST(GetRandomFromPriKey, NullHandleOrOutputIsRefusedFirst) {
     unsigned char* out = nullptr;
     EXPECT_EQ(VQTK_XMLAPI_GetRandomFromPriKey(nullptr, nullptr, key.data(), 1, nullptr, 0, &out),
               VQXML_ERR_NULL_HANDLE);
-    Handle h;
-    EXPECT_EQ(VQTK_XMLAPI_GetRandomFromPriKey(h.get(), nullptr, key.data(), 1, nullptr, 0, nullptr),
+    ScopedHandle h;
+    EXPECT_EQ(VQTK_XMLAPI_GetRandomFromPriKey(h, nullptr, key.data(), 1, nullptr, 0, nullptr),
               VQXML_ERR_NULL_ARGUMENT);
-    EXPECT_EQ(h.error(), "");
+    EXPECT_EQ(errorText(h), "");
 }

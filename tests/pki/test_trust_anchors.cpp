@@ -78,10 +78,10 @@ TEST(TrustAnchors, AreSelfSignedKoreanCaCertificatesNamedAsListed) {
 }
 
 TEST(TrustAnchors, EachRootPassesTheLibrarysCertificateCheck) {
-    pkitest::Handle h;
+    ScopedHandle h;
     for (int i = 0; i < vqxml::kTrustAnchorCount; ++i) {
         ByteVector der = decodedAnchor(i);
-        EXPECT_EQ(VQTK_XMLAPI_VerifyCert(h.get(), der.data(), static_cast<int>(der.size())), VQXML_OK)
-            << vqxml::kTrustAnchors[i].name << ": " << h.error();
+        EXPECT_EQ(VQTK_XMLAPI_VerifyCert(h, der.data(), static_cast<int>(der.size())), VQXML_OK)
+            << vqxml::kTrustAnchors[i].name << ": " << pkitest::errorText(h);
     }
 }

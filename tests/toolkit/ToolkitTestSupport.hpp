@@ -2,8 +2,6 @@
 #ifndef VQXML_TESTS_TOOLKIT_TOOLKITTESTSUPPORT_HPP
 #define VQXML_TESTS_TOOLKIT_TOOLKITTESTSUPPORT_HPP
 
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -13,6 +11,7 @@
 #include <openssl/pem.h>
 #include <openssl/x509.h>
 
+#include "TestFiles.hpp"
 #include "toolkit/vqtk_toolkit.h"
 
 namespace vqtktest {
@@ -20,14 +19,14 @@ namespace vqtktest {
 using ByteVector = std::vector<unsigned char>;
 
 inline ByteVector readFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in)
+    const std::string bytes = testfiles::read(path);
+    if (bytes.empty())
         throw std::runtime_error("cannot read " + path);
-    return ByteVector(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    return ByteVector(bytes.begin(), bytes.end());
 }
 
 inline ByteVector fixture(const std::string& name) {
-    return readFile(std::string(VQXML_TEST_DATA_DIR) + "/toolkit/" + name);
+    return readFile(testfiles::dataPath("toolkit/" + name));
 }
 
 inline std::string text(const ByteVector& bytes) { return std::string(bytes.begin(), bytes.end()); }
