@@ -98,4 +98,36 @@ void VQTK_XMLAPI_Free(void** buffer) {
     *buffer = nullptr;
 }
 
+int VQTK_XMLAPI_VerifyCert(void* handle, unsigned char* cert, int certLen) {
+    if (handle == nullptr)
+        return VQXML_ERR_NULL_HANDLE;
+    if (cert == nullptr)
+        return VQXML_ERR_NULL_ARGUMENT;
+    return context(handle)->verifyCert(cert, certLen);
+}
+
+int VQTK_XMLAPI_DecryptPriKey(void* handle, char* password, unsigned char* key, int keyLen,
+                              unsigned char** keyOut, int* keyOutLen) {
+    if (handle == nullptr)
+        return VQXML_ERR_NULL_HANDLE;
+    if (keyOut == nullptr || keyOutLen == nullptr)
+        return VQXML_ERR_NULL_ARGUMENT;
+    const int status = context(handle)->decryptPriKey(password, key, keyLen, keyOutLen);
+    *keyOut = context(handle)->getPriKeyInfo();
+    return status;
+}
+
+int VQTK_XMLAPI_GetRandomFromPriKey(void* handle, char* password, unsigned char* key, int keyLen,
+                                    unsigned char* recipientKey, int recipientKeyLen,
+                                    unsigned char** randomOut) {
+    if (handle == nullptr)
+        return VQXML_ERR_NULL_HANDLE;
+    if (randomOut == nullptr)
+        return VQXML_ERR_NULL_ARGUMENT;
+    const int status =
+        context(handle)->getRandomFromPriKey(password, key, keyLen, recipientKey, recipientKeyLen);
+    *randomOut = context(handle)->getPriKeyEncRandom();
+    return status;
+}
+
 }  // extern "C"

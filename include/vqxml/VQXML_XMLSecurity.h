@@ -128,6 +128,19 @@ public:
     /* Replaces m_xmlDocument by the serialised m_document. */
     void storeResultDocument();
 
+    /* ---- certificates and private keys ---- */
+    /* 0 if the DER certificate chains to one of the built-in roots; else 12011
+     * and the reason in the error text. */
+    int verifyCert(unsigned char* cert, int certLen);
+    /* Decrypts a password-protected PKCS #8 key into m_priKeyInfo (the DER
+     * PrivateKeyInfo and one zero byte after it); its length goes to *keyOutLen. */
+    int decryptPriKey(char* password, unsigned char* key, int keyLen, int* keyOutLen);
+    /* Puts the key's identity-verification random into m_priKeyEncRandom as base64
+     * text; RSA-encrypted (PKCS #1 v1.5) first for recipientKey, a DER certificate,
+     * when one is given. A null password takes key as a plain PrivateKeyInfo. */
+    int getRandomFromPriKey(char* password, unsigned char* key, int keyLen,
+                            unsigned char* recipientKey, int recipientKeyLen);
+
 protected:
     void requireSignature() const;
     void requireTemplate(int code) const;
@@ -181,6 +194,7 @@ protected:
     int m_refCanonMethod;
     CMimeMessage* m_mimeMessage;
     bool m_allowExternalReferences;
+    int m_priKeyInfoLength = 0; /* bytes of key in m_priKeyInfo, to wipe them */
 };
 
 #endif

@@ -118,6 +118,31 @@ VQXML_EXPORT int VQTK_XMLDSIG_GetIssuerSerialNum(void* handle, char** issuer, ch
 VQXML_EXPORT int VQTK_XMLDSIG_GetSignCert(void* handle, unsigned char** cert, int* certLen);
 VQXML_EXPORT int VQTK_XMLDSIG_GetKeyName(void* handle, char** keyName);
 
+/* ---- Certificates and private keys ---- */
+
+/* Verifies a DER X.509 certificate against the built-in roots (KISA RootCA 4,
+ * KISA RootCA 1, GPKIRootCA1): the path to a root, every signature, validity at
+ * the current time, basic constraints and key usage of the CAs; no revocation.
+ * The path is built from the certificate and the roots alone, so a certificate
+ * chains only if a root issued it. 0 if accepted; 12011 with the reason
+ * (expired, unknown issuer, bad signature, not a CA...) in the error text. */
+VQXML_EXPORT int VQTK_XMLAPI_VerifyCert(void* handle, unsigned char* cert, int certLen);
+/* Decrypts a password-protected PKCS #8 private key (pbeWithSHA1AndSEED-CBC, or
+ * PBES2 with SEED-CBC or AES-CBC) and hands out the DER PrivateKeyInfo in *keyOut
+ * (owned by the handle, with one zero byte after *keyOutLen bytes). *keyOut is
+ * set whatever the status: on failure to the key of the last success, or NULL.
+ * A wrong password gives 12011. */
+VQXML_EXPORT int VQTK_XMLAPI_DecryptPriKey(void* handle, char* password, unsigned char* key,
+                                           int keyLen, unsigned char** keyOut, int* keyOutLen);
+/* Hands out in *randomOut the identity-verification random of a private key as
+ * base64 text (owned by the handle). With a NULL password key is taken as a plain
+ * PrivateKeyInfo (as VQTK_XMLAPI_DecryptPriKey gives it). With a recipient (a DER
+ * certificate, recipientKeyLen > 0) the random is first encrypted for it with RSA
+ * PKCS #1 v1.5. *randomOut is set whatever the status, as above. */
+VQXML_EXPORT int VQTK_XMLAPI_GetRandomFromPriKey(void* handle, char* password, unsigned char* key,
+                                                 int keyLen, unsigned char* recipientKey,
+                                                 int recipientKeyLen, unsigned char** randomOut);
+
 /* Returns at once; exported for the busy waits of start-up. */
 VQXML_EXPORT void VQXML_Sleep(int unused);
 
