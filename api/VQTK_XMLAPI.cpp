@@ -1,17 +1,15 @@
 // C fronts of the handle family: handles, version, errors, result document.
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
+#include "api/Front.hpp"
 #include "core/EngineLifecycle.hpp"
 #include "core/VQXMLException.hpp"
 #include "vqxml/VQXML_XMLSecurity.h"
 
-namespace {
+using vqxml::context;
 
-VQXML_XMLSecurity* context(void* handle) {
-    return static_cast<VQXML_XMLSecurity*>(handle);
-}
+namespace {
 
 // If len is at most the text's length, exactly len bytes and no NUL; else the
 // text and its NUL.
@@ -98,6 +96,38 @@ void VQTK_XMLAPI_Free(void** buffer) {
         return;
     std::free(*buffer);
     *buffer = nullptr;
+}
+
+int VQTK_XMLAPI_VerifyCert(void* handle, unsigned char* cert, int certLen) {
+    if (handle == nullptr)
+        return VQXML_ERR_NULL_HANDLE;
+    if (cert == nullptr)
+        return VQXML_ERR_NULL_ARGUMENT;
+    return context(handle)->verifyCert(cert, certLen);
+}
+
+int VQTK_XMLAPI_DecryptPriKey(void* handle, char* password, unsigned char* key, int keyLen,
+                              unsigned char** keyOut, int* keyOutLen) {
+    if (handle == nullptr)
+        return VQXML_ERR_NULL_HANDLE;
+    if (keyOut == nullptr || keyOutLen == nullptr)
+        return VQXML_ERR_NULL_ARGUMENT;
+    const int status = context(handle)->decryptPriKey(password, key, keyLen, keyOutLen);
+    *keyOut = context(handle)->getPriKeyInfo();
+    return status;
+}
+
+int VQTK_XMLAPI_GetRandomFromPriKey(void* handle, char* password, unsigned char* key, int keyLen,
+                                    unsigned char* recipientKey, int recipientKeyLen,
+                                    unsigned char** randomOut) {
+    if (handle == nullptr)
+        return VQXML_ERR_NULL_HANDLE;
+    if (randomOut == nullptr)
+        return VQXML_ERR_NULL_ARGUMENT;
+    const int status =
+        context(handle)->getRandomFromPriKey(password, key, keyLen, recipientKey, recipientKeyLen);
+    *randomOut = context(handle)->getPriKeyEncRandom();
+    return status;
 }
 
 }  // extern "C"

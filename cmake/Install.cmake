@@ -16,5 +16,7 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/vqxmlConfigVersion.cmake
 install(FILES ${PROJECT_BINARY_DIR}/vqxmlConfig.cmake ${PROJECT_BINARY_DIR}/vqxmlConfigVersion.cmake
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vqxml)
 
+# The .pc file finds its prefix from its own place, so an installed tree can move.
+file(RELATIVE_PATH VQXML_PC_TO_PREFIX "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
 configure_file(cmake/vqxml.pc.in ${PROJECT_BINARY_DIR}/vqxml.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/vqxml.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -121,7 +121,11 @@ void VQXML_XMLSecurity::loadDocument(char* xml, int len) {
     }
     if (m_document == nullptr || m_document->getDocumentElement() == nullptr)
         throw VQXML_XSECException(VQXML_ERR_PARSE);
-    const XMLCh* encoding = m_document->getXmlEncoding();
+    checkDocumentEncoding();
+}
+
+void VQXML_XMLSecurity::checkDocumentEncoding() const {
+    const XMLCh* encoding = m_document != nullptr ? m_document->getXmlEncoding() : nullptr;
     if (encoding != nullptr && !XMLString::equals(encoding, kUTF8Upper) && !XMLString::equals(encoding, kUTF8Lower))
         throw VQXML_XSECException(VQXML_ERR_ENCODING);
 }

@@ -9,6 +9,7 @@
 #include <xsec/utils/XSECPlatformUtils.hpp>
 
 #include "core/VQXMLException.hpp"
+#include "engine/KeyCache.hpp"
 #include "engine/VQTKCryptoProvider.hpp"
 #include "vqxml/vqxml.h"
 
@@ -40,6 +41,7 @@ void stopEngines() {
         delete g_initMutex;
         g_initMutex = nullptr;
     }
+    clearKeyCache();
     xalanc::XalanTransformer::terminate();
     XSECPlatformUtils::Terminate();
     XMLPlatformUtils::Terminate();

@@ -1,4 +1,5 @@
 // Recording of a failure's code and text in the context.
+#include <algorithm>
 #include <cstring>
 
 #include "core/Transcode.hpp"
@@ -20,6 +21,9 @@ int VQXML_XMLSecurity::ProcessExceptionMessage(int code, const char* prefix, con
         std::memcpy(m_errorMsg + used, part, n);
         used += n;
     }
+    // Engine explanations end in line breaks that make no sense in one message.
+    while (used > 0 && (m_errorMsg[used - 1] == '\n' || m_errorMsg[used - 1] == '\r'))
+        --used;
     m_errorMsg[used] = '\0';
     return m_errorCode;
 }

@@ -8,6 +8,7 @@ namespace vqxml {
 
 inline constexpr XMLCh kSoap11Namespace[] = u"http://schemas.xmlsoap.org/soap/envelope/";
 inline constexpr XMLCh kSoap12Namespace[] = u"http://www.w3.org/2003/05/soap-envelope";
+inline constexpr XMLCh kDsigNamespace[] = u"http://www.w3.org/2000/09/xmldsig#";
 
 }  // namespace vqxml
 

@@ -65,3 +65,10 @@ DOMNode* VQXML_XMLSecurity::findSOAPHeaderNode(DOMNode* node) {
     name += u":Header";
     return findNode(soap, name.c_str());
 }
+
+DOMNode* VQXML_XMLSecurity::findDSIGNode(DOMNode* node, const XMLCh* localName) {
+    return firstInDocumentOrder(node, [localName](DOMNode* n) {
+        return n->getNodeType() == DOMNode::ELEMENT_NODE && XMLString::equals(n->getLocalName(), localName) &&
+               XMLString::equals(n->getNamespaceURI(), vqxml::kDsigNamespace);
+    });
+}

@@ -1,7 +1,13 @@
 #include "core/Transcode.hpp"
 
-#include <memory>
+#include <langinfo.h>
 
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <new>
+
+#include <xercesc/dom/DOMDocument.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/TransService.hpp>
 #include <xercesc/util/XMLString.hpp>
@@ -9,6 +15,14 @@
 XERCES_CPP_NAMESPACE_USE
 
 namespace vqxml {
+
+namespace {
+
+const char* orLocal(const char* encoding) {
+    return encoding != nullptr && *encoding != '\0' ? encoding : localCodePage();
+}
+
+}  // namespace
 
 XString toXString(const std::string& ascii) {
     return XString(ascii.begin(), ascii.end());
@@ -39,6 +53,40 @@ std::string toEucKr(const XMLCh* text) {
         text += eaten;
         remaining -= eaten;
     }
+    return out;
+}
+
+const char* localCodePage() {
+    const char* codeset = nl_langinfo(CODESET);
+    if (codeset == nullptr || *codeset == '\0' || std::strcmp(codeset, "ANSI_X3.4-1968") == 0)
+        return "UTF-8";
+    return codeset;
+}
+
+std::string declaredEncoding(const DOMDocument* doc) {
+    const XMLCh* encoding = doc != nullptr ? doc->getXmlEncoding() : nullptr;
+    std::string out;
+    for (; encoding != nullptr && *encoding != 0; ++encoding)
+        out.push_back(static_cast<char>(*encoding & 0x7F));
+    return out;
+}
+
+XString XMLT(const char* encoding, const char* text) {
+    if (text == nullptr)
+        return XString();
+    TranscodeFromStr wide(reinterpret_cast<const XMLByte*>(text), std::strlen(text), orLocal(encoding));
+    return XString(wide.str(), wide.length());
+}
+
+char* transcodeOut(const XMLCh* text, const char* encoding) {
+    if (text == nullptr)
+        return nullptr;
+    TranscodeToStr narrow(text, orLocal(encoding));
+    char* out = static_cast<char*>(std::malloc(narrow.length() + 1));
+    if (out == nullptr)
+        throw std::bad_alloc();
+    std::memcpy(out, narrow.str(), narrow.length());
+    out[narrow.length()] = '\0';
     return out;
 }
 

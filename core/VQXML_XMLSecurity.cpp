@@ -5,6 +5,7 @@
 #include <cstring>
 #include <new>
 
+#include <openssl/crypto.h>
 #include <xercesc/dom/DOM.hpp>
 #include <xsec/framework/XSECProvider.hpp>
 
@@ -23,6 +24,13 @@ template <class T>
 void freeAndClear(T*& buffer) {
     std::free(buffer);
     buffer = nullptr;
+}
+
+// Secrets are wiped before their memory goes back to the allocator.
+void wipeAndClear(unsigned char*& buffer, size_t len) {
+    if (buffer != nullptr)
+        OPENSSL_cleanse(buffer, len);
+    freeAndClear(buffer);
 }
 
 }  // namespace
@@ -66,7 +74,8 @@ VQXML_XMLSecurity::VQXML_XMLSecurity(char* /*locale: accepted, never used*/)
       m_encKeyText2(nullptr),
       m_refHashMethod(4),
       m_refCanonMethod(0),
-      m_mimeMessage(nullptr) {
+      m_mimeMessage(nullptr),
+      m_allowExternalReferences(false) {
     vqxml::joinEngines();
     m_errorMsg = static_cast<char*>(std::calloc(kErrorBufferSize, 1));
     m_version = static_cast<char*>(std::calloc(kVersionBufferSize, 1));
@@ -87,10 +96,11 @@ VQXML_XMLSecurity::~VQXML_XMLSecurity() {
     freeAndClear(m_serialNumber);
     freeAndClear(m_issuer);
     freeAndClear(m_keyName);
-    freeAndClear(m_priKeyEncRandom);
-    freeAndClear(m_priKeyInfo);
+    wipeAndClear(m_priKeyEncRandom,
+                 m_priKeyEncRandom != nullptr ? std::strlen(reinterpret_cast<char*>(m_priKeyEncRandom)) : 0);
+    wipeAndClear(m_priKeyInfo, static_cast<size_t>(m_priKeyInfoLength));
     freeAndClear(m_cert);
-    freeAndClear(m_symmKey);
+    wipeAndClear(m_symmKey, static_cast<size_t>(m_symmKeyLen));
     freeAndClear(m_encKeyText1);
     freeAndClear(m_encKeyText2);
     freeAndClear(m_version);

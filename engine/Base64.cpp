@@ -1,16 +1,30 @@
 #include "engine/Base64.hpp"
 
 #include <cstring>
+#include <memory>
 
 #include <openssl/evp.h>
 
+#include <xsec/enc/XSECCryptoBase64.hpp>
+#include <xsec/enc/XSECCryptoProvider.hpp>
+#include <xsec/utils/XSECPlatformUtils.hpp>
+
 namespace vqxml {
 
-std::string base64Encode(const std::uint8_t* data, std::size_t len) {
-    std::string out(4 * ((len + 2) / 3), '\0');
-    if (len > 0)
-        EVP_EncodeBlock(reinterpret_cast<unsigned char*>(&out[0]), data, int(len));
-    return out;
+std::string base64Text(const std::vector<unsigned char>& bytes) {
+    std::unique_ptr<XSECCryptoBase64> coder(XSECPlatformUtils::g_cryptoProvider->base64());
+    // Four characters per three bytes, a line break per 48 bytes, and the tail.
+    std::vector<unsigned char> out(bytes.size() * 2 + 8);
+    coder->encodeInit();
+    unsigned int written = bytes.empty() ? 0
+                                         : coder->encode(bytes.data(), static_cast<unsigned int>(bytes.size()),
+                                                         out.data(), static_cast<unsigned int>(out.size()));
+    written += coder->encodeFinish(out.data() + written, static_cast<unsigned int>(out.size() - written));
+    return std::string(out.begin(), out.begin() + written);
+}
+
+XString base64Encode(const std::vector<unsigned char>& bytes) {
+    return toXString(base64Text(bytes));
 }
 
 bool base64Decode(const char* text, std::vector<std::uint8_t>& out) {

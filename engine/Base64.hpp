@@ -1,18 +1,22 @@
-// Base64 for signature and cipher values: encoding without line breaks;
-// decoding that skips XML whitespace and refuses anything else malformed.
+// Base64 text of binary values for the XML the engine writes, and back.
 #ifndef VQXML_ENGINE_BASE64_HPP
 #define VQXML_ENGINE_BASE64_HPP
 
-#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
 
+#include "core/Transcode.hpp"
+
 namespace vqxml {
 
-std::string base64Encode(const std::uint8_t* data, std::size_t len);
+// The crypto provider's encoding (lines of 64 characters).
+std::string base64Text(const std::vector<unsigned char>& bytes);
+// The same as 16-bit text, for the XML the engine writes.
+XString base64Encode(const std::vector<unsigned char>& bytes);
 
-// False (out unspecified) if text is not valid base64.
+// The bytes of base64 text read from a document: XML whitespace is skipped,
+// anything else malformed gives false (out is then unspecified).
 bool base64Decode(const char* text, std::vector<std::uint8_t>& out);
 
 }  // namespace vqxml

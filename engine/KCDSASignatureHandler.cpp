@@ -66,7 +66,7 @@ unsigned int KCDSASignatureHandler::signToSafeBuffer(TXFMChain* inputBytes, cons
     const KcdsaKey& k = kcdsaKey(key).signingKey();
     vqxml::korean::SecureBytes digest = hashInput(inputBytes, alg, k);
     std::vector<std::uint8_t> sig = dsa([&] { return k.signDigest(alg, digest.data(), digest.size()); });
-    std::string text = vqxml::base64Encode(sig.data(), sig.size());
+    std::string text = vqxml::base64Text(sig);
     result.sbStrcpyIn(text.c_str());
     return unsigned(text.size());
 }

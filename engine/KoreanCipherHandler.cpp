@@ -51,7 +51,7 @@ bool KoreanCipherHandler::encryptToSafeBuffer(TXFMChain* plainText, XENCEncrypti
         return vqxml::korean::xmlEncEncrypt(k.getCipher(), k.getKeyBytes().data(), k.getKeyBytes().size(),
                                             plain.data(), plain.size());
     });
-    result.sbStrcpyIn(vqxml::base64Encode(cipher.data(), cipher.size()).c_str());
+    result.sbStrcpyIn(vqxml::base64Text(cipher).c_str());
     return true;
 }
 

@@ -37,12 +37,16 @@ VQTKCryptoKeyKCDSA* VQTKCryptoProvider::keyKCDSA() const {
 
 namespace vqxml {
 
+// Kept for the life of the process (holding them keeps them reachable).
+static OSSL_PROVIDER* defaultProvider = nullptr;
+static OSSL_PROVIDER* legacyProvider = nullptr;
+
 void loadOpenSSLProviders() {
     static std::once_flag once;
     std::call_once(once, [] {
         // Loading "legacy" alone would hide the default algorithms.
-        OSSL_PROVIDER_load(nullptr, "default");
-        OSSL_PROVIDER_load(nullptr, "legacy");
+        defaultProvider = OSSL_PROVIDER_load(nullptr, "default");
+        legacyProvider = OSSL_PROVIDER_load(nullptr, "legacy");
     });
 }
 

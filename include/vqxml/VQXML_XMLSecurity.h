@@ -11,16 +11,25 @@
 
 #include <vqxml/vqxml.h>
 
+#include <string>
+
 #include <xercesc/util/XercesDefs.hpp>
 #include <xsec/utils/XSECSafeBuffer.hpp>
 
 XERCES_CPP_NAMESPACE_BEGIN
 class DOMDocument;
+class DOMElement;
 class DOMImplementation;
 class DOMNode;
 XERCES_CPP_NAMESPACE_END
 
+class DSIGKeyInfoList;
+class DSIGKeyInfoX509;
+class DSIGReference;
 class DSIGSignature;
+class VQTKCryptoKeyRSA;
+class XSECCryptoKeyHMAC;
+class XSECCryptoX509;
 class XENCCipher;
 class XENCEncryptedKey;
 class VQXML_WSSecSecurity;
@@ -61,6 +70,34 @@ public:
     int SOAPSEC_removeSecurityHeader();
     void setEbXml();
 
+    /* ---- XML Signature: building and signing ---- */
+    int XMLDSIG_setXMLDocument(char* xml, int len);
+    int XMLDSIG_setPrefix(char* prefix);
+    int XMLDSIG_setSignatureAlg(int signatureSelector, int canonicalizationSelector);
+    int XMLDSIG_createReference(char* uri, int digestSelector, int canonicalizationSelector, char* xpath);
+    int XMLDSIG_appendObject(char* id, char* content, int len);
+    int XMLDSIG_setKeyName(char* name);
+    int XMLDSIG_sign();
+
+    /* ---- XML Signature: keys ---- */
+    int XMLDSIG_setSignCertAndKey(unsigned char* cert, int certLen, unsigned char* key, int keyLen, char* token1,
+                                  char* token2, void* token3, void* token4);
+    int XMLDSIG_setHMACKey(unsigned char* key, unsigned int len);
+    XSECCryptoKeyHMAC* createHMACKey(unsigned char* key, unsigned int len);
+    VQTKCryptoKeyRSA* createRSAKey(unsigned char* cert, int certLen, unsigned char* key, int keyLen, char* token1,
+                                   char* token2, void* token3, void* token4);
+
+    /* ---- XML Signature: verification ---- */
+    int XMLDSIG_setSignXMLDocument(char* xml, int len);
+    int XMLDSIG_verify();
+    /* Lets verification read Reference URIs outside the document (files, web
+     * addresses); off by default. */
+    void XMLDSIG_allowExternalReferences(bool allow);
+
+    /* ---- key information reading ---- */
+    int getKeyInfoListData(DSIGKeyInfoList* list);
+    int getEncryptedKeyInfo(XENCEncryptedKey* key);
+
     /* ---- algorithm selectors read back ---- */
     int getSymmAlg();
     int getKeyWrapAlg();
@@ -79,15 +116,43 @@ public:
     /* Releases m_document and parses xml into it; throws 10105 (not well formed or
      * no root element) or 10107 (declared encoding other than "UTF-8"/"utf-8"). */
     void loadDocument(char* xml, int len);
+    /* Throws 10107 unless m_document declares no encoding, "UTF-8" or "utf-8". */
+    void checkDocumentEncoding() const;
     XERCES_CPP_NAMESPACE::DOMNode* findNode(XERCES_CPP_NAMESPACE::DOMNode* node, const XMLCh* name);
     XERCES_CPP_NAMESPACE::DOMNode* findNameSpaceNode(XERCES_CPP_NAMESPACE::DOMNode* node);
     XERCES_CPP_NAMESPACE::DOMNode* findSOAPHeaderNode(XERCES_CPP_NAMESPACE::DOMNode* node);
+    /* The first element with that local name in the XML Signature namespace. */
+    XERCES_CPP_NAMESPACE::DOMNode* findDSIGNode(XERCES_CPP_NAMESPACE::DOMNode* node, const XMLCh* localName);
     int XMLDocument2char(XERCES_CPP_NAMESPACE::DOMImplementation* impl,
                          XERCES_CPP_NAMESPACE::DOMNode* node, char** out);
     /* Replaces m_xmlDocument by the serialised m_document. */
     void storeResultDocument();
 
+    /* ---- certificates and private keys ---- */
+    /* 0 if the DER certificate chains to one of the built-in roots; else 12011
+     * and the reason in the error text. */
+    int verifyCert(unsigned char* cert, int certLen);
+    /* Decrypts a password-protected PKCS #8 key into m_priKeyInfo (the DER
+     * PrivateKeyInfo and one zero byte after it); its length goes to *keyOutLen. */
+    int decryptPriKey(char* password, unsigned char* key, int keyLen, int* keyOutLen);
+    /* Puts the key's identity-verification random into m_priKeyEncRandom as base64
+     * text; RSA-encrypted (PKCS #1 v1.5) first for recipientKey, a DER certificate,
+     * when one is given. A null password takes key as a plain PrivateKeyInfo. */
+    int getRandomFromPriKey(char* password, unsigned char* key, int keyLen,
+                            unsigned char* recipientKey, int recipientKeyLen);
+
 protected:
+    void requireSignature() const;
+    void requireTemplate(int code) const;
+    void releaseSignatureAndDocument();
+    void placeSignature(XERCES_CPP_NAMESPACE::DOMElement* signature);
+    DSIGReference* appendReference(const XMLCh* uri, const char* xpath);
+    void writeX509Names(DSIGKeyInfoX509* x509, const std::string& subject, const std::string& issuer,
+                        const std::string& serial);
+    void storeVerifiedContent();
+    void readX509Data(DSIGKeyInfoX509* x509, const char* subjectEncoding);
+    void storeCertificate(const XSECCryptoX509* cert);
+
     bool m_ebXml;
     DSIGSignature* m_signature;
     XENCCipher* m_cipher;
@@ -128,6 +193,8 @@ protected:
     int m_refHashMethod;
     int m_refCanonMethod;
     CMimeMessage* m_mimeMessage;
+    bool m_allowExternalReferences;
+    int m_priKeyInfoLength = 0; /* bytes of key in m_priKeyInfo, to wipe them */
 };
 
 #endif

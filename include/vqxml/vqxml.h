@@ -65,6 +65,84 @@ VQXML_EXPORT int VQTK_XMLAPI_GetXMLDocument(void* handle, char** doc, int* len);
  * nothing for NULL. Never pass a buffer the handle owns. */
 VQXML_EXPORT void VQTK_XMLAPI_Free(void** buffer);
 
+/* ---- XML Signature ----
+ *
+ * Signing: SetXMLDocument (or NULL/0 for an enveloping signature in a document of
+ * its own) -> optionally SetPrefix -> SignatureMethod -> createReference,
+ * appendObject, SetKeyName, SetSigner/SetHMACKey in any order -> sign ->
+ * VQTK_XMLAPI_GetXMLDocument.
+ *
+ * Signature selectors: 1 HMAC-SHA1, 2 RSA-SHA1, 3 KCDSA-SHA1, 4 KCDSA-HAS160,
+ * 5 RSA-SHA256. Canonicalization selectors: 0 none, 1 C14N, 2 C14N with comments,
+ * 3 exclusive C14N, 4 exclusive C14N with comments (for SignedInfo, 0 means C14N).
+ * Digest selectors: 1 SHA-1, 2 HAS-160, 3 SHA-256.
+ *
+ * Reference URIs: NULL, "" or " " sign the whole document; a URI beginning with
+ * "#", "http:", "https:" or "file:" stands as given; anything else names the
+ * element with that Id ("body" becomes "#body"). For an enveloped signature over
+ * the whole document pass the XPath "not(ancestor-or-self::ds:Signature)".
+ *
+ * Keys: the certificate is DER or PEM; the private key an unencrypted PKCS#8 or
+ * PKCS#1 RSA key, DER or PEM. KeyInfo gets X509Data (X509SubjectName and
+ * X509IssuerSerial when VQTK_XMLENC_SetSubjectName / VQTK_XMLENC_SetIssuerSerial were
+ * called, then X509Certificate) followed by the RSA KeyValue. The four token values
+ * of SetTokenSigner are accepted and not used.
+ *
+ * Verifying: SetSignXMLDocument -> optionally SetHMACKey -> Verify (11213: the
+ * signature does not verify; any other code: it could not be checked) -> the
+ * getters -> VQTK_XMLAPI_GetXMLDocument gives the document without its first
+ * Signature, or the content of an enveloping signature's first Object.
+ * Verification never reads anything outside the document unless
+ * VQTK_XMLDSIG_AllowExternalReferences(handle, 1) was called. */
+VQXML_EXPORT int VQTK_XMLDSIG_SetXMLDocument(void* handle, char* xml, int len);
+VQXML_EXPORT int VQTK_XMLDSIG_SetPrefix(void* handle, char* prefix);
+VQXML_EXPORT int VQTK_XMLDSIG_SignatureMethod(void* handle, int signatureSelector, int canonicalizationSelector);
+VQXML_EXPORT int VQTK_XMLDSIG_createReference(void* handle, char* uri, int digestSelector,
+                                              int canonicalizationSelector, char* xpath);
+VQXML_EXPORT int VQTK_XMLDSIG_appendObject(void* handle, char* id, char* content, int len);
+VQXML_EXPORT int VQTK_XMLDSIG_SetKeyName(void* handle, char* name);
+VQXML_EXPORT int VQTK_XMLDSIG_sign(void* handle);
+VQXML_EXPORT int VQTK_XMLDSIG_SetSigner(void* handle, unsigned char* cert, int certLen, unsigned char* key,
+                                        int keyLen);
+VQXML_EXPORT int VQTK_XMLDSIG_SetTokenSigner(void* handle, unsigned char* cert, int certLen, unsigned char* key,
+                                             int keyLen, char* token1, char* token2, void* token3, void* token4);
+VQXML_EXPORT int VQTK_XMLDSIG_SetHMACKey(void* handle, unsigned char* key, unsigned int len);
+VQXML_EXPORT int VQTK_XMLDSIG_SetSignXMLDocument(void* handle, char* xml, int len);
+VQXML_EXPORT int VQTK_XMLDSIG_Verify(void* handle);
+VQXML_EXPORT int VQTK_XMLDSIG_AllowExternalReferences(void* handle, int allow);
+/* Signer data read from the loaded signature's KeyInfo; NULL where it had none.
+ * The subject is UTF-8; issuer, serial and key name are in the local code page
+ * (the process locale's code set, UTF-8 in the "C" locale). The certificate is DER. */
+VQXML_EXPORT int VQTK_XMLDSIG_GetSubjectName(void* handle, char** subject);
+VQXML_EXPORT int VQTK_XMLDSIG_GetIssuerSerialNum(void* handle, char** issuer, char** serial);
+VQXML_EXPORT int VQTK_XMLDSIG_GetSignCert(void* handle, unsigned char** cert, int* certLen);
+VQXML_EXPORT int VQTK_XMLDSIG_GetKeyName(void* handle, char** keyName);
+
+/* ---- Certificates and private keys ---- */
+
+/* Verifies a DER X.509 certificate against the built-in roots (KISA RootCA 4,
+ * KISA RootCA 1, GPKIRootCA1): the path to a root, every signature, validity at
+ * the current time, basic constraints and key usage of the CAs; no revocation.
+ * The path is built from the certificate and the roots alone, so a certificate
+ * chains only if a root issued it. 0 if accepted; 12011 with the reason
+ * (expired, unknown issuer, bad signature, not a CA...) in the error text. */
+VQXML_EXPORT int VQTK_XMLAPI_VerifyCert(void* handle, unsigned char* cert, int certLen);
+/* Decrypts a password-protected PKCS #8 private key (pbeWithSHA1AndSEED-CBC, or
+ * PBES2 with SEED-CBC or AES-CBC) and hands out the DER PrivateKeyInfo in *keyOut
+ * (owned by the handle, with one zero byte after *keyOutLen bytes). *keyOut is
+ * set whatever the status: on failure to the key of the last success, or NULL.
+ * A wrong password gives 12011. */
+VQXML_EXPORT int VQTK_XMLAPI_DecryptPriKey(void* handle, char* password, unsigned char* key,
+                                           int keyLen, unsigned char** keyOut, int* keyOutLen);
+/* Hands out in *randomOut the identity-verification random of a private key as
+ * base64 text (owned by the handle). With a NULL password key is taken as a plain
+ * PrivateKeyInfo (as VQTK_XMLAPI_DecryptPriKey gives it). With a recipient (a DER
+ * certificate, recipientKeyLen > 0) the random is first encrypted for it with RSA
+ * PKCS #1 v1.5. *randomOut is set whatever the status, as above. */
+VQXML_EXPORT int VQTK_XMLAPI_GetRandomFromPriKey(void* handle, char* password, unsigned char* key,
+                                                 int keyLen, unsigned char* recipientKey,
+                                                 int recipientKeyLen, unsigned char** randomOut);
+
 /* Returns at once; exported for the busy waits of start-up. */
 VQXML_EXPORT void VQXML_Sleep(int unused);
 

@@ -97,7 +97,7 @@ TEST_F(SeedOpenSSLInterop, OpenSSLCiphertextDecryptsInTheLibrary) {
             "<Doc><EncryptedData xmlns=\"http://www.w3.org/2001/04/xmlenc#\" "
             "Type=\"http://www.w3.org/2001/04/xmlenc#Element\"><EncryptionMethod Algorithm=\"" +
             std::string(uri.begin(), uri.end()) + "\"/><CipherData><CipherValue>" +
-            vqxml::base64Encode(framed.data(), framed.size()) + "</CipherValue></CipherData></EncryptedData></Doc>");
+            vqxml::base64Text(framed) + "</CipherValue></CipherData></EncryptedData></Doc>");
         XENCCipher* cipher = g_provider->newCipher(doc.get());
         cipher->setKey(seedKey());
         cipher->decryptElement(find(doc.get(), "EncryptedData"));

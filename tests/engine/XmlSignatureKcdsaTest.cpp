@@ -115,7 +115,7 @@ TEST_F(KcdsaSignatures, ChangedContentOrOtherCertificateFails) {
     ASSERT_TRUE(vqxml::base64Decode(value.c_str(), raw));
     raw[3] ^= 0x10;
     std::string forged = signedText;
-    forged.replace(forged.find(value), value.size(), vqxml::base64Encode(raw.data(), raw.size()));
+    forged.replace(forged.find(value), value.size(), vqxml::base64Text(raw));
     EXPECT_FALSE(verify(forged, "ee-kcdsa1024"));
     std::string garbage = signedText;
     garbage.replace(garbage.find(value), value.size(), "not*base64");

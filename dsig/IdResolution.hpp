@@ -1,0 +1,20 @@
+// How same-document references find their elements.
+#ifndef VQXML_DSIG_IDRESOLUTION_HPP
+#define VQXML_DSIG_IDRESOLUTION_HPP
+
+class DSIGSignature;
+
+namespace vqxml {
+
+// Lets "#x" references find elements by an attribute named Id or id (and wsu:Id),
+// as well as by attributes the document declares as IDs.
+void enableIdAttributes(DSIGSignature* signature);
+
+// Refuses (XSECException, naming the Id) a signature that references an Id no
+// element carries, or one that more than one element carries: which of them the
+// engine would digest need not be what the signer meant (signature wrapping).
+void checkReferencedIds(const DSIGSignature* signature);
+
+}  // namespace vqxml
+
+#endif

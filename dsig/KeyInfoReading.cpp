@@ -1,0 +1,149 @@
+// The one reader of key information: signer and recipient data out of a parsed
+// ds:KeyInfo, and the certificate's key installed for verification.
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <new>
+
+#include <xsec/dsig/DSIGKeyInfoList.hpp>
+#include <xsec/dsig/DSIGKeyInfoName.hpp>
+#include <xsec/dsig/DSIGKeyInfoX509.hpp>
+#include <xsec/dsig/DSIGSignature.hpp>
+#include <xsec/enc/OpenSSL/OpenSSLCryptoX509.hpp>
+#include <xsec/xenc/XENCEncryptedKey.hpp>
+#include <xsec/xenc/XENCEncryptionMethod.hpp>
+
+#include "core/ErrorFrame.hpp"
+#include "core/Transcode.hpp"
+
+namespace {
+
+const X509* opensslCertificate(const XSECCryptoX509* cert) {
+    const auto* openssl = dynamic_cast<const OpenSSLCryptoX509*>(cert);
+    return openssl != nullptr ? openssl->getOpenSSLX509() : nullptr;
+}
+
+// X509Data may carry a whole chain, in any order: the signer's certificate is the
+// one that issued none of the others. With no such single certificate, the first.
+int signerCertificateIndex(const DSIGKeyInfoX509* x509) {
+    const int count = x509->getCertificateListSize();
+    int leaf = -1;
+    for (int i = 0; i < count; ++i) {
+        const X509* candidate = opensslCertificate(x509->getCertificateCryptoItem(i));
+        bool issuesAnother = candidate == nullptr;
+        for (int j = 0; j < count && !issuesAnother; ++j) {
+            const X509* other = opensslCertificate(x509->getCertificateCryptoItem(j));
+            issuesAnother = j != i && other != nullptr &&
+                            X509_NAME_cmp(X509_get_subject_name(candidate), X509_get_issuer_name(other)) == 0;
+        }
+        if (!issuesAnother) {
+            if (leaf >= 0)
+                return 0;
+            leaf = i;
+        }
+    }
+    return leaf >= 0 ? leaf : 0;
+}
+
+template <class T>
+void freeAndClear(T*& buffer) {
+    std::free(buffer);
+    buffer = nullptr;
+}
+
+void replaceText(char*& field, const XMLCh* text, const char* encoding) {
+    freeAndClear(field);
+    field = vqxml::transcodeOut(text, encoding);
+}
+
+}  // namespace
+
+int VQXML_XMLSecurity::getKeyInfoListData(DSIGKeyInfoList* list) {
+    return vqxml::guarded(*this, "getKeyInfoListData > ", [&] {
+        freeAndClear(m_subjectName);
+        freeAndClear(m_issuer);
+        freeAndClear(m_serialNumber);
+        freeAndClear(m_cert);
+        freeAndClear(m_keyName);
+        std::string subjectEncoding = vqxml::declaredEncoding(m_document);
+        if (subjectEncoding.empty())
+            subjectEncoding = "UTF-8";
+        for (DSIGKeyInfoList::size_type i = 0; i < list->getSize(); ++i) {
+            DSIGKeyInfo* item = list->item(i);
+            switch (item->getKeyInfoType()) {
+            case DSIGKeyInfo::KEYINFO_X509:
+                readX509Data(static_cast<DSIGKeyInfoX509*>(item), subjectEncoding.c_str());
+                break;
+            case DSIGKeyInfo::KEYINFO_NAME:
+                replaceText(m_keyName, static_cast<DSIGKeyInfoName*>(item)->getKeyName(), nullptr);
+                break;
+            case DSIGKeyInfo::KEYINFO_ENCRYPTEDKEY:
+                getEncryptedKeyInfo(static_cast<XENCEncryptedKey*>(item));
+                break;
+            default:
+                break;
+            }
+        }
+    });
+}
+
+void VQXML_XMLSecurity::readX509Data(DSIGKeyInfoX509* x509, const char* subjectEncoding) {
+    if (const XMLCh* subject = x509->getX509SubjectName())
+        replaceText(m_subjectName, subject, subjectEncoding);
+    if (const XMLCh* issuer = x509->getX509IssuerName())
+        replaceText(m_issuer, issuer, nullptr);
+    if (const XMLCh* serial = x509->getX509IssuerSerialNumber())
+        replaceText(m_serialNumber, serial, nullptr);
+    if (x509->getCertificateListSize() == 0)
+        return;
+    const XSECCryptoX509* cert = x509->getCertificateCryptoItem(signerCertificateIndex(x509));
+    storeCertificate(cert);
+    if (m_signature != nullptr)
+        m_signature->setSigningKey(cert->clonePublicKey());
+}
+
+// The engine's certificate object keeps base64 text; callers get DER bytes.
+void VQXML_XMLSecurity::storeCertificate(const XSECCryptoX509* cert) {
+    const X509* x509 = opensslCertificate(cert);
+    if (x509 == nullptr)
+        throw VQXML_XSECException(VQXML_ERR_CRYPTO_PROVIDER, "The certificate could not be read");
+    unsigned char* der = nullptr;
+    const int len = i2d_X509(x509, &der);
+    if (len <= 0)
+        throw VQXML_XSECException(VQXML_ERR_CRYPTO_PROVIDER, "The certificate could not be encoded");
+    freeAndClear(m_cert);
+    m_cert = static_cast<unsigned char*>(std::malloc(static_cast<size_t>(len)));
+    if (m_cert != nullptr)
+        std::memcpy(m_cert, der, static_cast<size_t>(len));
+    OPENSSL_free(der);
+    if (m_cert == nullptr)
+        throw std::bad_alloc();
+    m_certLen = len;
+}
+
+int VQXML_XMLSecurity::getEncryptedKeyInfo(XENCEncryptedKey* key) {
+    return vqxml::guarded(*this, "getEncryptedKeyInfo > ", [&] {
+        replaceText(m_encKeyText1, key->getCarriedKeyName(), nullptr);
+        replaceText(m_encKeyText2, key->getRecipient(), nullptr);
+        const XMLCh* algorithm =
+            key->getEncryptionMethod() != nullptr ? key->getEncryptionMethod()->getAlgorithm() : nullptr;
+        static constexpr struct {
+            const XMLCh* uri;
+            int code;
+        } kTransports[] = {
+            {u"http://www.w3.org/2001/04/xmlenc#rsa-1_5", 9},
+            {u"http://www.w3.org/2001/04/xmlenc#rsa-oaep-mgf1p", 10},
+            {u"http://www.w3.org/2001/04/xmlenc#kw-tripledes", 8},
+        };
+        int code = 0;
+        for (const auto& transport : kTransports)
+            if (XMLString::equals(algorithm, transport.uri))
+                code = transport.code;
+        if (code == 0)
+            throw VQXML_XSECException(11304);
+        m_keyWrapAlg = code;
+        if (!key->getKeyInfoList()->isEmpty())
+            getKeyInfoListData(key->getKeyInfoList());
+        m_encryptedKey = key;
+    });
+}

@@ -1,0 +1,74 @@
+// The signer's key and the KeyInfo that describes it.
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <xsec/dsig/DSIGKeyInfoX509.hpp>
+#include <xsec/dsig/DSIGSignature.hpp>
+#include <xsec/enc/XSECCryptoKeyHMAC.hpp>
+#include <xsec/utils/XSECPlatformUtils.hpp>
+
+#include "core/ErrorFrame.hpp"
+#include "core/Transcode.hpp"
+#include "engine/Base64.hpp"
+#include "engine/VQTKCryptoKeyRSA.hpp"
+
+XSECCryptoKeyHMAC* VQXML_XMLSecurity::createHMACKey(unsigned char* key, unsigned int len) {
+    std::unique_ptr<XSECCryptoKeyHMAC> hmac(XSECPlatformUtils::g_cryptoProvider->keyHMAC());
+    hmac->setKey(key, len);
+    return hmac.release();
+}
+
+// The four token values are accepted and not used: keys are always given as bytes.
+VQTKCryptoKeyRSA* VQXML_XMLSecurity::createRSAKey(unsigned char* cert, int certLen, unsigned char* key, int keyLen,
+                                                  char* /*token1*/, char* /*token2*/, void* /*token3*/,
+                                                  void* /*token4*/) {
+    return VQTKCryptoKeyRSA::load(cert, certLen, key, keyLen);
+}
+
+int VQXML_XMLSecurity::XMLDSIG_setSignCertAndKey(unsigned char* cert, int certLen, unsigned char* key, int keyLen,
+                                                 char* token1, char* token2, void* token3, void* token4) {
+    return vqxml::guarded(*this, "XMLDSIG_setSignCertAndKey > ", [&] {
+        requireSignature();
+        const bool haveCert = cert != nullptr && certLen > 0;
+        const bool haveKey = key != nullptr && keyLen > 0;
+        if (!haveCert && !haveKey)
+            throw VQXML_XSECException(10204);
+        requireTemplate(10205);
+        DSIGKeyInfoX509* x509 = m_signature->appendX509Data();
+        if (m_signatureMethod != 3)
+            throw VQXML_XSECException(10205);
+
+        VQTKCryptoKeyRSA* rsa = createRSAKey(cert, certLen, key, keyLen, token1, token2, token3, token4);
+        m_signature->setSigningKey(rsa);
+        if (m_appendKeyValue) {
+            m_signature->appendRSAKeyValue(vqxml::base64Encode(rsa->modulus()).c_str(),
+                                           vqxml::base64Encode(rsa->exponent()).c_str());
+        }
+        writeX509Names(x509, rsa->subjectName(), rsa->issuerName(), rsa->serialNumber());
+        if (cert != nullptr)
+            x509->appendX509Certificate(vqxml::base64Encode(rsa->certificateDER()).c_str());
+    });
+}
+
+void VQXML_XMLSecurity::writeX509Names(DSIGKeyInfoX509* x509, const std::string& subject, const std::string& issuer,
+                                       const std::string& serial) {
+    const std::string encoding = vqxml::declaredEncoding(m_document);
+    if (m_appendSubjectName)
+        x509->setX509SubjectName(vqxml::XMLT(encoding.c_str(), subject.c_str()).c_str());
+    if (m_appendIssuerSerial) {
+        x509->setX509IssuerSerial(vqxml::XMLT(encoding.c_str(), issuer.c_str()).c_str(),
+                                  vqxml::XMLT(encoding.c_str(), serial.c_str()).c_str());
+    }
+}
+
+int VQXML_XMLSecurity::XMLDSIG_setHMACKey(unsigned char* key, unsigned int len) {
+    return vqxml::guarded(*this, "XMLDSIG_setHMACKey > ", [&] {
+        requireSignature();
+        if (key == nullptr || key[0] == 0 || m_signatureMethod != 2)
+            throw VQXML_XSECException(10206);
+        requireTemplate(10206);
+        m_signature->setSigningKey(createHMACKey(key, len));
+    });
+}

@@ -1,0 +1,27 @@
+// Reading certificates and private keys that callers hand in as bytes.
+#ifndef VQXML_ENGINE_OPENSSLINPUT_HPP
+#define VQXML_ENGINE_OPENSSLINPUT_HPP
+
+#include <memory>
+
+#include <openssl/evp.h>
+#include <openssl/x509.h>
+
+namespace vqxml {
+
+struct PKeyDeleter {
+    void operator()(EVP_PKEY* key) const { EVP_PKEY_free(key); }
+};
+using PKeyPtr = std::unique_ptr<EVP_PKEY, PKeyDeleter>;
+
+// A DER or PEM X.509 certificate; null if the bytes are neither, or carry more
+// than the certificate.
+std::shared_ptr<X509> readCertificate(const unsigned char* bytes, int len);
+
+// An unencrypted private key: PKCS#8 PrivateKeyInfo or a traditional (PKCS#1,
+// SEC1) key, DER or PEM; null otherwise. Never asks for a password.
+PKeyPtr readPrivateKey(const unsigned char* bytes, int len);
+
+}  // namespace vqxml
+
+#endif

@@ -1,0 +1,137 @@
+#include "engine/VQTKCryptoKeyRSA.hpp"
+
+#include <cstring>
+
+#include <openssl/bn.h>
+#include <openssl/core_names.h>
+#include <openssl/evp.h>
+#include <openssl/rsa.h>
+#include <xsec/enc/XSECCryptoException.hpp>
+
+#include "engine/Base64.hpp"
+#include "engine/CertificateNames.hpp"
+#include "engine/KeyCache.hpp"
+#include "engine/OpenSSLInput.hpp"
+
+namespace {
+
+[[noreturn]] void fail(const char* why) {
+    throw XSECCryptoException(XSECCryptoException::RSAError, why);
+}
+
+std::vector<unsigned char> publicParameter(EVP_PKEY* key, const char* name) {
+    BIGNUM* n = nullptr;
+    if (EVP_PKEY_get_bn_param(key, name, &n) != 1)
+        fail("The RSA key has no public part");
+    std::vector<unsigned char> out(static_cast<size_t>(BN_num_bytes(n)));
+    BN_bn2bin(n, out.data());
+    BN_free(n);
+    return out;
+}
+
+// Parses without the cache; throws for bytes it cannot use.
+vqxml::ParsedKeyPair parse(const unsigned char* cert, int certLen, const unsigned char* key, int keyLen) {
+    std::shared_ptr<X509> x509;
+    if (cert != nullptr && certLen > 0) {
+        x509 = vqxml::readCertificate(cert, certLen);
+        if (!x509)
+            fail("The certificate is neither DER nor PEM X.509");
+    }
+    vqxml::PKeyPtr pkey;
+    if (key != nullptr && keyLen > 0) {
+        pkey = vqxml::readPrivateKey(key, keyLen);
+        if (!pkey)
+            fail("The private key is neither an unencrypted PKCS#8 nor a PKCS#1 RSA key (DER or PEM)");
+        if (x509 && X509_check_private_key(x509.get(), pkey.get()) != 1)
+            fail("The private key does not belong to the certificate");
+    } else if (x509) {
+        pkey.reset(X509_get_pubkey(x509.get()));
+    }
+    if (!pkey || EVP_PKEY_get_base_id(pkey.get()) != EVP_PKEY_RSA)
+        fail("The key is not an RSA key");
+    return {std::shared_ptr<EVP_PKEY>(pkey.release(), &EVP_PKEY_free), std::move(x509)};
+}
+
+const EVP_MD* digestOf(XSECCryptoHash::HashType type) {
+    switch (type) {
+    case XSECCryptoHash::HASH_SHA1: return EVP_sha1();
+    case XSECCryptoHash::HASH_MD5: return EVP_md5();
+    case XSECCryptoHash::HASH_SHA224: return EVP_sha224();
+    case XSECCryptoHash::HASH_SHA256: return EVP_sha256();
+    case XSECCryptoHash::HASH_SHA384: return EVP_sha384();
+    case XSECCryptoHash::HASH_SHA512: return EVP_sha512();
+    default: fail("Unsupported digest for an RSA signature");
+    }
+}
+
+}  // namespace
+
+VQTKCryptoKeyRSA* VQTKCryptoKeyRSA::load(const unsigned char* cert, int certLen, const unsigned char* key,
+                                         int keyLen) {
+    // Public keys from certificates alone are cheap and not worth keeping.
+    if (key == nullptr || keyLen <= 0) {
+        vqxml::ParsedKeyPair pair = parse(cert, certLen, key, keyLen);
+        return new VQTKCryptoKeyRSA(std::move(pair.key), std::move(pair.cert));
+    }
+    vqxml::ParsedKeyPair pair =
+        vqxml::cachedKeyPair(cert, certLen, key, keyLen, [&] { return parse(cert, certLen, key, keyLen); });
+    return new VQTKCryptoKeyRSA(std::move(pair.key), std::move(pair.cert));
+}
+
+// Signs with the shared key pair itself rather than the engine's copy of it, so
+// that the key's prepared state (blinding, Montgomery contexts) is reused.
+unsigned int VQTKCryptoKeyRSA::signSHA1PKCS1Base64Signature(unsigned char* hashBuf, unsigned int hashLen,
+                                                            char* base64SignatureBuf,
+                                                            unsigned int base64SignatureBufLen,
+                                                            XSECCryptoHash::HashType type) const {
+    std::unique_ptr<EVP_PKEY_CTX, decltype(&EVP_PKEY_CTX_free)> ctx(EVP_PKEY_CTX_new(m_pkey.get(), nullptr),
+                                                                   &EVP_PKEY_CTX_free);
+    std::vector<unsigned char> signature(static_cast<size_t>(EVP_PKEY_get_size(m_pkey.get())));
+    size_t len = signature.size();
+    if (!ctx || EVP_PKEY_sign_init(ctx.get()) != 1 ||
+        EVP_PKEY_CTX_set_rsa_padding(ctx.get(), RSA_PKCS1_PADDING) != 1 ||
+        EVP_PKEY_CTX_set_signature_md(ctx.get(), digestOf(type)) != 1 ||
+        EVP_PKEY_sign(ctx.get(), signature.data(), &len, hashBuf, hashLen) != 1)
+        fail("The RSA signature could not be made");
+    signature.resize(len);
+    const std::string text = vqxml::base64Text(signature);
+    if (text.size() + 1 > base64SignatureBufLen)
+        fail("The signature does not fit its buffer");
+    std::memcpy(base64SignatureBuf, text.c_str(), text.size() + 1);
+    return static_cast<unsigned int>(text.size());
+}
+
+VQTKCryptoKeyRSA::VQTKCryptoKeyRSA(std::shared_ptr<EVP_PKEY> key, std::shared_ptr<X509> cert)
+    : OpenSSLCryptoKeyRSA(key.get()), m_pkey(std::move(key)), m_cert(std::move(cert)) {
+    if (m_cert) {
+        unsigned char* der = nullptr;
+        int len = i2d_X509(m_cert.get(), &der);
+        if (len > 0)
+            m_certDER.assign(der, der + len);
+        OPENSSL_free(der);
+    }
+}
+
+XSECCryptoKey* VQTKCryptoKeyRSA::clone() const {
+    return new VQTKCryptoKeyRSA(m_pkey, m_cert);
+}
+
+std::string VQTKCryptoKeyRSA::subjectName() const {
+    return m_cert ? vqxml::certificateSubject(m_cert.get()) : std::string();
+}
+
+std::string VQTKCryptoKeyRSA::issuerName() const {
+    return m_cert ? vqxml::certificateIssuer(m_cert.get()) : std::string();
+}
+
+std::string VQTKCryptoKeyRSA::serialNumber() const {
+    return m_cert ? vqxml::certificateSerialDecimal(m_cert.get()) : std::string();
+}
+
+std::vector<unsigned char> VQTKCryptoKeyRSA::modulus() const {
+    return publicParameter(m_pkey.get(), OSSL_PKEY_PARAM_RSA_N);
+}
+
+std::vector<unsigned char> VQTKCryptoKeyRSA::exponent() const {
+    return publicParameter(m_pkey.get(), OSSL_PKEY_PARAM_RSA_E);
+}

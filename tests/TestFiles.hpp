@@ -1,0 +1,50 @@
+// Reading test data and running peer programs.
+#ifndef VQXML_TESTS_TESTFILES_HPP
+#define VQXML_TESTS_TESTFILES_HPP
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+namespace testfiles {
+
+inline std::string dataPath(const std::string& relative) {
+    return std::string(VQXML_TEST_DATA_DIR) + "/" + relative;
+}
+
+inline std::string sharedPath(const std::string& relative) {
+    return std::string(VQXML_SHARED_DIR) + "/" + relative;
+}
+
+inline std::string read(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream out;
+    out << in.rdbuf();
+    return out.str();
+}
+
+inline void write(const std::string& path, const std::string& bytes) {
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
+inline bool haveProgram(const char* name) {
+    return std::system((std::string("command -v ") + name + " >/dev/null 2>&1").c_str()) == 0;
+}
+
+// Runs a shell command quietly; its exit status.
+inline int run(const std::string& command) {
+    int status = std::system((command + " >/dev/null 2>&1").c_str());
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+// A scratch file name under the system's temporary folder.
+inline std::string scratch(const std::string& name) {
+    const char* dir = std::getenv("TMPDIR");
+    return std::string(dir != nullptr ? dir : "/tmp") + "/vqxml-test-" + std::to_string(::getpid()) + "-" + name;
+}
+
+}  // namespace testfiles
+
+#endif

@@ -1,0 +1,78 @@
+// Finding nodes by qualified name and SOAP headers.
+#include <gtest/gtest.h>
+
+#include <xercesc/dom/DOM.hpp>
+
+#include "ContextFixture.hpp"
+
+XERCES_CPP_NAMESPACE_USE
+
+namespace {
+
+const char kSoap11[] =
+    "<soap:Envelope xmlns:soap=\"http://schemas.xmlsoap.org/soap/envelope/\">"
+    "<soap:Header><h/></soap:Header><soap:Body><Signature/><ds:Signature xmlns:ds=\"urn:d\"/></soap:Body>"
+    "</soap:Envelope>";
+
+TEST(NodeSearch, FindsTheSoapHeaderOfBothSoapVersions) {
+    InspectableContext ctx;
+    ASSERT_EQ(ctx.load(kSoap11), 0);
+    DOMNode* header = ctx.findSOAPHeaderNode(ctx.m_document);
+    ASSERT_NE(header, nullptr);
+    EXPECT_TRUE(XMLString::equals(header->getNodeName(), u"soap:Header"));
+
+    ASSERT_EQ(ctx.load("<e:Envelope xmlns:e=\"http://www.w3.org/2003/05/soap-envelope\"><e:Header/><e:Body/></e:Envelope>"), 0);
+    EXPECT_NE(ctx.findSOAPHeaderNode(ctx.m_document), nullptr);
+}
+
+TEST(NodeSearch, NoHeaderWhenAbsentOrWhenTheEnvelopeUsesADefaultNamespace) {
+    InspectableContext ctx;
+    ASSERT_EQ(ctx.load("<soap:Envelope xmlns:soap=\"http://schemas.xmlsoap.org/soap/envelope/\"><soap:Body/></soap:Envelope>"), 0);
+    EXPECT_EQ(ctx.findSOAPHeaderNode(ctx.m_document), nullptr);
+    ASSERT_EQ(ctx.load("<Envelope xmlns=\"http://schemas.xmlsoap.org/soap/envelope/\"><Header/><Body/></Envelope>"), 0);
+    EXPECT_EQ(ctx.findSOAPHeaderNode(ctx.m_document), nullptr);
+    ASSERT_EQ(ctx.load("<plain><Header/></plain>"), 0);
+    EXPECT_EQ(ctx.findSOAPHeaderNode(ctx.m_document), nullptr);
+}
+
+TEST(NodeSearch, ComparesQualifiedNamesInDocumentOrder) {
+    InspectableContext ctx;
+    ASSERT_EQ(ctx.load(kSoap11), 0);
+    DOMNode* plain = ctx.findNode(ctx.m_document, u"Signature");
+    ASSERT_NE(plain, nullptr);
+    EXPECT_EQ(plain->getNamespaceURI(), nullptr);
+    DOMNode* prefixed = ctx.findNode(ctx.m_document, u"ds:Signature");
+    ASSERT_NE(prefixed, nullptr);
+    EXPECT_NE(plain, prefixed);
+    EXPECT_EQ(ctx.findNode(ctx.m_document, u"Missing"), nullptr);
+
+    ASSERT_EQ(ctx.load("<r><a><t id=\"1\"/></a><t id=\"2\"/></r>"), 0);
+    auto* first = static_cast<DOMElement*>(ctx.findNode(ctx.m_document, u"t"));
+    ASSERT_NE(first, nullptr);
+    EXPECT_TRUE(XMLString::equals(first->getAttribute(u"id"), u"1"));
+}
+
+TEST(NodeSearch, SearchStaysInsideTheStartingSubtree) {
+    InspectableContext ctx;
+    ASSERT_EQ(ctx.load("<r><a><x/></a><b><y/></b></r>"), 0);
+    DOMNode* a = ctx.findNode(ctx.m_document, u"a");
+    ASSERT_NE(a, nullptr);
+    EXPECT_EQ(ctx.findNode(a, u"y"), nullptr);
+    EXPECT_EQ(ctx.findNode(a, u"a"), a);
+}
+
+TEST(NodeSearch, DeepNestingDoesNotExhaustTheStack) {
+    std::string doc;
+    const int depth = 20000;
+    for (int i = 0; i < depth; ++i)
+        doc += "<n>";
+    doc += "<target/>";
+    for (int i = 0; i < depth; ++i)
+        doc += "</n>";
+    InspectableContext ctx;
+    ASSERT_EQ(ctx.load(doc), 0);
+    EXPECT_NE(ctx.findNode(ctx.m_document, u"target"), nullptr);
+    EXPECT_EQ(ctx.findNode(ctx.m_document, u"absent"), nullptr);
+}
+
+}  // namespace

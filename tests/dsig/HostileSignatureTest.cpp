@@ -1,0 +1,137 @@
+// Signed documents that are broken, tricky or reach outside themselves: each gets
+// a status and a message, and the handle stays usable.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include <xsec/framework/XSECException.hpp>
+
+#include "SignatureFixture.hpp"
+
+using namespace dsigtest;
+
+namespace {
+
+const char kEnvelopedXPath[] = "not(ancestor-or-self::ds:Signature)";
+
+// An RSA-SHA256 signature over doc with one reference.
+std::string signWithReference(const std::string& doc, const char* uri, const char* xpath = nullptr) {
+    ScopedHandle h;
+    EXPECT_EQ(VQTK_XMLDSIG_SetXMLDocument(h, chars(doc), static_cast<int>(doc.size())), 0);
+    EXPECT_EQ(VQTK_XMLDSIG_SignatureMethod(h, 5, 3), 0);
+    EXPECT_EQ(VQTK_XMLDSIG_createReference(h, const_cast<char*>(uri), 3, 0, const_cast<char*>(xpath)), 0);
+    EXPECT_EQ(VQTK_XMLDSIG_SetSigner(h, bytes(signerCert()), static_cast<int>(signerCert().size()),
+                                     bytes(signerKey()), static_cast<int>(signerKey().size())),
+              0);
+    EXPECT_EQ(VQTK_XMLDSIG_sign(h), 0) << errorText(h);
+    return resultDocument(h);
+}
+
+std::string replaced(std::string text, const std::string& from, const std::string& to) {
+    size_t at = text.find(from);
+    EXPECT_NE(at, std::string::npos) << from;
+    if (at != std::string::npos)
+        text.replace(at, from.size(), to);
+    return text;
+}
+
+const std::string& signedInvoice() {
+    static const std::string text = signWithReference(invoice(), "", kEnvelopedXPath);
+    return text;
+}
+
+// The handle that failed still verifies a good document afterwards.
+void expectStillUsable(void* h) {
+    const std::string& good = signedInvoice();
+    EXPECT_EQ(VQTK_XMLDSIG_SetSignXMLDocument(h, chars(good), static_cast<int>(good.size())), 0);
+    EXPECT_EQ(VQTK_XMLDSIG_Verify(h), 0) << errorText(h);
+}
+
+int loadAndVerify(void* h, const std::string& text) {
+    int rc = VQTK_XMLDSIG_SetSignXMLDocument(h, chars(text), static_cast<int>(text.size()));
+    return rc != 0 ? rc : VQTK_XMLDSIG_Verify(h);
+}
+
+TEST(HostileSignatures, DocumentsThatAreNotSignaturesOrAreBroken) {
+    const std::string& good = signedInvoice();
+    const std::string cases[] = {
+        "<a/>",
+        "<Signature xmlns=\"http://www.w3.org/2000/09/xmldsig#\"/>",
+        replaced(good, "<SignedInfo>", "<SignedInfoX>"),
+        replaced(good, "http://www.w3.org/2001/04/xmldsig-more#rsa-sha256", "urn:unknown:algorithm"),
+        replaced(good, "http://www.w3.org/2001/04/xmlenc#sha256", "urn:unknown:digest"),
+        replaced(good, "http://www.w3.org/2001/10/xml-exc-c14n#", "urn:unknown:c14n"),
+        good.substr(0, good.size() / 2),
+    };
+    for (const std::string& text : cases) {
+        ScopedHandle h;
+        int rc = loadAndVerify(h, text);
+        EXPECT_NE(rc, 0) << text.substr(0, 200);
+        EXPECT_NE(rc, 11213) << "not an invalid signature but one that cannot be checked: " << errorText(h);
+        EXPECT_FALSE(errorText(h).empty());
+        expectStillUsable(h);
+    }
+}
+
+TEST(HostileSignatures, BrokenValuesDoNotVerify) {
+    const std::string& good = signedInvoice();
+    size_t value = good.find("<SignatureValue>") + 16;
+    const std::string cases[] = {
+        good.substr(0, value) + good.substr(value + 40),                      // truncated base64
+        replaced(good, "<DigestValue>", "<DigestValue>AAAA"),                    // wrong digest
+        good.substr(0, value) + "!!!!" + good.substr(value + 4),               // not base64
+    };
+    for (const std::string& text : cases) {
+        ScopedHandle h;
+        EXPECT_NE(loadAndVerify(h, text), 0);
+        expectStillUsable(h);
+    }
+}
+
+TEST(HostileSignatures, ReferenceToAMissingIdNamesIt) {
+    const std::string doc = "<r><a Id=\"x\">1</a></r>";
+    const std::string text = replaced(signWithReference(doc, "x"), "URI=\"#x\"", "URI=\"#missing\"");
+    ScopedHandle h;
+    EXPECT_EQ(loadAndVerify(h, text), XSECException::IDNotFoundInDOMDoc);
+    EXPECT_NE(errorText(h).find("missing"), std::string::npos) << errorText(h);
+}
+
+TEST(HostileSignatures, DuplicateIdsAreRefused) {
+    const std::string doc = "<r><a Id=\"x\">1100000</a></r>";
+    const std::string signedText = signWithReference(doc, "x");
+    // The signed element moved aside and a forged one put first with the same Id.
+    const std::string wrapped = replaced(signedText, "<a Id=\"x\">1100000</a>",
+                                         "<a Id=\"x\">9900000</a><hidden><a Id=\"x\">1100000</a></hidden>");
+    ScopedHandle h;
+    EXPECT_EQ(loadAndVerify(h, wrapped), XSECException::IDNotFoundInDOMDoc);
+    EXPECT_NE(errorText(h).find("More than one element"), std::string::npos) << errorText(h);
+}
+
+TEST(HostileSignatures, NothingOutsideTheDocumentIsReadWhenVerifying) {
+    const std::string file = testfiles::scratch("external.xml");
+    testfiles::write(file, "<external>signed content</external>");
+    const std::string signedText = signWithReference("<r/>", ("file://" + file).c_str());
+    ASSERT_FALSE(signedText.empty());
+    for (const std::string& text :
+         {signedText, replaced(signedText, "file://" + file, "external.xml"),
+          replaced(signedText, "file://" + file, "http://127.0.0.1:9/never")}) {
+        ScopedHandle h;
+        EXPECT_EQ(loadAndVerify(h, text), XSECException::ErrorOpeningURI) << errorText(h);
+        EXPECT_NE(errorText(h).find("not followed"), std::string::npos) << errorText(h);
+    }
+    ScopedHandle allowed;
+    EXPECT_EQ(VQTK_XMLDSIG_AllowExternalReferences(allowed, 1), 0);
+    EXPECT_EQ(loadAndVerify(allowed, signedText), 0) << errorText(allowed);
+    std::remove(file.c_str());
+}
+
+TEST(HostileSignatures, DeclaredEncodingsOtherThanUtf8AreRefused) {
+    ScopedHandle h;
+    std::string latin = "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><a/>";
+    EXPECT_EQ(VQTK_XMLDSIG_SetSignXMLDocument(h, chars(latin), static_cast<int>(latin.size())), VQXML_ERR_ENCODING);
+    EXPECT_EQ(VQTK_XMLDSIG_SetSignXMLDocument(h, nullptr, 0), 10212);
+    EXPECT_EQ(VQTK_XMLDSIG_Verify(h), 10200);
+    expectStillUsable(h);
+}
+
+}  // namespace

@@ -1,0 +1,168 @@
+// Signatures the library makes verify with the library and with xmlsec1, and stop
+// verifying, for both, when a signed byte changes.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "SignatureFixture.hpp"
+
+using namespace dsigtest;
+
+namespace {
+
+const char kEnvelopedXPath[] = "not(ancestor-or-self::ds:Signature)";
+
+enum class Shape { Enveloped, Enveloping, ElementId };
+
+struct Case {
+    const char* name;
+    int signatureSelector;
+    int signedInfoC14n;
+    int referenceC14n;
+    int digestSelector;
+    Shape shape;
+};
+
+const char kIdDocument[] =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+    "<Envelope xmlns=\"urn:example:gov\"><Head>수신: 행정안전부</Head>"
+    "<Data Id=\"data1\"><Amount>1100000</Amount><Memo>원본 문서</Memo></Data></Envelope>";
+
+std::string sign(const Case& c) {
+    ScopedHandle h;
+    if (c.shape == Shape::Enveloping) {
+        EXPECT_EQ(VQTK_XMLDSIG_SetXMLDocument(h, nullptr, 0), 0);
+    } else {
+        const std::string& doc = c.shape == Shape::Enveloped ? invoice() : std::string(kIdDocument);
+        EXPECT_EQ(VQTK_XMLDSIG_SetXMLDocument(h, chars(doc), static_cast<int>(doc.size())), 0) << errorText(h);
+    }
+    EXPECT_EQ(VQTK_XMLDSIG_SignatureMethod(h, c.signatureSelector, c.signedInfoC14n), 0) << errorText(h);
+    switch (c.shape) {
+    case Shape::Enveloped:
+        EXPECT_EQ(VQTK_XMLDSIG_createReference(h, const_cast<char*>(""), c.digestSelector, c.referenceC14n,
+                                               const_cast<char*>(kEnvelopedXPath)),
+                  0)
+            << errorText(h);
+        break;
+    case Shape::Enveloping: {
+        std::string content = "<Amount xmlns=\"urn:example:gov\">1100000</Amount>";
+        EXPECT_EQ(VQTK_XMLDSIG_appendObject(h, const_cast<char*>("obj1"), chars(content),
+                                            static_cast<int>(content.size())),
+                  0)
+            << errorText(h);
+        EXPECT_EQ(VQTK_XMLDSIG_createReference(h, const_cast<char*>("obj1"), c.digestSelector, c.referenceC14n,
+                                               nullptr),
+                  0);
+        break;
+    }
+    case Shape::ElementId:
+        EXPECT_EQ(VQTK_XMLDSIG_createReference(h, const_cast<char*>("data1"), c.digestSelector, c.referenceC14n,
+                                               nullptr),
+                  0);
+        break;
+    }
+    if (c.signatureSelector == 1)
+        EXPECT_EQ(VQTK_XMLDSIG_SetHMACKey(h, bytes(hmacKey()), static_cast<unsigned>(hmacKey().size())), 0);
+    else
+        EXPECT_EQ(VQTK_XMLDSIG_SetSigner(h, bytes(signerCert()), static_cast<int>(signerCert().size()),
+                                         bytes(signerKey()), static_cast<int>(signerKey().size())),
+                  0)
+            << errorText(h);
+    EXPECT_EQ(VQTK_XMLDSIG_sign(h), 0) << errorText(h);
+    return resultDocument(h);
+}
+
+// Changes the signed amount 1100000 into 1100001.
+std::string tampered(std::string text) {
+    size_t at = text.find("1100000<");
+    EXPECT_NE(at, std::string::npos);
+    text[at + 6] = '1';
+    return text;
+}
+
+int xmlsecVerify(const Case& c, const std::string& text) {
+    const std::string file = testfiles::scratch(std::string(c.name) + ".xml");
+    testfiles::write(file, text);
+    std::string command = "xmlsec1 --verify ";
+    if (c.signatureSelector == 1)
+        command += "--hmackey " + testfiles::dataPath("dsig/hmac.bin") + " ";
+    else
+        command += "--trusted-pem " + testfiles::dataPath("dsig/ca.pem") + " ";
+    if (c.shape == Shape::ElementId)
+        command += "--id-attr:Id urn:example:gov:Data ";
+    int rc = testfiles::run(command + file);
+    std::remove(file.c_str());
+    return rc;
+}
+
+class SignVerify : public testing::TestWithParam<Case> {};
+
+TEST_P(SignVerify, VerifiesAndDetectsTampering) {
+    const Case& c = GetParam();
+    const std::string signedText = sign(c);
+    ASSERT_FALSE(signedText.empty());
+    std::string result;
+    EXPECT_EQ(verify(signedText, &result, c.signatureSelector == 1 ? hmacKey() : ""), 0) << result;
+    EXPECT_EQ(verify(tampered(signedText), &result, c.signatureSelector == 1 ? hmacKey() : ""), 11213);
+    EXPECT_EQ(result.rfind("XMLDSIG_verify > ", 0), 0u) << result;
+}
+
+TEST_P(SignVerify, XmlsecAgrees) {
+    if (!testfiles::haveProgram("xmlsec1"))
+        GTEST_SKIP() << "xmlsec1 is not installed";
+    const Case& c = GetParam();
+    const std::string signedText = sign(c);
+    EXPECT_EQ(xmlsecVerify(c, signedText), 0) << signedText;
+    EXPECT_NE(xmlsecVerify(c, tampered(signedText)), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Signatures, SignVerify,
+    testing::Values(Case{"rsa_sha1_enveloped_exc", 2, 3, 0, 1, Shape::Enveloped},
+                    Case{"rsa_sha256_enveloped_c14n", 5, 1, 0, 3, Shape::Enveloped},
+                    Case{"rsa_sha256_enveloped_exc_transform", 5, 3, 3, 3, Shape::Enveloped},
+                    Case{"hmac_sha1_enveloped", 1, 1, 0, 1, Shape::Enveloped},
+                    Case{"rsa_sha256_enveloping_object", 5, 3, 3, 3, Shape::Enveloping},
+                    Case{"rsa_sha256_element_id_c14n_comments", 5, 2, 2, 3, Shape::ElementId},
+                    Case{"rsa_sha1_element_id_exc_comments", 2, 4, 4, 1, Shape::ElementId}),
+    [](const testing::TestParamInfo<Case>& info) { return std::string(info.param.name); });
+
+TEST(Verification, EnvelopedResultIsTheDocumentWithoutItsSignature) {
+    const std::string signedText = sign({"x", 5, 3, 0, 3, Shape::Enveloped});
+    std::string result;
+    ASSERT_EQ(verify(signedText, &result), 0) << result;
+    EXPECT_EQ(result.find("Signature"), std::string::npos);
+    EXPECT_NE(result.find("<NameText>테스트상사 주식회사</NameText>"), std::string::npos);
+}
+
+TEST(Verification, EnvelopingResultIsTheObjectsFirstElement) {
+    const std::string signedText = sign({"x", 5, 3, 0, 3, Shape::Enveloping});
+    std::string result;
+    ASSERT_EQ(verify(signedText, &result), 0) << result;
+    EXPECT_NE(result.find("<Amount xmlns=\"urn:example:gov\">1100000</Amount>"), std::string::npos) << result;
+    EXPECT_EQ(result.find("Object"), std::string::npos) << result;
+}
+
+TEST(Verification, WrongHmacKeyDoesNotVerify) {
+    const std::string signedText = sign({"x", 1, 1, 0, 1, Shape::Enveloped});
+    std::string why;
+    EXPECT_EQ(verify(signedText, &why, "another secret"), 11213);
+    EXPECT_EQ(verify(signedText, &why, hmacKey()), 0) << why;
+}
+
+TEST(Verification, SignerDataComesFromKeyInfo) {
+    const std::string signedText = sign({"x", 5, 3, 0, 3, Shape::Enveloped});
+    ScopedHandle h;
+    ASSERT_EQ(VQTK_XMLDSIG_SetSignXMLDocument(h, chars(signedText), static_cast<int>(signedText.size())), 0);
+    unsigned char* cert = nullptr;
+    int certLen = 0;
+    EXPECT_EQ(VQTK_XMLDSIG_GetSignCert(h, &cert, &certLen), 0);
+    ASSERT_NE(cert, nullptr);
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(cert), certLen), signerCert()) << "the certificate comes back as DER";
+    char* keyName = reinterpret_cast<char*>(1);
+    EXPECT_EQ(VQTK_XMLDSIG_GetKeyName(h, &keyName), 0);
+    EXPECT_EQ(keyName, nullptr);
+    EXPECT_EQ(VQTK_XMLDSIG_Verify(h), 0) << errorText(h);
+}
+
+}  // namespace

@@ -1,0 +1,71 @@
+// Signing and verifying through the C interface with the test signer's keys.
+#ifndef VQXML_TESTS_DSIG_SIGNATUREFIXTURE_HPP
+#define VQXML_TESTS_DSIG_SIGNATUREFIXTURE_HPP
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "ScopedHandle.hpp"
+#include "TestFiles.hpp"
+#include "vqxml/vqxml.h"
+
+namespace dsigtest {
+
+inline const std::string& invoice() {
+    static const std::string text = testfiles::read(testfiles::dataPath("dsig/taxinvoice.xml"));
+    return text;
+}
+
+inline const std::string& signerCert() {
+    static const std::string der = testfiles::read(testfiles::dataPath("dsig/signer-cert.der"));
+    return der;
+}
+
+inline const std::string& signerKey() {
+    static const std::string der = testfiles::read(testfiles::dataPath("dsig/signer-key.pk8.der"));
+    return der;
+}
+
+inline const std::string& hmacKey() {
+    static const std::string bytes = testfiles::read(testfiles::dataPath("dsig/hmac.bin"));
+    return bytes;
+}
+
+inline char* chars(const std::string& s) {
+    return const_cast<char*>(s.data());
+}
+
+inline unsigned char* bytes(const std::string& s) {
+    return reinterpret_cast<unsigned char*>(const_cast<char*>(s.data()));
+}
+
+inline std::string errorText(void* h) {
+    char text[1024] = {};
+    VQTK_XMLAPI_GetErrInfo(h, sizeof text, text);
+    return text;
+}
+
+inline std::string resultDocument(void* h) {
+    char* doc = nullptr;
+    int len = 0;
+    VQTK_XMLAPI_GetXMLDocument(h, &doc, &len);
+    return doc != nullptr ? std::string(doc, len) : std::string();
+}
+
+// Verifies signed text on a fresh handle; the status, and the result document in *out.
+inline int verify(const std::string& signedText, std::string* out = nullptr, const std::string& hmac = "") {
+    ScopedHandle h;
+    int rc = VQTK_XMLDSIG_SetSignXMLDocument(h, chars(signedText), static_cast<int>(signedText.size()));
+    if (rc == 0 && !hmac.empty())
+        rc = VQTK_XMLDSIG_SetHMACKey(h, bytes(hmac), static_cast<unsigned>(hmac.size()));
+    if (rc == 0)
+        rc = VQTK_XMLDSIG_Verify(h);
+    if (out != nullptr)
+        *out = rc == 0 ? resultDocument(h) : errorText(h);
+    return rc;
+}
+
+}  // namespace dsigtest
+
+#endif

@@ -1,0 +1,87 @@
+// The compiled-in roots: the published certificates, in their order, and each
+// accepted as an anchor by the certificate check.
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include <openssl/evp.h>
+#include <openssl/x509v3.h>
+
+#include "pki/PkiTestSupport.hpp"
+#include "pki/TrustAnchors.hpp"
+#include "toolkit/ToolkitTestSupport.hpp"
+
+using namespace vqtktest;
+
+namespace {
+
+struct Expected {
+    const char* name;
+    int base64Length;
+    size_t derLength;
+    const char* sha256;
+};
+
+const Expected kExpected[] = {
+    {"KISA RootCA 4", 1188, 889, "a002ff556c601863b08b9aa33a8e6666e97e72bbe552f66eb9f2395c68c7bc98"},
+    {"KISA RootCA 1", 1184, 887, "6fdb3f76c8b801a75338d8a50a7c02879f6198b57e594d318d3832900fedcd79"},
+    {"GPKIRootCA1", 1156, 865, "407c276bead2e4af0661ef6697341dec0a1f9434e4eafb2d3d32a90549d9de4a"},
+};
+
+std::string sha256Hex(const ByteVector& data) {
+    unsigned char digest[32];
+    unsigned int n = 0;
+    EVP_Digest(data.data(), data.size(), digest, &n, EVP_sha256(), nullptr);
+    static const char kHex[] = "0123456789abcdef";
+    std::string hex;
+    for (unsigned int i = 0; i < n; ++i) {
+        hex += kHex[digest[i] >> 4];
+        hex += kHex[digest[i] & 15];
+    }
+    return hex;
+}
+
+ByteVector decodedAnchor(int index) {
+    const vqxml::TrustAnchor& anchor = vqxml::kTrustAnchors[index];
+    return base64Decode(std::string(anchor.base64, static_cast<size_t>(anchor.base64Length)));
+}
+
+}  // namespace
+
+TEST(TrustAnchors, AreThePublishedRootsInTheirOrder) {
+    // GPKIRootCA (2008) belongs fourth and is not available yet.
+    ASSERT_EQ(vqxml::kTrustAnchorCount, 3);
+    for (int i = 0; i < vqxml::kTrustAnchorCount; ++i) {
+        const vqxml::TrustAnchor& anchor = vqxml::kTrustAnchors[i];
+        EXPECT_STREQ(anchor.name, kExpected[i].name);
+        EXPECT_EQ(anchor.base64Length, kExpected[i].base64Length) << anchor.name;
+        EXPECT_EQ(std::strlen(anchor.base64), static_cast<size_t>(anchor.base64Length));
+        const ByteVector der = decodedAnchor(i);
+        EXPECT_EQ(der.size(), kExpected[i].derLength) << anchor.name;
+        EXPECT_EQ(sha256Hex(der), kExpected[i].sha256) << anchor.name;
+    }
+}
+
+TEST(TrustAnchors, AreSelfSignedKoreanCaCertificatesNamedAsListed) {
+    for (int i = 0; i < vqxml::kTrustAnchorCount; ++i) {
+        const ByteVector der = decodedAnchor(i);
+        const unsigned char* p = der.data();
+        X509* cert = d2i_X509(nullptr, &p, static_cast<long>(der.size()));
+        ASSERT_NE(cert, nullptr);
+        char cn[64] = {};
+        X509_NAME_get_text_by_NID(X509_get_subject_name(cert), NID_commonName, cn, sizeof cn);
+        EXPECT_STREQ(cn, vqxml::kTrustAnchors[i].name);
+        EXPECT_EQ(X509_check_issued(cert, cert), X509_V_OK) << cn;
+        EXPECT_EQ(X509_check_ca(cert), 1) << cn;
+        X509_free(cert);
+    }
+}
+
+TEST(TrustAnchors, EachRootPassesTheLibrarysCertificateCheck) {
+    ScopedHandle h;
+    for (int i = 0; i < vqxml::kTrustAnchorCount; ++i) {
+        ByteVector der = decodedAnchor(i);
+        EXPECT_EQ(VQTK_XMLAPI_VerifyCert(h, der.data(), static_cast<int>(der.size())), VQXML_OK)
+            << vqxml::kTrustAnchors[i].name << ": " << pkitest::errorText(h);
+    }
+}
