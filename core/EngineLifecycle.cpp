@@ -44,6 +44,10 @@ void stopEngines() {
     clearKeyCache();
     xalanc::XalanTransformer::terminate();
     XSECPlatformUtils::Terminate();
+    // The last Terminate() deletes the crypto provider but leaves the pointer
+    // behind; the next start-up must not take it for a host's provider.
+    if (XSECPlatformUtils::initCount == 0)
+        XSECPlatformUtils::g_cryptoProvider = nullptr;
     XMLPlatformUtils::Terminate();
 }
 

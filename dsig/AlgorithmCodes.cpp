@@ -2,6 +2,8 @@
 
 #include <xercesc/util/XMLString.hpp>
 
+#include "engine/AlgorithmURIs.hpp"
+
 
 XERCES_CPP_NAMESPACE_USE
 
@@ -35,8 +37,9 @@ constexpr SignatureEntry kSignatures[] = {
     {{4, 4}, u"http://www.w3.org/2001/04/xmldsig-more#ecdsa-sha256"},
     {{4, 5}, u"http://www.w3.org/2001/04/xmldsig-more#ecdsa-sha384"},
     {{4, 6}, u"http://www.w3.org/2001/04/xmldsig-more#ecdsa-sha512"},
-    {{5, 1}, u"http://www.tta.or.kr/2002/11/xmldsig#kcdsa-sha1"},
-    {{5, 4}, u"http://www.tta.or.kr/2002/11/xmldsig#kcdsa-sha256"},
+    {{5, 1}, uri::kKcdsaSha1},
+    {{5, 7}, uri::kKcdsaHas160},
+    {{5, 4}, uri::kKcdsaSha256},
 };
 
 struct DigestEntry {
@@ -51,6 +54,7 @@ constexpr DigestEntry kDigests[] = {
     {4, u"http://www.w3.org/2001/04/xmlenc#sha256"},
     {5, u"http://www.w3.org/2001/04/xmldsig-more#sha384"},
     {6, u"http://www.w3.org/2001/04/xmlenc#sha512"},
+    {7, uri::kHas160},
 };
 
 constexpr const XMLCh* kCanonicalizations[] = {

@@ -15,6 +15,8 @@
 
 #include "core/ErrorFrame.hpp"
 #include "core/Transcode.hpp"
+#include "engine/VQTKCryptoKeyKCDSA.hpp"
+#include "engine/korean/KcdsaEncoding.hpp"
 
 namespace {
 
@@ -99,7 +101,15 @@ void VQXML_XMLSecurity::readX509Data(DSIGKeyInfoX509* x509, const char* subjectE
     const XSECCryptoX509* cert = x509->getCertificateCryptoItem(signerCertificateIndex(x509));
     storeCertificate(cert);
     if (m_signature != nullptr)
-        m_signature->setSigningKey(cert->clonePublicKey());
+        m_signature->setSigningKey(publicKeyOf(cert));
+}
+
+// OpenSSL cannot decode a KCDSA public key: such certificates get our key object.
+XSECCryptoKey* VQXML_XMLSecurity::publicKeyOf(const XSECCryptoX509* cert) {
+    const X509* x509 = opensslCertificate(cert);
+    if (x509 != nullptr && vqxml::korean::isKcdsaPublicKey(X509_get_X509_PUBKEY(x509)))
+        return createKCDSAKey(m_cert, m_certLen, nullptr, 0);
+    return cert->clonePublicKey();
 }
 
 // The engine's certificate object keeps base64 text; callers get DER bytes.

@@ -12,6 +12,7 @@
 #include "core/ErrorFrame.hpp"
 #include "core/Transcode.hpp"
 #include "engine/Base64.hpp"
+#include "engine/VQTKCryptoKeyKCDSA.hpp"
 #include "engine/VQTKCryptoKeyRSA.hpp"
 
 XSECCryptoKeyHMAC* VQXML_XMLSecurity::createHMACKey(unsigned char* key, unsigned int len) {
@@ -27,6 +28,11 @@ VQTKCryptoKeyRSA* VQXML_XMLSecurity::createRSAKey(unsigned char* cert, int certL
     return VQTKCryptoKeyRSA::load(cert, certLen, key, keyLen);
 }
 
+VQTKCryptoKeyKCDSA* VQXML_XMLSecurity::createKCDSAKey(unsigned char* cert, int certLen, unsigned char* key,
+                                                      int keyLen) {
+    return vqxml::createKCDSAKey(cert, certLen, key, keyLen);
+}
+
 int VQXML_XMLSecurity::XMLDSIG_setSignCertAndKey(unsigned char* cert, int certLen, unsigned char* key, int keyLen,
                                                  char* token1, char* token2, void* token3, void* token4) {
     return vqxml::guarded(*this, "XMLDSIG_setSignCertAndKey > ", [&] {
@@ -37,19 +43,31 @@ int VQXML_XMLSecurity::XMLDSIG_setSignCertAndKey(unsigned char* cert, int certLe
             throw VQXML_XSECException(10204);
         requireTemplate(10205);
         DSIGKeyInfoX509* x509 = m_signature->appendX509Data();
+        if (m_signatureMethod == 5) {
+            VQTKCryptoKeyKCDSA* kcdsa = createKCDSAKey(cert, certLen, key, keyLen);
+            m_signature->setSigningKey(kcdsa);
+            describeSigner(x509, *kcdsa, cert != nullptr);
+            return;
+        }
         if (m_signatureMethod != 3)
             throw VQXML_XSECException(10205);
-
         VQTKCryptoKeyRSA* rsa = createRSAKey(cert, certLen, key, keyLen, token1, token2, token3, token4);
         m_signature->setSigningKey(rsa);
         if (m_appendKeyValue) {
             m_signature->appendRSAKeyValue(vqxml::base64Encode(rsa->modulus()).c_str(),
                                            vqxml::base64Encode(rsa->exponent()).c_str());
         }
-        writeX509Names(x509, rsa->subjectName(), rsa->issuerName(), rsa->serialNumber());
-        if (cert != nullptr)
-            x509->appendX509Certificate(vqxml::base64Encode(rsa->certificateDER()).c_str());
+        describeSigner(x509, *rsa, cert != nullptr);
     });
+}
+
+// X509SubjectName and X509IssuerSerial when asked for, then the certificate when
+// the caller gave one.
+template <class Key>
+void VQXML_XMLSecurity::describeSigner(DSIGKeyInfoX509* x509, const Key& key, bool withCertificate) {
+    writeX509Names(x509, key.subjectName(), key.issuerName(), key.serialNumber());
+    if (withCertificate)
+        x509->appendX509Certificate(vqxml::base64Encode(key.certificateDER()).c_str());
 }
 
 void VQXML_XMLSecurity::writeX509Names(DSIGKeyInfoX509* x509, const std::string& subject, const std::string& issuer,

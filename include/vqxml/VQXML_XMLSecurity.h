@@ -27,7 +27,9 @@ class DSIGKeyInfoList;
 class DSIGKeyInfoX509;
 class DSIGReference;
 class DSIGSignature;
+class VQTKCryptoKeyKCDSA;
 class VQTKCryptoKeyRSA;
+class XSECCryptoKey;
 class XSECCryptoKeyHMAC;
 class XSECCryptoX509;
 class XENCCipher;
@@ -84,6 +86,8 @@ public:
                                   char* token2, void* token3, void* token4);
     int XMLDSIG_setHMACKey(unsigned char* key, unsigned int len);
     XSECCryptoKeyHMAC* createHMACKey(unsigned char* key, unsigned int len);
+    /* A KCDSA key from a DER or PEM certificate and/or an unencrypted PKCS#8 key. */
+    VQTKCryptoKeyKCDSA* createKCDSAKey(unsigned char* cert, int certLen, unsigned char* key, int keyLen);
     VQTKCryptoKeyRSA* createRSAKey(unsigned char* cert, int certLen, unsigned char* key, int keyLen, char* token1,
                                    char* token2, void* token3, void* token4);
 
@@ -149,9 +153,12 @@ protected:
     DSIGReference* appendReference(const XMLCh* uri, const char* xpath);
     void writeX509Names(DSIGKeyInfoX509* x509, const std::string& subject, const std::string& issuer,
                         const std::string& serial);
+    template <class Key>
+    void describeSigner(DSIGKeyInfoX509* x509, const Key& key, bool withCertificate);
     void storeVerifiedContent();
     void readX509Data(DSIGKeyInfoX509* x509, const char* subjectEncoding);
     void storeCertificate(const XSECCryptoX509* cert);
+    XSECCryptoKey* publicKeyOf(const XSECCryptoX509* cert);
 
     bool m_ebXml;
     DSIGSignature* m_signature;

@@ -33,6 +33,8 @@ TEST(EngineLifecycle, EnginesLiveFromTheFirstContextToTheLast) {
 
     VQXML_XMLSecurity third;
     EXPECT_NE(g_provider, nullptr) << "a later context starts the engines afresh";
+    EXPECT_NE(dynamic_cast<VQTKCryptoProvider*>(XSECPlatformUtils::g_cryptoProvider), nullptr)
+        << "with the library's own crypto provider again";
     EXPECT_EQ(g_InitCount.load(), 1);
 }
 
