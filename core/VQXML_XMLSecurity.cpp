@@ -113,12 +113,11 @@ VQXML_XMLSecurity::~VQXML_XMLSecurity() {
     if (m_cipher != nullptr)
         g_provider->releaseCipher(m_cipher);
     m_cipher = nullptr;
-    if (m_signature != nullptr)
-        g_provider->releaseSignature(m_signature);
-    m_signature = nullptr;
-    if (m_document != nullptr)
-        m_document->release();
-    m_document = nullptr;
+    try {
+        releaseSignatureAndDocument();
+    } catch (...) {
+        // The handle goes away all the same; nothing is left to report to.
+    }
     m_encryptedKey = nullptr;
     vqxml::leaveEngines();
 }

@@ -14,6 +14,7 @@
 #include <openssl/err.h>
 #include <openssl/x509.h>
 
+#include "engine/korean/SecureBytes.hpp"
 #include "toolkit/vqtk_toolkit.h"
 
 struct VQTK_Toolkit {
@@ -60,25 +61,8 @@ int guarded(VQTK_Toolkit* tk, Body&& body) noexcept {
     return status;
 }
 
-// Allocator whose memory is wiped before it is freed, also when a vector grows.
-template <class T>
-struct CleansingAllocator {
-    using value_type = T;
-    CleansingAllocator() = default;
-    template <class U>
-    CleansingAllocator(const CleansingAllocator<U>&) {}
-    T* allocate(std::size_t n) { return std::allocator<T>().allocate(n); }
-    void deallocate(T* p, std::size_t n) {
-        OPENSSL_cleanse(p, n * sizeof(T));
-        std::allocator<T>().deallocate(p, n);
-    }
-    template <class U>
-    bool operator==(const CleansingAllocator<U>&) const { return true; }
-    template <class U>
-    bool operator!=(const CleansingAllocator<U>&) const { return false; }
-};
-
-using SecretBytes = std::vector<unsigned char, CleansingAllocator<unsigned char>>;
+// Wiped before it is freed, also when a vector grows.
+using SecretBytes = std::vector<unsigned char, vqxml::korean::CleansingAllocator<unsigned char>>;
 
 // Read-only view of a string's bytes; a NULL string, NULL data or a negative
 // length read as empty.

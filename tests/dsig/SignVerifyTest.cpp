@@ -25,6 +25,10 @@ struct Case {
     const char* keyPrefix = nullptr;  // a test PKI end entity instead of the dsig signer
 };
 
+void PrintTo(const Case& c, std::ostream* os) {
+    *os << c.name;
+}
+
 bool isKcdsa(const Case& c) {
     return c.signatureSelector == 3 || c.signatureSelector == 4;
 }
