@@ -102,8 +102,10 @@ int CMimeBody::GetMessage(CMimeMessage* msg) const {
 
 CMimeBody* CMimeBody::CreatePart(const char* mediaType, CMimeBody* where) {
     CMimeBody* part = CMimeEnvironment::CreateBodyPart(mediaType);
-    CBodyList::iterator at = std::find(m_listBodies.begin(), m_listBodies.end(), where);
-    m_listBodies.insert(where ? at : m_listBodies.end(), part);
+    // Appending must not walk the list: a package may hold many thousand parts.
+    CBodyList::iterator at = where ? std::find(m_listBodies.begin(), m_listBodies.end(), where)
+                                   : m_listBodies.end();
+    m_listBodies.insert(at, part);
     return part;
 }
 
@@ -124,15 +126,14 @@ void CMimeBody::DeleteAll() {
     m_itFind = m_listBodies.end();
 }
 
+// The cursor points at the part that FindNextPart returns next.
 CMimeBody* CMimeBody::FindFirstPart() {
     m_itFind = m_listBodies.begin();
-    return m_itFind == m_listBodies.end() ? nullptr : *m_itFind;
+    return FindNextPart();
 }
 
 CMimeBody* CMimeBody::FindNextPart() {
-    if (m_itFind == m_listBodies.end() || ++m_itFind == m_listBodies.end())
-        return nullptr;
-    return *m_itFind;
+    return m_itFind == m_listBodies.end() ? nullptr : *m_itFind++;
 }
 
 int CMimeBody::GetBodyPartList(CBodyList& out) const {
