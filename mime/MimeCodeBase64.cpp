@@ -7,19 +7,23 @@ namespace {
 const char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 const int kLineChars = 76;
 
-int AlphabetValue(unsigned char c) {
-    if (c >= 'A' && c <= 'Z')
-        return c - 'A';
-    if (c >= 'a' && c <= 'z')
-        return c - 'a' + 26;
-    if (c >= '0' && c <= '9')
-        return c - '0' + 52;
-    if (c == '+')
-        return 62;
-    if (c == '/')
-        return 63;
-    return -1;
-}
+// Decoding table: the six-bit value of each alphabet byte, kSkip for CR and
+// LF, kStop for everything else.
+enum : unsigned char { kSkip = 64, kStop = 65 };
+
+struct DecodeTable {
+    unsigned char value[256];
+    constexpr DecodeTable() : value() {
+        for (int c = 0; c < 256; ++c)
+            value[c] = kStop;
+        for (int i = 0; i < 64; ++i)
+            value[static_cast<unsigned char>(kAlphabet[i])] = static_cast<unsigned char>(i);
+        value['\r'] = kSkip;
+        value['\n'] = kSkip;
+    }
+};
+
+constexpr DecodeTable kDecode;
 
 // Writes base64 characters and, when asked, a line break after every 76.
 class Base64Writer {
@@ -113,13 +117,12 @@ int CMimeCodeBase64::Decode(unsigned char* out, int maxLen) {
     unsigned bits = 0;
     int nbits = 0;
     for (int i = 0; i < m_nInputLen && o < maxLen; ++i) {
-        unsigned char c = m_pInput[i];
-        if (c == '\r' || c == '\n')
+        unsigned char v = kDecode.value[m_pInput[i]];
+        if (v == kSkip)
             continue;
-        int v = AlphabetValue(c);
-        if (v < 0)
+        if (v == kStop)
             break;
-        bits = ((bits << 6) | static_cast<unsigned>(v)) & 0xFFFFFF;
+        bits = ((bits << 6) | v) & 0xFFFFFF;
         nbits += 6;
         if (nbits >= 8) {
             nbits -= 8;
