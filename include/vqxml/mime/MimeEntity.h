@@ -14,7 +14,8 @@
  * anywhere) unless SetLineBreakMode pinned one. SetLineBreakMode acts on that
  * header or body only, not on its children.
  *
- * Load replaces whatever the object held (fields, content, parts). A body
+ * Load replaces whatever the object held (fields, content, parts), so the data
+ * must not lie in this body's own content or in its parts. A body
  * nested more than MAX_NESTING_DEPTH (32) multipart levels below the body that
  * Load was called on fails the load (negative result), which bounds recursion.
  *
