@@ -4,7 +4,7 @@
 
 namespace {
 
-const char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 const int kLineChars = 76;
 
 // Decoding table: the six-bit value of each alphabet byte, kSkip for CR and
@@ -18,8 +18,8 @@ struct DecodeTable {
             value[c] = kStop;
         for (int i = 0; i < 64; ++i)
             value[static_cast<unsigned char>(kAlphabet[i])] = static_cast<unsigned char>(i);
-        value['\r'] = kSkip;
-        value['\n'] = kSkip;
+        value[static_cast<unsigned char>('\r')] = kSkip;
+        value[static_cast<unsigned char>('\n')] = kSkip;
     }
 };
 
