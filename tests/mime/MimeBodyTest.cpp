@@ -1,0 +1,264 @@
+// Headers and bodies: loading rules (incomplete headers, headerless multipart,
+// preamble and epilogue, unclosed parts), media types, names, boundaries, the
+// Date field and files.
+#include "MimeTestSupport.hpp"
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <ctime>
+#include <regex>
+
+using mimetest::LoadExact;
+using mimetest::Stored;
+using mimetest::Text;
+
+namespace {
+
+// Sets TZ for one test and restores it afterwards.
+class TimeZoneScope {
+public:
+    explicit TimeZoneScope(const char* tz) {
+        const char* old = std::getenv("TZ");
+        m_hadOld = old != nullptr;
+        if (old)
+            m_old = old;
+        setenv("TZ", tz, 1);
+        tzset();
+    }
+    ~TimeZoneScope() {
+        if (m_hadOld)
+            setenv("TZ", m_old.c_str(), 1);
+        else
+            unsetenv("TZ");
+        tzset();
+    }
+
+private:
+    bool m_hadOld = false;
+    std::string m_old;
+};
+
+std::string TempPath(const char* name) {
+    return std::string(::testing::TempDir()) + "/" + name + std::to_string(::getpid());
+}
+
+}  // namespace
+
+TEST(MimeHeader, IncompleteLastFieldIsNotLoaded) {
+    CMimeHeader header;
+    EXPECT_EQ(LoadExact(header, "Subject: a\r\nTo: b"), 0);
+    CMimeBody body;
+    EXPECT_EQ(LoadExact(body, "Subject: a\r\nTo: b"), 0);
+    EXPECT_EQ(LoadExact(body, ""), 0);
+}
+
+TEST(MimeHeader, HeaderReachingTheEndLeavesAnEmptyBody) {
+    CMimeBody body;
+    const std::string data = "Subject: a\r\nTo: b\r\n";
+    EXPECT_EQ(LoadExact(body, data), static_cast<int>(data.size()));
+    EXPECT_EQ(body.GetFieldList().size(), 2u);
+    EXPECT_EQ(body.GetTextLen(), 0);
+}
+
+TEST(MimeHeader, StoresFieldsThenTheEmptyLine) {
+    CMimeHeader header;
+    header.SetFieldValue("MIME-Version", "1.0");
+    header.SetFieldValue("Content-Type", "text/plain");
+    header.SetFieldValue("content-type", "text/html", "utf-8");
+    EXPECT_EQ(Stored(header), "MIME-Version: 1.0\r\ncontent-type: text/html\r\n\r\n");
+    header.SetLineBreakMode(2);
+    EXPECT_EQ(Stored(header), "MIME-Version: 1.0\ncontent-type: text/html\n\n");
+    EXPECT_STREQ(header.GetFieldCharset("Content-Type"), "utf-8");
+    EXPECT_EQ(header.GetFieldValue("Content-ID"), nullptr);
+}
+
+TEST(MimeHeader, MediaTypesAndTheirParts) {
+    CMimeHeader header;
+    EXPECT_EQ(header.GetMediaType(), CMimeHeader::MEDIA_TEXT);
+    EXPECT_EQ(header.GetMainType(), "text");
+    EXPECT_EQ(header.GetSubType(), "plain");
+    header.SetContentType("Multipart/Related; boundary=\"x\"");
+    EXPECT_EQ(header.GetMediaType(), CMimeHeader::MEDIA_MULTIPART);
+    EXPECT_EQ(header.GetMainType(), "Multipart");
+    EXPECT_EQ(header.GetSubType(), "Related");
+    header.SetContentType("model/x");
+    EXPECT_EQ(header.GetMediaType(), CMimeHeader::MEDIA_UNKNOWN);
+    header.SetContentType("video/mpeg");
+    EXPECT_EQ(header.GetMediaType(), CMimeHeader::MEDIA_UNKNOWN) << "the table spells it vedio";
+}
+
+TEST(MimeHeader, NamesGiveTheTypeOfTheirExtension) {
+    CMimeHeader pdf;
+    pdf.SetName("report.PDF");
+    EXPECT_STREQ(pdf.GetContentType(), "application/pdf; name=\"report.PDF\"");
+    CMimeHeader unknown;
+    unknown.SetName("data.xyz");
+    EXPECT_STREQ(unknown.GetContentType(), "application/octet-stream; name=\"data.xyz\"");
+    CMimeHeader none;
+    none.SetName("README");
+    EXPECT_STREQ(none.GetContentType(), "application/octet-stream; name=\"README\"");
+    CMimeHeader typed;
+    typed.SetContentType("text/xml");
+    typed.SetName("a.jpg");
+    EXPECT_STREQ(typed.GetContentType(), "text/xml; name=\"a.jpg\"");
+    EXPECT_EQ(typed.GetName(), "a.jpg");
+}
+
+TEST(MimeHeader, CharsetAddsTextPlainWhenNeeded) {
+    CMimeHeader header;
+    header.SetCharset("euc-kr");
+    EXPECT_STREQ(header.GetContentType(), "text/plain; charset=\"euc-kr\"");
+    EXPECT_EQ(header.GetCharset(), "euc-kr");
+}
+
+TEST(MimeHeader, GeneratedBoundariesCountOneToNine) {
+    std::regex pattern("__=_Part_Boundary_00([1-9])_[0-9]{6,}\\.[0-9]{6,}");
+    CMimeHeader header;
+    header.SetContentType("text/plain");
+    int previous = 0;
+    for (int i = 0; i < 12; ++i) {
+        header.SetBoundary();
+        std::string boundary = header.GetBoundary();
+        std::smatch m;
+        ASSERT_TRUE(std::regex_match(boundary, m, pattern)) << boundary;
+        int counter = std::stoi(m[1]);
+        if (i > 0) {
+            EXPECT_EQ(counter, previous % 9 + 1);
+        }
+        previous = counter;
+    }
+    EXPECT_EQ(std::string(header.GetContentType()).compare(0, 27, "multipart/mixed; boundary=\""), 0);
+    header.SetContentType("multipart/related; type=\"text/xml\"");
+    header.SetBoundary("fixed");
+    EXPECT_STREQ(header.GetContentType(), "multipart/related; type=\"text/xml\"; boundary=\"fixed\"");
+}
+
+TEST(MimeBody, HeaderlessPackageIsMultipartRelated) {
+    const std::string data = "--b1\r\nContent-ID: <a>\r\n\r\n<x/>\r\n--b1--\r\n";
+    CMimeBody body;
+    EXPECT_EQ(LoadExact(body, data), static_cast<int>(data.size()));
+    EXPECT_STREQ(body.GetContentType(), "multipart/related; type=\"text/xml\"; boundary=\"b1\"");
+    ASSERT_EQ(body.GetPartCount(), 1);
+    const CMimeBody* part = body.GetPartList().front();
+    EXPECT_STREQ(part->GetContentId(), "<a>");
+    EXPECT_EQ(Text(*part), "<x/>\r\n") << "without a header the delimiter has no leading line break";
+    EXPECT_EQ(LoadExact(body, "--no line break"), 0);
+}
+
+TEST(MimeBody, PreambleIsKeptAndEpilogueDropped) {
+    const std::string data =
+        "Content-Type: multipart/mixed; boundary=\"zz\"\r\n\r\n"
+        "This is the preamble.\r\n--zz\r\n\r\npart one\r\n--zz--\r\nepilogue\r\n";
+    CMimeBody body;
+    EXPECT_EQ(LoadExact(body, data), static_cast<int>(data.find("epilogue")));
+    EXPECT_EQ(Text(body), "This is the preamble.\r\n");
+    ASSERT_EQ(body.GetPartCount(), 1);
+    EXPECT_EQ(Text(*body.GetPartList().front()), "part one");
+}
+
+TEST(MimeBody, UnclosedPartRunsToTheEnd) {
+    const std::string data =
+        "Content-Type: multipart/mixed; boundary=zz\r\n\r\n--zz\r\n\r\none\r\n--zz\r\n\r\ntwo, never closed";
+    CMimeBody body;
+    EXPECT_EQ(LoadExact(body, data), static_cast<int>(data.size()));
+    ASSERT_EQ(body.GetPartCount(), 2);
+    EXPECT_EQ(Text(*body.GetPartList().back()), "two, never closed");
+}
+
+TEST(MimeBody, LineFeedOnlyDataIsDetected) {
+    const std::string data = "Content-Type: multipart/mixed; boundary=zz\n\n--zz\nX-A: 1\n\none\n--zz--\n";
+    CMimeBody body;
+    EXPECT_EQ(LoadExact(body, data), static_cast<int>(data.size()));
+    EXPECT_EQ(body.GetLineBreakMode(), 2);
+    ASSERT_EQ(body.GetPartCount(), 1);
+    EXPECT_EQ(Text(*body.GetPartList().front()), "one");
+    EXPECT_EQ(Stored(body), data);
+}
+
+TEST(MimeBody, MultipartWithoutBoundaryCannotBeStored) {
+    CMimeBody body;
+    body.SetContentType("multipart/mixed");
+    body.CreatePart()->SetText("x");
+    std::vector<char> out(body.GetLength());
+    EXPECT_EQ(body.Store(out.data(), static_cast<int>(out.size())), -1);
+}
+
+TEST(MimeBody, PartsAreInsertedErasedAndWalked) {
+    CMimeBody body;
+    CMimeBody* second = body.CreatePart();
+    CMimeBody* first = body.CreatePart("text", second);
+    CMimeBody* third = body.CreatePart(nullptr, nullptr);
+    EXPECT_EQ(body.FindFirstPart(), first);
+    EXPECT_EQ(body.FindNextPart(), second);
+    body.ErasePart(second);
+    EXPECT_EQ(body.FindNextPart(), third);
+    EXPECT_EQ(body.FindNextPart(), nullptr);
+    body.FindFirstPart();
+    body.ErasePart(third);
+    EXPECT_EQ(body.FindNextPart(), nullptr) << "the cursor moved past the erased part";
+    body.Clear();
+    EXPECT_EQ(body.GetPartCount(), 0);
+    EXPECT_EQ(body.FindFirstPart(), nullptr);
+}
+
+TEST(MimeBody, TextIsCopiedAndCut) {
+    CMimeBody body;
+    EXPECT_EQ(body.SetText("hello"), 5);
+    EXPECT_EQ(body.SetText("a\0b", 3), 3);
+    EXPECT_EQ(body.GetTextLen(), 3);
+    char out[2];
+    EXPECT_EQ(body.GetText(out, 2), 2);
+    EXPECT_EQ(body.SetText("x", -1), -1);
+    EXPECT_EQ(body.GetContent()[3], '\0');
+}
+
+TEST(MimeMessage, DateFollowsTheLocalZone) {
+    CMimeMessage msg;
+    {
+        TimeZoneScope tz("KST-9");
+        msg.SetDate(2009, 2, 29, 0, 0, 0);
+        EXPECT_STREQ(msg.GetDate(), "Sun, 1 Mar 2009 00:00:00 +0900");
+    }
+    {
+        TimeZoneScope tz("EST5");
+        msg.SetDate(2024, 12, 31, 23, 59, 7);
+        EXPECT_STREQ(msg.GetDate(), "Tue, 31 Dec 2024 23:59:07 -0500");
+    }
+    {
+        TimeZoneScope tz("UTC0");
+        msg.SetDate(1960, 1, 1, 0, 0, 0);
+        EXPECT_STREQ(msg.GetDate(), "Tue, 31 Dec 2024 23:59:07 -0500") << "before 1970: unchanged";
+        msg.SetDate();
+        EXPECT_TRUE(std::regex_match(std::string(msg.GetDate()),
+                                     std::regex("[A-Z][a-z]{2}, [0-9]{1,2} [A-Z][a-z]{2} [0-9]{4} "
+                                                "[0-9]{2}:[0-9]{2}:[0-9]{2} \\+0000")));
+    }
+}
+
+TEST(MimeBodyFile, ReadsWithNameAndWritesPrivately) {
+    const std::string path = TempPath("mime-report") + ".pdf";
+    CMimeBody source;
+    source.SetText("%PDF-1.4 binary\0data", 20);
+    ASSERT_EQ(source.WriteToFile(path.c_str()), 1);
+    struct stat st {};
+    ASSERT_EQ(::stat(path.c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 0777, 0600u);
+
+    CMimeBody read;
+    ASSERT_EQ(read.ReadFromFile(path.c_str()), 1);
+    EXPECT_EQ(Text(read), std::string("%PDF-1.4 binary\0data", 20));
+    std::string name = path.substr(path.rfind('/') + 1);
+    EXPECT_EQ(read.GetName(), name);
+    EXPECT_EQ(read.GetContentType(), "application/pdf; name=\"" + name + "\"");
+    ::unlink(path.c_str());
+
+    EXPECT_EQ(read.ReadFromFile((path + ".missing").c_str()), 0);
+    CMimeBody empty;
+    const std::string none = TempPath("mime-empty");
+    EXPECT_EQ(empty.WriteToFile(none.c_str()), 1);
+    EXPECT_NE(::access(none.c_str(), F_OK), 0) << "an empty body creates no file";
+}
