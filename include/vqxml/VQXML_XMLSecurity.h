@@ -155,6 +155,7 @@ protected:
                         const std::string& serial);
     template <class Key>
     void describeSigner(DSIGKeyInfoX509* x509, const Key& key, bool withCertificate);
+    void checkSignatureAndReferences();
     void storeVerifiedContent();
     void readX509Data(DSIGKeyInfoX509* x509, const char* subjectEncoding);
     void storeCertificate(const XSECCryptoX509* cert);
