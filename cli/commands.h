@@ -1,0 +1,14 @@
+/* The commands, one family per file; main.c lists them in its table. */
+#ifndef VQXML_CLI_COMMANDS_H
+#define VQXML_CLI_COMMANDS_H
+
+#include "cli/cli.h"
+
+extern const CliCommand cliSignCommand;
+extern const CliCommand cliVerifyCommand;
+extern const CliCommand cliCertVerifyCommand;
+extern const CliCommand cliKeyDecryptCommand;
+extern const CliCommand cliKeyRandomCommand;
+extern const CliCommand cliVersionCommand;
+
+#endif
