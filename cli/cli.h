@@ -9,6 +9,10 @@
 #include <stddef.h>
 #include <stdio.h>
 
+#ifdef __cplusplus
+extern "C" {
+#endif
+
 /* ---- Commands ---- */
 
 typedef struct CliCommand {
@@ -188,5 +192,9 @@ void cliPrintKeyInfo(FILE* out, const CliKeyInfo* info);
 int cliWriteCertificate(const char* path, const unsigned char* cert, int certLen);
 /* Writes the handle's result document (VQTK_XMLAPI_GetXMLDocument). */
 int cliWriteResult(void* handle, const char* path);
+
+#ifdef __cplusplus
+}
+#endif
 
 #endif
