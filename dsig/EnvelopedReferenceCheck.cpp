@@ -154,17 +154,17 @@ private:
 
 }  // namespace
 
-ReferenceCheck checkEnvelopedReference(const DSIGReference* reference, DOMDocument* doc) {
+std::optional<std::vector<unsigned char>> envelopedDigest(const DSIGReference* reference, DOMDocument* doc) {
     bool exclusive = false;
     const XMLCh* uri = reference->getURI();
     const EVP_MD* md = digestFor(reference->getAlgorithmURI());
     if (uri == nullptr || uri[0] != 0 || md == nullptr || reference->isManifest() || doc == nullptr ||
         doc->getDocumentElement() == nullptr || !isEnvelopedShape(reference->getTransforms(), exclusive))
-        return ReferenceCheck::NotThisShape;
+        return std::nullopt;
 
     std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> ctx(EVP_MD_CTX_new(), &EVP_MD_CTX_free);
     if (!ctx || EVP_DigestInit_ex(ctx.get(), md, nullptr) != 1)
-        return ReferenceCheck::NotThisShape;
+        return std::nullopt;
     {
         SignaturesSetAside setAside(doc);
         XSECC14n20010315 canon(doc);
@@ -175,13 +175,22 @@ ReferenceCheck checkEnvelopedReference(const DSIGReference* reference, DOMDocume
         for (XMLSize_t n; (n = canon.outputBuffer(chunk, sizeof chunk)) > 0;)
             EVP_DigestUpdate(ctx.get(), chunk, n);
     }
-    unsigned char computed[EVP_MAX_MD_SIZE];
-    unsigned int computedLen = 0;
-    EVP_DigestFinal_ex(ctx.get(), computed, &computedLen);
+    std::vector<unsigned char> digest(EVP_MAX_MD_SIZE);
+    unsigned int len = 0;
+    EVP_DigestFinal_ex(ctx.get(), digest.data(), &len);
+    digest.resize(len);
+    return digest;
+}
+
+ReferenceCheck checkEnvelopedReference(const DSIGReference* reference, DOMDocument* doc) {
+    const std::optional<std::vector<unsigned char>> computed = envelopedDigest(reference, doc);
+    if (!computed)
+        return ReferenceCheck::NotThisShape;
     unsigned char stated[EVP_MAX_MD_SIZE];
     const unsigned int statedLen = reference->readHash(stated, sizeof stated);
-    return statedLen == computedLen && CRYPTO_memcmp(stated, computed, computedLen) == 0 ? ReferenceCheck::Valid
-                                                                                          : ReferenceCheck::Invalid;
+    return statedLen == computed->size() && CRYPTO_memcmp(stated, computed->data(), statedLen) == 0
+               ? ReferenceCheck::Valid
+               : ReferenceCheck::Invalid;
 }
 
 }  // namespace vqxml

@@ -1,4 +1,4 @@
-// Checks the tax-invoice reference shape without the XPath engine.
+// Digests the tax-invoice reference shape without the XPath engine.
 //
 // A Reference with URI="" whose only transforms are the XPath filter
 // "not(ancestor-or-self::P:Signature)" (P bound to the XML Signature namespace on
@@ -9,6 +9,9 @@
 // the rest of a verification of a small invoice.
 #ifndef VQXML_DSIG_ENVELOPEDREFERENCECHECK_HPP
 #define VQXML_DSIG_ENVELOPEDREFERENCECHECK_HPP
+
+#include <optional>
+#include <vector>
 
 #include <xercesc/util/XercesDefs.hpp>
 
@@ -22,6 +25,11 @@ namespace vqxml {
 
 enum class ReferenceCheck { Valid, Invalid, NotThisShape };
 
+// The digest of a reference of that shape; nothing for any other reference.
+std::optional<std::vector<unsigned char>> envelopedDigest(const DSIGReference* reference,
+                                                          XERCES_CPP_NAMESPACE::DOMDocument* doc);
+
+// Compares that digest with the reference's DigestValue.
 ReferenceCheck checkEnvelopedReference(const DSIGReference* reference, XERCES_CPP_NAMESPACE::DOMDocument* doc);
 
 }  // namespace vqxml
