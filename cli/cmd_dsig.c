@@ -118,9 +118,10 @@ static int runSign(const CliCommand* cmd, int argc, char** argv) {
     };
     const CliSyntax syntax = {
         "[options] (--cert FILE --key FILE | --hmac-key FILE) [IN]",
-        "Signs an XML document (IN, or stdin) with an enveloped XML Signature. The\n"
-        "Signature goes into the SOAP Header, before an existing Signature, before\n"
-        "TaxInvoiceDocument, or at the end of the root element.",
+        "Signs an XML document (IN, or stdin) with an XML Signature: enveloped over the\n"
+        "whole document unless --ref names what to sign, or enveloping IN with\n"
+        "--enveloping. The Signature goes into the SOAP Header, before an existing\n"
+        "Signature, before TaxInvoiceDocument, or at the end of the root element.",
         kSignTables, CLI_OPTIONS(options), 0, 1};
     CliParsed args;
     if (!cliParse(cmd, &syntax, argc, argv, &args))

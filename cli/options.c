@@ -6,7 +6,8 @@
 #include "cli/cli.h"
 
 void cliPrintHelp(const CliCommand* cmd, const CliSyntax* syntax, FILE* out) {
-    fprintf(out, "Usage: vqxml %s %s\n\n%s\n", cmd->name, syntax->usage, syntax->description);
+    fprintf(out, "Usage: vqxml %s%s%s\n\n%s\n", cmd->name, *syntax->usage ? " " : "", syntax->usage,
+            syntax->description);
     fprintf(out, "\nOptions:\n");
     for (int i = 0; i < syntax->optionCount; ++i) {
         const CliOption* o = &syntax->options[i];
