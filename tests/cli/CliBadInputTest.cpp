@@ -62,7 +62,8 @@ TEST(CliBadInput, BadArgumentsAreUsageErrors) {
     EXPECT_TRUE(contains(alg.err, "known: hmac-sha1, rsa-sha1, kcdsa-sha1, kcdsa-has160, rsa-sha256")) << alg.err;
 }
 
-TEST(CliBadInput, EveryCommandHasHelp) {
+TEST(CliBadInput, EveryCommandHasHelpAndItIsDocumented) {
+    const std::string documented = testfiles::read(std::string(VQXML_SOURCE_DIR) + "/docs/cli.md");
     auto overview = vqxml({"--help"});
     EXPECT_EQ(overview.exitCode, 0);
     for (const std::string& command : kCommands) {
@@ -71,6 +72,7 @@ TEST(CliBadInput, EveryCommandHasHelp) {
         EXPECT_EQ(help.exitCode, 0) << command;
         EXPECT_EQ(help.out.rfind("Usage: vqxml " + command, 0), 0u) << help.out;
         EXPECT_EQ(vqxml({"help", command}).out, help.out);
+        EXPECT_TRUE(contains(documented, help.out)) << command << ": run cli/write-docs.sh";
     }
 }
 
