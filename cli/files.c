@@ -1,6 +1,7 @@
 /* Reading inputs and writing outputs: whole files or the standard streams. */
 #include <errno.h>
 #include <fcntl.h>
+#include <limits.h>
 #include <stdlib.h>
 #include <string.h>
 #include <unistd.h>
@@ -14,6 +15,13 @@ static int readStream(FILE* in, CliBuffer* out) {
         len += fread(data + len, 1, cap - len - 1, in);
         if (ferror(in) || feof(in))
             break;
+        /* The library takes lengths as int. */
+        if (cap > INT_MAX) {
+            errno = EFBIG;
+            explicit_bzero(data, len);
+            free(data);
+            return -1;
+        }
         unsigned char* grown = realloc(data, cap * 2);
         if (grown == NULL) {
             explicit_bzero(data, len);
