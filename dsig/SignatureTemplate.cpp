@@ -210,6 +210,7 @@ int VQXML_XMLSecurity::XMLDSIG_setKeyName(char* name) {
 int VQXML_XMLSecurity::XMLDSIG_sign() {
     return vqxml::guarded(*this, "XMLDSIG_sign > ", [&] {
         requireTemplate(10200);
+        processAttachment(true);
         m_signature->sign();
         storeResultDocument();
     });

@@ -39,6 +39,7 @@ int VQXML_XMLSecurity::XMLDSIG_setSignXMLDocument(char* xml, int len) {
 int VQXML_XMLSecurity::XMLDSIG_verify() {
     return vqxml::guarded(*this, "XMLDSIG_verify > ", [&] {
         requireSignature();
+        processAttachment(false);
         vqxml::checkReferencedIds(m_signature);
         if (!m_signature->verify())
             throw VQXML_XSECException(11213, m_signature->getErrMsgs());
