@@ -20,6 +20,8 @@
 #include <xsec/dsig/DSIGReference.hpp>
 #include <xsec/dsig/DSIGReferenceList.hpp>
 #include <xsec/dsig/DSIGSignature.hpp>
+#include <xsec/dsig/DSIGTransformList.hpp>
+#include <xercesc/dom/DOMDocument.hpp>
 
 #include "core/Transcode.hpp"
 #include "core/VQXMLException.hpp"
@@ -33,12 +35,34 @@ namespace {
 
 using vqxml::ebxml::Attachment;
 
-bool hasReference(const DSIGSignature& signature, const XMLCh* uri) {
+// Whether a reference of the signature has that URI (and, with parsed, transforms:
+// the engine then parses the bytes it gets).
+bool referenced(const DSIGSignature& signature, const XMLCh* uri, bool parsed) {
     const DSIGReferenceList* references = signature.getReferenceList();
-    for (DSIGReferenceList::size_type i = 0; references != nullptr && i < references->getSize(); ++i)
-        if (XMLString::equals(references->item(i)->getURI(), uri))
+    for (DSIGReferenceList::size_type i = 0; references != nullptr && i < references->getSize(); ++i) {
+        const DSIGReference* reference = references->item(i);
+        const DSIGTransformList* transforms = reference->getTransforms();
+        if (XMLString::equals(reference->getURI(), uri) &&
+            (!parsed || (transforms != nullptr && transforms->getSize() > 0)))
             return true;
+    }
     return false;
+}
+
+// The engine's parser follows external entities, so an attachment it would parse
+// could make a verifier read files or fetch addresses. Such an attachment must
+// first pass our own parser, which refuses them.
+void requireSafeXml(VQXML_XMLSecurity& context, const Attachment& attachment) {
+    XERCES_CPP_NAMESPACE::DOMDocument* parsed = nullptr;
+    auto* content = reinterpret_cast<char*>(const_cast<unsigned char*>(attachment.part->GetContent()));
+    const int errors = context.setXMLDocument(content, attachment.part->GetTextLen(), &parsed);
+    if (parsed != nullptr)
+        parsed->release();
+    if (errors != 0) {
+        const std::string text = "The attachment <" + attachment.identifier +
+                                 "> is not well-formed XML, or it refers to external entities";
+        throw VQXML_XSECException(VQXML_ERR_PARSE, text.c_str());
+    }
 }
 
 }  // namespace
@@ -82,8 +106,11 @@ int VQXML_XMLSecurity::processAttachment(bool sign) {
     }
     for (const Attachment& attachment : attachments) {
         const vqxml::XString id = vqxml::XMLT("UTF-8", attachment.identifier.c_str());
+        const vqxml::XString uri = u"cid:" + id;
         if (sign)
-            referenceAttachment((u"cid:" + id).c_str(), attachment.xml);
+            referenceAttachment(uri.c_str(), attachment.xml);
+        if (referenced(*m_signature, uri.c_str(), true))
+            requireSafeXml(*this, attachment);
         vqxml::addAttachment(*m_signature, id.c_str(), attachment.part->GetContent(),
                              attachment.part->GetTextLen());
     }
@@ -91,7 +118,7 @@ int VQXML_XMLSecurity::processAttachment(bool sign) {
 }
 
 void VQXML_XMLSecurity::referenceAttachment(const XMLCh* uri, bool xml) {
-    if (hasReference(*m_signature, uri))
+    if (referenced(*m_signature, uri, false))
         return;
     const XMLCh* digestURI = vqxml::digestMethodURI(m_refHashMethod);
     if (digestURI == nullptr)
