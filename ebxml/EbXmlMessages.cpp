@@ -28,6 +28,7 @@
 #include "dsig/AlgorithmCodes.hpp"
 #include "ebxml/Package.hpp"
 #include "ebxml/XPathPrefixes.hpp"
+#include "ebxml/XmlProlog.hpp"
 #include "engine/VQXMLURIResolver.hpp"
 #include "vqxml/VQXML_XMLSecurity.h"
 
@@ -50,9 +51,12 @@ bool referenced(const DSIGSignature& signature, const XMLCh* uri, bool parsed) {
 }
 
 // The engine's parser follows external entities, so an attachment it would parse
-// could make a verifier read files or fetch addresses. Such an attachment must
-// first pass our own parser, which refuses them.
+// could make a verifier read files or fetch addresses. Unless its prolog shows
+// that it declares no document type, such an attachment must first pass our own
+// parser, which refuses external entities.
 void requireSafeXml(VQXML_XMLSecurity& context, const Attachment& attachment) {
+    if (vqxml::ebxml::hasPlainProlog(attachment.part->GetContent(), attachment.part->GetTextLen()))
+        return;
     XERCES_CPP_NAMESPACE::DOMDocument* parsed = nullptr;
     auto* content = reinterpret_cast<char*>(const_cast<unsigned char*>(attachment.part->GetContent()));
     const int errors = context.setXMLDocument(content, attachment.part->GetTextLen(), &parsed);
