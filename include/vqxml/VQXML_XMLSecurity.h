@@ -173,6 +173,9 @@ protected:
                         const std::string& serial);
     template <class Key>
     void describeSigner(DSIGKeyInfoX509* x509, const Key& key, bool withCertificate);
+    void checkSignatureAndReferences();
+    bool signEnveloped();
+    void setSigningKey(XSECCryptoKey* key);
     void storeVerifiedContent();
     void readX509Data(DSIGKeyInfoX509* x509, const char* subjectEncoding);
     void storeCertificate(const XSECCryptoX509* cert);
@@ -222,6 +225,10 @@ protected:
     int m_refCanonMethod;
     CMimeMessage* m_mimeMessage;
     bool m_allowExternalReferences;
+    /* The Signature element being built, and its signing key (both the signature
+     * object's; views for the enveloped signing path). */
+    XERCES_CPP_NAMESPACE::DOMElement* m_signatureElement = nullptr;
+    XSECCryptoKey* m_signingKey = nullptr;
     int m_priKeyInfoLength = 0; /* bytes of key in m_priKeyInfo, to wipe them */
 };
 
