@@ -13,6 +13,7 @@
 #include "dsig/AlgorithmCodes.hpp"
 #include "dsig/EnvelopedReferenceCheck.hpp"
 #include "dsig/IdResolution.hpp"
+#include "dsig/VerificationLimits.hpp"
 #include "engine/VQXMLURIResolver.hpp"
 
 XERCES_CPP_NAMESPACE_USE
@@ -43,6 +44,8 @@ int VQXML_XMLSecurity::XMLDSIG_setSignXMLDocument(char* xml, int len) {
 int VQXML_XMLSecurity::XMLDSIG_verify() {
     return vqxml::guarded(*this, "XMLDSIG_verify > ", [&] {
         requireSignature();
+        processAttachment(false);
+        vqxml::checkVerificationLimits(m_signature);
         vqxml::checkReferencedIds(m_signature);
         checkSignatureAndReferences();
         storeVerifiedContent();
