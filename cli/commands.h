@@ -6,6 +6,8 @@
 
 extern const CliCommand cliSignCommand;
 extern const CliCommand cliVerifyCommand;
+extern const CliCommand cliEbXmlSignCommand;
+extern const CliCommand cliEbXmlVerifyCommand;
 extern const CliCommand cliCertVerifyCommand;
 extern const CliCommand cliKeyDecryptCommand;
 extern const CliCommand cliKeyRandomCommand;

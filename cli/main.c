@@ -8,8 +8,10 @@
 
 /* A family's commands join this table when the family is part of the library. */
 static const CliCommand* const kCommands[] = {
-    &cliSignCommand,       &cliVerifyCommand,     &cliCertVerifyCommand,
-    &cliKeyDecryptCommand, &cliKeyRandomCommand,  &cliVersionCommand,
+    &cliSignCommand,       &cliVerifyCommand,                                /* XML Signature */
+    &cliEbXmlSignCommand,  &cliEbXmlVerifyCommand,                           /* ebXML */
+    &cliCertVerifyCommand, &cliKeyDecryptCommand,  &cliKeyRandomCommand,     /* PKI */
+    &cliVersionCommand,
 };
 static const int kCommandCount = (int)(sizeof kCommands / sizeof kCommands[0]);
 

@@ -36,6 +36,18 @@ step() {
 
 size() { printf '%s bytes' "$(wc -c <"$1" 2>/dev/null)"; }
 
+# package ENVELOPE ATTACHMENT: an ebXML message, MIME multipart/related, on stdout.
+package() {
+    local b='----=_vqxml_demo'
+    printf 'Content-Type: multipart/related; type="text/xml"; boundary="%s"; start="<envelope@vqxml.example>"\r\n' "$b"
+    printf 'MIME-Version: 1.0\r\nSOAPAction: "ebXML"\r\n\r\n--%s\r\n' "$b"
+    printf 'Content-Type: text/xml; charset=UTF-8\r\nContent-ID: <envelope@vqxml.example>\r\n\r\n'
+    cat "$1"
+    printf '\r\n--%s\r\nContent-Type: text/xml; charset=UTF-8\r\nContent-ID: <taxinvoice@vqxml.example>\r\n\r\n' "$b"
+    cat "$2"
+    printf '\r\n--%s--\r\n' "$b"
+}
+
 # same_xml A B: true if both files have the same canonical form.
 same_xml() {
     /usr/bin/python3 -c 'import sys, xml.etree.ElementTree as E
@@ -60,6 +72,16 @@ step 0 "verify the KCDSA signature and take the invoice back without it" \
     "$vqxml" verify -o invoice-again.xml invoice-kcdsa.xml
 step 0 "the invoice taken back is the original one, canonically" \
     same_xml "$invoice" invoice-again.xml
+
+echo "The invoice sent as an ebXML message"
+package "$here/ebxml-envelope.xml" "$invoice" >message.mime
+step 0 "sign the message: the SOAP envelope and the invoice attached as cid:taxinvoice" \
+    "$vqxml" ebxml-sign --cert "$pki/ee-rsa.crt.der" --key "$pki/ee-rsa.key.der" -o signed.mime message.mime
+step 0 "verify the signed package ($(size signed.mime)), attachment included" \
+    "$vqxml" ebxml-verify signed.mime
+sed 's/<GrandTotalAmount>1100000/<GrandTotalAmount>1900000/' signed.mime >forged.mime
+step 213 "a package whose attached invoice was changed is refused" \
+    "$vqxml" ebxml-verify forged.mime
 
 echo "Private keys and certificates"
 "$vqxml" key-random --password vqxml-test "$pki/ee-kcdsa1024.signPri.key" >random.b64 2>/dev/null
