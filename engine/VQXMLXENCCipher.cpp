@@ -70,9 +70,11 @@ VQXML_XENCCipher::~VQXML_XENCCipher() {
 // ---- the engine's operations, passed on ----
 
 DOMDocument* VQXML_XENCCipher::decryptElement(DOMElement* element) {
+    vqxml::xenc::checkRetrievalChains(element);
     return m_engine->decryptElement(element);
 }
 DOMNode* VQXML_XENCCipher::decryptElementDetached(DOMElement* element) {
+    vqxml::xenc::checkRetrievalChains(element);
     return m_engine->decryptElementDetached(element);
 }
 DOMDocument* VQXML_XENCCipher::decryptElement() {
@@ -82,6 +84,7 @@ DOMNode* VQXML_XENCCipher::decryptElementDetached() {
     return m_engine->decryptElementDetached();
 }
 XSECBinTXFMInputStream* VQXML_XENCCipher::decryptToBinInputStream(DOMElement* element) {
+    vqxml::xenc::checkRetrievalChains(element);
     return m_engine->decryptToBinInputStream(element);
 }
 int VQXML_XENCCipher::decryptKey(DOMElement* keyNode, XMLByte* rawKey, int maxKeySize) {
@@ -138,9 +141,11 @@ XENCEncryptedData* VQXML_XENCCipher::createEncryptedData(XENCCipherData::XENCCip
     return m_engine->createEncryptedData(type, algorithm, value);
 }
 XENCEncryptedKey* VQXML_XENCCipher::loadEncryptedKey(DOMElement* keyNode) {
+    vqxml::xenc::checkRetrievalChains(keyNode);
     return m_engine->loadEncryptedKey(keyNode);
 }
 XENCEncryptedData* VQXML_XENCCipher::loadEncryptedData(DOMElement* dataNode) {
+    vqxml::xenc::checkRetrievalChains(dataNode);
     return m_engine->loadEncryptedData(dataNode);
 }
 

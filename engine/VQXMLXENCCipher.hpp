@@ -10,6 +10,8 @@
 //    making them. The cipher owns them.
 //  - Elements and content are encrypted as they read in their place
 //    (XencPlaintext.hpp), rather than in the engine's exclusive canonical form.
+//  - Elements whose ds:RetrievalMethods loop or lead too far are refused before
+//    the engine loads them (it would follow them without end).
 //  - decryptKey keeps the unwrapped key only in memory that is wiped when freed.
 //
 // Everything else is the engine's cipher, which this one makes from the provider

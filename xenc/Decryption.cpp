@@ -59,7 +59,6 @@ int VQXML_XMLSecurity::XMLENC_setEncXMLDocument(char* xml, int len) {
 int VQXML_XMLSecurity::XMLENC_decrypt() {
     return vqxml::guarded(*this, "XMLENC_decrypt > ", [&] {
         XENCCipher& cipher = requireCipher(kNoDocument);
-        forgetNestedEncryptedKey();
         XENCEncryptedData* data = cipher.getEncryptedData();
         while (data != nullptr) {
             const vqxml::SymmetricAlgorithm* algorithm = vqxml::symmetricByURI(algorithmOf(data));
@@ -72,6 +71,7 @@ int VQXML_XMLSecurity::XMLENC_decrypt() {
                 throw VQXML_XSECException(11102);
             key->setKey(m_symmKey, unsigned(m_symmKeyLen));
             cipher.setKey(key.release());
+            forgetNestedEncryptedKey();
             if (holdsOctets(data)) {
                 storeDecryptedOctets(data->getElement());
                 return;
