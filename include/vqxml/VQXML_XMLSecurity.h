@@ -98,6 +98,29 @@ public:
      * addresses); off by default. */
     void XMLDSIG_allowExternalReferences(bool allow);
 
+    /* ---- XML Encryption: encrypting ----
+     * Symmetric selectors: 1 Triple DES (24 key bytes), 2 SEED, 3 NEAT, 4 ARIA-128
+     * (16 key bytes), all CBC. Transport selectors: 1 Triple DES key wrap (key:
+     * the key-encryption key), 2 RSA PKCS #1 v1.5, 3 RSA-OAEP (key: the
+     * recipient's certificate, DER or PEM). */
+    int XMLENC_setXMLDocument(char* xml, int len);
+    /* A null key makes a random one; otherwise key must hold the algorithm's key
+     * bytes, whatever keyLen says. */
+    int XMLENC_setSymmKey(unsigned char* key, int keyLen, int alg);
+    int XMLENC_setPrefix(char* prefix);
+    int XMLENC_setKeyName(char* keyName);
+    /* mode 1 the element's content, 2 the element; a null, empty or " " target is
+     * the document element, any other the first element of that qualified name. */
+    int XMLENC_encryptElement(char* target, int mode, bool withKeyName);
+    int XMLENC_encryptKeyWrapKey(unsigned char* key, int keyLen, int alg);
+    int XMLENC_encrypt();
+
+    /* ---- XML Encryption: decrypting ---- */
+    int XMLENC_setEncXMLDocument(char* xml, int len);
+    int XMLENC_getEncKeyInfo();
+    int XMLENC_decryptKeyWrapKey(unsigned char* cert, int certLen, unsigned char* priKey, int priKeyLen);
+    int XMLENC_decrypt();
+
     /* ---- key information reading ---- */
     int getKeyInfoListData(DSIGKeyInfoList* list);
     int getEncryptedKeyInfo(XENCEncryptedKey* key);
@@ -183,6 +206,20 @@ protected:
     void referenceAttachment(const XMLCh* uri, bool xml);
     /* The held package with envelope as its first part, stored into a new buffer. */
     int storePackage(const unsigned char* envelope, int len, char** out);
+
+    /* XML Encryption */
+    XENCCipher& requireCipher(int code) const;
+    void releaseCipherAndDocument();
+    void loadCipherDocument(char* xml, int len, int noDocumentCode);
+    void replaceSessionKey(unsigned char* key, int len);
+    void resizeSessionKey(int len);
+    XENCEncryptedKey* wrapSessionKey(XENCCipher& cipher, const XMLCh* transportURI, int transportCode,
+                                     unsigned char* key, int keyLen);
+    XERCES_CPP_NAMESPACE::DOMElement* findXENCElement(const XMLCh* localName) const;
+    void forgetNestedEncryptedKey();
+    void readDocumentLevelKey(XENCCipher& cipher, const XMLCh* dataId);
+    std::string subjectEncoding() const;
+    void storeDecryptedOctets(XERCES_CPP_NAMESPACE::DOMElement* encryptedData);
 
     bool m_ebXml;
     DSIGSignature* m_signature;

@@ -118,6 +118,63 @@ VQXML_EXPORT int VQTK_XMLDSIG_GetIssuerSerialNum(void* handle, char** issuer, ch
 VQXML_EXPORT int VQTK_XMLDSIG_GetSignCert(void* handle, unsigned char** cert, int* certLen);
 VQXML_EXPORT int VQTK_XMLDSIG_GetKeyName(void* handle, char** keyName);
 
+/* ---- XML Encryption ----
+ *
+ * Encrypting: SetXMLDocument -> optionally SetPrefix -> SetSymmAlg (a random
+ * session key) or SetSymmKey -> optionally SetKeyName -> EncryptElement once per
+ * target -> optionally SetSubjectName / SetIssuerSerial -> EncryptKeyWrapKey once
+ * per recipient -> Encrypt -> VQTK_XMLAPI_GetXMLDocument.
+ *
+ * Symmetric selectors (alg): 1 Triple DES (24 key bytes), 2 SEED, 3 NEAT, 4 ARIA-128
+ * (16 key bytes), all in CBC mode; 10301 for any other. SetSymmKey takes that many
+ * bytes from key whatever keyLen says. Targets: NULL, "" or " " is the document
+ * element; any other text names the first element with that qualified name
+ * (prefix included), 10302 if none. Modes: 1 encrypts the element's content,
+ * 2 the element itself (10303 for any other).
+ *
+ * Transport selectors: 1 Triple DES key wrap, key = the 24-byte key-encryption key;
+ * 2 RSA PKCS #1 v1.5 and 3 RSA-OAEP (MGF1, SHA-1), key = the recipient's DER (or
+ * PEM) certificate, which goes into the EncryptedKey's X509Data after the
+ * subject name and issuer-serial asked for. With one encrypted element the
+ * EncryptedKey goes into its EncryptedData's KeyInfo; with several it becomes the
+ * first child of the document element and refers to each EncryptedData by Id
+ * (generated "EncDataId-1", "EncDataId-2"... where the element has none). A key
+ * name set before the elements goes into every EncryptedData, otherwise into the
+ * next EncryptedKey only. 10306: empty key; 10307: no session key.
+ *
+ * Decrypting: SetEncXMLDocument -> GetEncKeyInfo -> the getters, to see whether
+ * the key was wrapped for you (if not, GetEncKeyInfo again moves on to the next
+ * document-level EncryptedKey; 10313 when none is left) -> DecryptKeyWrapKey ->
+ * Decrypt -> VQTK_XMLAPI_GetXMLDocument. DecryptKeyWrapKey takes your certificate
+ * and unencrypted private key (as VQTK_XMLDSIG_SetSigner does) for RSA, or NULL/0
+ * and the 24-byte key-encryption key for Triple DES key wrap; the certificate's
+ * issuer, subject and serial number must match those the document names (10308,
+ * 10309, 10310). Holding the session key already, call SetSymmKey instead of
+ * DecryptKeyWrapKey. Decrypt opens every EncryptedData of the document and drops
+ * its EncryptedKeys; when the whole document is one EncryptedData of non-XML data,
+ * the result is that data's octets. The getters are those of the signature
+ * family: subject UTF-8, issuer, serial and key name in the local code page,
+ * certificate DER. */
+VQXML_EXPORT int VQTK_XMLENC_SetXMLDocument(void* handle, char* xml, int len);
+VQXML_EXPORT int VQTK_XMLENC_SetSymmAlg(void* handle, int alg);
+VQXML_EXPORT int VQTK_XMLENC_SetSymmKey(void* handle, unsigned char* key, int keyLen, int alg);
+VQXML_EXPORT int VQTK_XMLENC_SetPrefix(void* handle, char* prefix);
+VQXML_EXPORT int VQTK_XMLENC_SetKeyName(void* handle, char* keyName);
+VQXML_EXPORT int VQTK_XMLENC_EncryptElement(void* handle, char* target, int mode);
+VQXML_EXPORT int VQTK_XMLENC_SetSubjectName(void* handle);
+VQXML_EXPORT int VQTK_XMLENC_SetIssuerSerial(void* handle);
+VQXML_EXPORT int VQTK_XMLENC_EncryptKeyWrapKey(void* handle, unsigned char* key, int keyLen, int alg);
+VQXML_EXPORT int VQTK_XMLENC_Encrypt(void* handle);
+VQXML_EXPORT int VQTK_XMLENC_SetEncXMLDocument(void* handle, char* xml, int len);
+VQXML_EXPORT int VQTK_XMLENC_GetEncKeyInfo(void* handle);
+VQXML_EXPORT int VQTK_XMLENC_GetSubjectName(void* handle, char** subject);
+VQXML_EXPORT int VQTK_XMLENC_GetIssuerSerialNum(void* handle, char** issuer, char** serial);
+VQXML_EXPORT int VQTK_XMLENC_GetEncCert(void* handle, unsigned char** cert, int* certLen);
+VQXML_EXPORT int VQTK_XMLENC_GetKeyName(void* handle, char** keyName);
+VQXML_EXPORT int VQTK_XMLENC_DecryptKeyWrapKey(void* handle, unsigned char* cert, int certLen,
+                                               unsigned char* priKey, int priKeyLen);
+VQXML_EXPORT int VQTK_XMLENC_Decrypt(void* handle);
+
 /* ---- Certificates and private keys ---- */
 
 /* Verifies a DER X.509 certificate against the built-in roots (KISA RootCA 4,
