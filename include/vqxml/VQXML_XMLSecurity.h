@@ -148,6 +148,32 @@ public:
     int getKeyWrapAlg();
     int getSignatureAlg();
 
+    /* ---- SOAP message security: securing an envelope with a WS-Security header ----
+     * Signature selectors 1 HMAC-SHA1, 2 RSA-SHA1, 3 KCDSA-SHA1, 4 KCDSA-HAS160,
+     * 5 RSA-SHA256; canonicalization 0 (exclusive C14N), 1, 2. A null reference URI
+     * signs the SOAP Body (given a wsu:Id); a null encryption target is the Body's
+     * content; other targets are "#" plus an Id or an element's qualified name. */
+    int SOAPSEC_setSOAPDocument(char* xml, int len);
+    int SOAPSEC_setSignatureAlg(int signatureAlg, int canonAlg);
+    int SOAPSEC_createReference(char* uri, int digestAlg, int canonAlg, char* xpath);
+    int SOAPSEC_setSignCertAndKey(unsigned char* cert, int certLen, unsigned char* key, int keyLen);
+    int SOAPSEC_setHMACKey(unsigned char* key, unsigned int len);
+    int SOAPSEC_setSignKeyName(char* name);
+    int SOAPSEC_sign();
+    int SOAPSEC_setSymmKey(unsigned char* key, int len, int alg);
+    int SOAPSEC_encryptElement(char* target, int type, bool withKeyName);
+    int SOAPSEC_setEncKeyName(char* name);
+    int SOAPSEC_encryptKeyWrapKey(unsigned char* key, int len, int wrapAlg);
+    int SOAPSEC_encrypt();
+    /* ---- SOAP message security: processing a received envelope ---- */
+    int SOAPSEC_setSOAPSecDocument(char* xml, int len);
+    int SOAPSEC_getSOAPSignInfo(int* isSigned);
+    int SOAPSEC_getSOAPEncInfo(int* isEncrypted);
+    int SOAPSEC_decryptKeyWrapKey(unsigned char* cert, int certLen, unsigned char* key, int keyLen);
+    int SOAPSEC_processSOAP();
+    /* Reads one wsse:SecurityTokenReference (key information reading). */
+    int getSecTokenRefInfo(class VQXML_WSSecSecurityTokenReference* ref);
+
     /* ---- errors ---- */
     /* Records code and prefix + message (EUC-KR, at most 1023 bytes); returns code. */
     int ProcessExceptionMessage(int code, const char* prefix, const XMLCh* message);
@@ -220,6 +246,11 @@ protected:
     void readDocumentLevelKey(XENCCipher& cipher, const XMLCh* dataId);
     std::string subjectEncoding() const;
     void storeDecryptedOctets(XERCES_CPP_NAMESPACE::DOMElement* encryptedData);
+
+    /* SOAP message security */
+    VQXML_WSSecSecurity& requireWSSecurity() const;
+    void releaseWSSecurityAndDocument();
+    void decryptSOAPParts();
 
     bool m_ebXml;
     DSIGSignature* m_signature;

@@ -249,6 +249,46 @@ VQXML_EXPORT int VQTK_EBXML_GetIssuerSerialNum(void* handle, char** issuer, char
 VQXML_EXPORT int VQTK_EBXML_GetKeyName(void* handle, char** keyName);
 VQXML_EXPORT int VQTK_EBXML_GetSignCert(void* handle, unsigned char** cert, int* certLen);
 
+/* ---- SOAP message security (WS-Security 1.0/1.1 header, X.509 token profile) ----
+ * Securing: SetSOAPDocument (the envelope must have a SOAP Header) ->
+ * SignatureMethod (1 HMAC-SHA1, 2 RSA-SHA1, 3 KCDSA-SHA1, 4 KCDSA-HAS160,
+ * 5 RSA-SHA256; canonicalization 0 exclusive C14N, 1 C14N, 2 C14N with comments)
+ * -> createReference (null uri: the SOAP Body; digest 1 SHA-1, 2 HAS-160,
+ * 3 SHA-256) -> [SetIssuerSerial] -> SetSigner / SetHMACKey -> Sign.
+ * Encrypting: SetSymmAlg / SetSymmKey (1 Triple DES, 2 SEED, 3 NEAT, 4 ARIA) ->
+ * EncryptElement (null target: the Body's content; "#id" or a qualified name;
+ * type 1 content, 2 element) -> [SetIssuerSerial] -> EncryptKeyWrapKey per
+ * recipient (1 Triple DES key wrap, 2 RSA 1.5, 3 RSA-OAEP; an RSA key is the
+ * recipient's certificate) -> Encrypt. Each operation's header entries go first.
+ * Processing: SetSOAPSecXMLDocument -> GetSignKeyInfo and the getters ->
+ * GetEncKeyInfo (once per encrypted key) and the getters -> DecryptKeyWrapKey ->
+ * ProcessSOAP (decrypts and verifies in the sender's order, removes the header). */
+VQXML_EXPORT int VQTK_SOAPSEC_SetSOAPDocument(void* handle, char* xml, int len);
+VQXML_EXPORT int VQTK_SOAPSEC_SignatureMethod(void* handle, int signatureAlg, int canonAlg);
+VQXML_EXPORT int VQTK_SOAPSEC_createReference(void* handle, char* uri, int digestAlg, int canonAlg, char* xpath);
+VQXML_EXPORT int VQTK_SOAPSEC_SetIssuerSerial(void* handle);
+VQXML_EXPORT int VQTK_SOAPSEC_SetSigner(void* handle, unsigned char* cert, int certLen, unsigned char* key,
+                                        int keyLen);
+VQXML_EXPORT int VQTK_SOAPSEC_SetHMACKey(void* handle, unsigned char* key, unsigned int len);
+VQXML_EXPORT int VQTK_SOAPSEC_SetSignKeyName(void* handle, char* name);
+VQXML_EXPORT int VQTK_SOAPSEC_Sign(void* handle);
+VQXML_EXPORT int VQTK_SOAPSEC_SetSymmAlg(void* handle, int alg);
+VQXML_EXPORT int VQTK_SOAPSEC_SetSymmKey(void* handle, unsigned char* key, int len, int alg);
+VQXML_EXPORT int VQTK_SOAPSEC_EncryptElement(void* handle, char* target, int type);
+VQXML_EXPORT int VQTK_SOAPSEC_SetEncKeyName(void* handle, char* name);
+VQXML_EXPORT int VQTK_SOAPSEC_EncryptKeyWrapKey(void* handle, unsigned char* key, int len, int wrapAlg);
+VQXML_EXPORT int VQTK_SOAPSEC_Encrypt(void* handle);
+VQXML_EXPORT int VQTK_SOAPSEC_SetSOAPSecXMLDocument(void* handle, char* xml, int len);
+VQXML_EXPORT int VQTK_SOAPSEC_GetSignKeyInfo(void* handle, int* isSigned);
+VQXML_EXPORT int VQTK_SOAPSEC_GetEncKeyInfo(void* handle, int* isEncrypted);
+VQXML_EXPORT int VQTK_SOAPSEC_DecryptKeyWrapKey(void* handle, unsigned char* cert, int certLen, unsigned char* key,
+                                                int keyLen);
+VQXML_EXPORT int VQTK_SOAPSEC_ProcessSOAP(void* handle);
+VQXML_EXPORT int VQTK_SOAPSEC_GetSubjectName(void* handle, char** subject);
+VQXML_EXPORT int VQTK_SOAPSEC_GetIssuerSerialNum(void* handle, char** issuer, char** serial);
+VQXML_EXPORT int VQTK_SOAPSEC_GetKeyName(void* handle, char** keyName);
+VQXML_EXPORT int VQTK_SOAPSEC_GetSignCert(void* handle, unsigned char** cert, int* certLen);
+
 /* Returns at once; exported for the busy waits of start-up. */
 VQXML_EXPORT void VQXML_Sleep(int unused);
 
