@@ -10,8 +10,8 @@ struct Pki {
     std::string key = testfiles::read(testfiles::dataPath("testpki/ee-rsa.key.der"));
     std::string otherCert = testfiles::read(testfiles::dataPath("testpki/ee-rsa-b.crt.der"));
     std::string otherKey = testfiles::read(testfiles::dataPath("testpki/ee-rsa-b.key.der"));
-    std::string kcdsaCert = testfiles::read(testfiles::dataPath("testpki/ee-kcdsa2048.crt.der"));
-    std::string kcdsaKey = testfiles::read(testfiles::dataPath("testpki/ee-kcdsa2048.key.der"));
+    std::string kcdsaCert = testfiles::read(testfiles::dataPath("testpki/ee-kcdsa1024.crt.der"));
+    std::string kcdsaKey = testfiles::read(testfiles::dataPath("testpki/ee-kcdsa1024.key.der"));
 };
 
 std::string sign(const std::string& envelope, int alg, bool issuerSerial, std::string cert, std::string key) {
@@ -20,8 +20,9 @@ std::string sign(const std::string& envelope, int alg, bool issuerSerial, std::s
     EXPECT_EQ(VQTK_SOAPSEC_SetSOAPDocument(h, &xml[0], len(xml)), 0);
     EXPECT_EQ(VQTK_SOAPSEC_SignatureMethod(h, alg, 0), 0);
     EXPECT_EQ(VQTK_SOAPSEC_createReference(h, nullptr, alg == 5 ? 3 : 1, 3, nullptr), 0);
-    if (issuerSerial)
+    if (issuerSerial) {
         EXPECT_EQ(VQTK_SOAPSEC_SetIssuerSerial(h), 0);
+    }
     EXPECT_EQ(VQTK_SOAPSEC_SetSigner(h, bytes(cert), len(cert), bytes(key), len(key)), 0);
     EXPECT_EQ(VQTK_SOAPSEC_Sign(h), 0);
     return resultOf(h);
@@ -35,8 +36,9 @@ std::string encrypt(const std::string& envelope, int symm, int wrap, std::string
     EXPECT_EQ(VQTK_SOAPSEC_EncryptElement(h, nullptr, 1), 0);
     EXPECT_EQ(VQTK_SOAPSEC_SetIssuerSerial(h), 0);
     EXPECT_EQ(VQTK_SOAPSEC_EncryptKeyWrapKey(h, bytes(recipient), len(recipient), wrap), 0);
-    if (!second.empty())
+    if (!second.empty()) {
         EXPECT_EQ(VQTK_SOAPSEC_EncryptKeyWrapKey(h, bytes(second), len(second), wrap), 0);
+    }
     EXPECT_EQ(VQTK_SOAPSEC_Encrypt(h), 0);
     return resultOf(h);
 }
@@ -145,8 +147,8 @@ TEST(SoapBadInput, DuplicateWsuIdIsRefused) {
     const size_t at = signed_.find("wsu:Id=\"id-");
     const std::string id = signed_.substr(at + 8, signed_.find('"', at + 8) - at - 8);
     signed_.replace(signed_.find("<m:order"), 8,
-                    "<m:evil xmlns:wsu=\"http://docs.oasis-open.org/wss/2004/01/oasis-200401-wss-wssecurity-utility-"
-                    "1.0.xsd\" wsu:Id=\"" + id + "\"/><m:order");
+                    "<m:evil xmlns:m=\"urn:test\" xmlns:wsu=\"http://docs.oasis-open.org/wss/2004/01/oasis-200401-"
+                    "wss-wssecurity-utility-1.0.xsd\" wsu:Id=\"" + id + "\"/><m:order");
     std::string plain;
     EXPECT_EQ(process(signed_, "", "", plain), 11213);
 }
