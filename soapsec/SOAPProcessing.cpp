@@ -13,6 +13,8 @@
 
 #include "core/EngineLifecycle.hpp"
 #include "core/ErrorFrame.hpp"
+#include "core/Transcode.hpp"
+#include "engine/NameComparison.hpp"
 #include "engine/VQTKCryptoKeyRSA.hpp"
 #include "engine/VQTKCryptoSymmetricKey.hpp"
 #include "engine/XencReferences.hpp"
@@ -100,7 +102,9 @@ int VQXML_XMLSecurity::SOAPSEC_decryptKeyWrapKey(unsigned char* cert, int certLe
         if (m_keyWrapAlg == 9 || m_keyWrapAlg == 10) {
             VQTKCryptoKeyRSA* rsa = createRSAKey(cert, certLen, key, keyLen, nullptr, nullptr, nullptr, nullptr);
             engine.setKeyWrapKey(rsa);
-            if (differs(m_issuer, rsa->issuerName()))
+            if (m_issuer != nullptr &&
+                !vqxml::sameDistinguishedName(vqxml::XMLT(m_issuer).c_str(),
+                                              vqxml::XMLT("UTF-8", rsa->issuerName().c_str()).c_str()))
                 throw VQXML_XSECException(10505);
             if (differs(m_subjectName, rsa->subjectName()))
                 throw VQXML_XSECException(10506);

@@ -28,6 +28,7 @@
 
 #include "core/ErrorFrame.hpp"
 #include "core/Transcode.hpp"
+#include "engine/NameComparison.hpp"
 #include "engine/VQTKCryptoKeyRSA.hpp"
 #include "engine/VQTKCryptoSymmetricKey.hpp"
 #include "engine/VQXMLXENCCipher.hpp"
@@ -105,7 +106,8 @@ bool differs(const CText& stated, const CText& actual) {
 // 0, or the code of the first name the document states that the caller's
 // certificate does not carry.
 int recipientMismatch(const RecipientNames& stated, const RecipientNames& caller) {
-    if (differs(stated.issuer, caller.issuer))
+    if (stated.issuer && !vqxml::sameDistinguishedName(vqxml::XMLT(stated.issuer.get()).c_str(),
+                                                       vqxml::XMLT(caller.issuer.get()).c_str()))
         return 10308;
     if (differs(stated.subject, caller.subject))
         return 10309;

@@ -10,6 +10,7 @@
 #include "core/Transcode.hpp"
 #include "core/VQXMLException.hpp"
 #include "engine/CertificateNames.hpp"
+#include "engine/NameComparison.hpp"
 #include "engine/VQTKCryptoKeyKCDSA.hpp"
 #include "engine/korean/KcdsaEncoding.hpp"
 #include "engine/wssec/VQXML_WSSecSecurityTokenReference.hpp"
@@ -60,7 +61,8 @@ XSECCryptoKey* keyOfTokenIn(const DOMElement* security, const XMLCh* issuer, con
         reference.setTokenReference(id);
         reference.load();
         const X509* x509 = opensslCertificate(*reference.getXSECCrytpoCert());
-        if (sameText(issuer, vqxml::certificateIssuer(x509)) && sameText(serial, vqxml::certificateSerialDecimal(x509)))
+        if (vqxml::sameDistinguishedName(issuer, vqxml::XMLT("UTF-8", vqxml::certificateIssuer(x509).c_str()).c_str()) &&
+            sameText(serial, vqxml::certificateSerialDecimal(x509)))
             return publicKeyOf(*reference.getXSECCrytpoCert());
     }
     throw VQXML_XSECException(11213, "The signer's certificate named by issuer and serial is not in the message");
