@@ -6,6 +6,7 @@
 #include <xercesc/dom/DOM.hpp>
 #include <xsec/dsig/DSIGKeyInfoList.hpp>
 #include <xsec/dsig/DSIGReference.hpp>
+#include <xsec/dsig/DSIGReferenceList.hpp>
 #include <xsec/dsig/DSIGSignature.hpp>
 #include <xsec/enc/XSECCryptoKey.hpp>
 #include <xsec/enc/XSECKeyInfoResolverDefault.hpp>
@@ -20,6 +21,7 @@
 #include "dsig/AlgorithmCodes.hpp"
 #include "dsig/IdResolution.hpp"
 #include "dsig/VerificationLimits.hpp"
+#include "engine/SignedInfoCanonicalization.hpp"
 #include "engine/VQXMLURIResolver.hpp"
 #include "engine/VQXMLXENCCipher.hpp"
 #include "engine/wssec/TokenKeys.hpp"
@@ -360,6 +362,7 @@ void VQXML_WSSecSecurity::load() {
             if (m_signature != nullptr)
                 throw VQXML_XSECException(kBadHeader, "The security header carries more than one signature");
             m_signature = m_provider.newSignatureFromDOM(m_document, entry);
+            m_signatureElement = static_cast<DOMElement*>(entry);
             vqxml::enableIdAttributes(m_signature);
             VQXML_URIResolver resolver(false);
             m_signature->setURIResolver(&resolver);
@@ -410,7 +413,9 @@ int VQXML_WSSecSecurity::getHashMethod() const {
 }
 
 // The key set by the caller, else the certificate a token reference of the
-// signature's KeyInfo leads to, else what ds:KeyInfo itself carries.
+// signature's KeyInfo leads to, else what ds:KeyInfo itself carries. Each
+// reference first, then the SignedInfo by our canonical form, which honours an
+// exclusive PrefixList (the engine's check ignores it).
 bool VQXML_WSSecSecurity::verify() {
     DSIGSignature& sig = signature();
     m_errMsgs.clear();
@@ -418,14 +423,21 @@ bool VQXML_WSSecSecurity::verify() {
         vqxml::checkReferencedIds(m_signature);
         XSECCryptoKey* key = m_signingKey != nullptr ? m_signingKey : keyFromTokens();
         m_signingKey = nullptr;
-        XSECKeyInfoResolverDefault keyValueReader;
-        if (key != nullptr)
-            sig.setSigningKey(key);
-        else
-            sig.setKeyInfoResolver(&keyValueReader);
-        if (sig.verify())
+        if (key == nullptr)
+            key = XSECKeyInfoResolverDefault().resolveKey(sig.getKeyInfoList());
+        if (key == nullptr)
+            throw VQXML_XSECException(11213, "No key to check the signature with");
+        sig.setSigningKey(key);
+        const DSIGReferenceList* references = sig.getReferenceList();
+        for (DSIGReferenceList::size_type i = 0; references != nullptr && i < references->getSize(); ++i) {
+            if (!references->item(i)->checkHash()) {
+                m_errMsgs = "Reference URI=\"" + vqxml::toEucKr(references->item(i)->getURI()) + "\" failed to verify";
+                return false;
+            }
+        }
+        if (vqxml::signedInfoVerifies(sig, m_signatureElement, key))
             return true;
-        m_errMsgs = vqxml::toEucKr(sig.getErrMsgs());
+        m_errMsgs = "Validation of <SignedInfo> failed";
     } catch (const XSECException& e) {
         m_errMsgs = vqxml::toEucKr(e.getMsg());
     }
