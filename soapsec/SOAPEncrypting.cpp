@@ -9,6 +9,7 @@
 #include <xsec/xenc/XENCEncryptedKey.hpp>
 
 #include "core/ErrorFrame.hpp"
+#include "core/OwnedText.hpp"
 #include "core/Transcode.hpp"
 #include "engine/VQTKCryptoKeyRSA.hpp"
 #include "engine/VQTKCryptoSymmetricKey.hpp"
@@ -78,11 +79,7 @@ int VQXML_XMLSecurity::SOAPSEC_setEncKeyName(char* name) {
     return vqxml::guarded(*this, "SOAPSEC_setEncKeyName > ", [&] {
         if (name == nullptr || name[0] == '\0')
             throw VQXML_XSECException(10510);
-        char* copy = strdup(name);
-        if (copy == nullptr)
-            throw std::bad_alloc();
-        std::free(m_keyName);
-        m_keyName = copy;
+        vqxml::replaceOwnedText(m_keyName, name);
     });
 }
 

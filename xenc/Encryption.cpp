@@ -11,6 +11,7 @@
 #include <xsec/xenc/XENCEncryptedData.hpp>
 
 #include "core/ErrorFrame.hpp"
+#include "core/OwnedText.hpp"
 #include "core/Transcode.hpp"
 #include "engine/VQXMLXENCCipher.hpp"
 #include "xenc/KeyBuffer.hpp"
@@ -76,11 +77,7 @@ int VQXML_XMLSecurity::XMLENC_setKeyName(char* keyName) {
     return vqxml::guarded(*this, "XMLENC_setKeyName > ", [&] {
         if (keyName == nullptr || keyName[0] == '\0')
             throw VQXML_XSECException(10305);
-        char* copy = strdup(keyName);
-        if (copy == nullptr)
-            throw std::bad_alloc();
-        std::free(m_keyName);
-        m_keyName = copy;
+        vqxml::replaceOwnedText(m_keyName, keyName);
     });
 }
 
