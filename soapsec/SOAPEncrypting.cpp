@@ -36,10 +36,7 @@ int VQXML_XMLSecurity::SOAPSEC_setSymmKey(unsigned char* key, int /*len: the alg
         if (algorithm == nullptr)
             throw VQXML_XSECException(10500);
         vqxml::KeyBuffer bytes(algorithm->keyBytes);
-        if (key == nullptr)
-            XSECPlatformUtils::g_cryptoProvider->getRandom(bytes.get(), unsigned(bytes.size()));
-        else
-            std::memcpy(bytes.get(), key, static_cast<size_t>(bytes.size()));
+        bytes.fill(key);
         std::unique_ptr<XSECCryptoSymmetricKey> engineKey(vqxml::newSymmetricKey(algorithm->keyType));
         if (!engineKey)
             throw VQXML_XSECException(10500, "That cipher is not available");

@@ -45,10 +45,7 @@ int VQXML_XMLSecurity::XMLENC_setSymmKey(unsigned char* key, int /*keyLen: the a
             throw VQXML_XSECException(10301);
         XENCCipher& cipher = requireCipher(kNoDocument);
         vqxml::KeyBuffer bytes(algorithm->keyBytes);
-        if (key == nullptr)
-            XSECPlatformUtils::g_cryptoProvider->getRandom(bytes.get(), unsigned(bytes.size()));
-        else
-            std::memcpy(bytes.get(), key, static_cast<size_t>(bytes.size()));
+        bytes.fill(key);
         std::unique_ptr<XSECCryptoSymmetricKey> engineKey(vqxml::newSymmetricKey(algorithm->keyType));
         if (!engineKey)
             throw VQXML_XSECException(11102);

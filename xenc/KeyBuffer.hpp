@@ -4,9 +4,12 @@
 #define VQXML_XENC_KEYBUFFER_HPP
 
 #include <cstdlib>
+#include <cstring>
 #include <new>
 
 #include <openssl/crypto.h>
+#include <xsec/enc/XSECCryptoProvider.hpp>
+#include <xsec/utils/XSECPlatformUtils.hpp>
 
 namespace vqxml {
 
@@ -24,6 +27,14 @@ public:
     }
     KeyBuffer(const KeyBuffer&) = delete;
     KeyBuffer& operator=(const KeyBuffer&) = delete;
+
+    // The key's bytes, or fresh random ones when key is null.
+    void fill(const unsigned char* key) {
+        if (key == nullptr)
+            XSECPlatformUtils::g_cryptoProvider->getRandom(m_bytes, static_cast<unsigned int>(m_len));
+        else
+            std::memcpy(m_bytes, key, static_cast<size_t>(m_len));
+    }
 
     unsigned char* get() const { return m_bytes; }
     int size() const { return m_len; }
