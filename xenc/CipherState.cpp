@@ -1,0 +1,73 @@
+// What both sides of XML Encryption share: the cipher that goes with the
+// document, and the session key buffer.
+#include <cstdlib>
+#include <cstring>
+
+#include <openssl/crypto.h>
+#include <xercesc/dom/DOM.hpp>
+#include <xsec/framework/XSECProvider.hpp>
+
+#include "core/EngineLifecycle.hpp"
+#include "core/VQXMLException.hpp"
+#include "engine/VQXMLXENCCipher.hpp"
+#include "xenc/KeyBuffer.hpp"
+#include "vqxml/VQXML_XMLSecurity.h"
+
+// Another family's loader may have replaced the document under the cipher; such
+// a cipher serves no more.
+XENCCipher& VQXML_XMLSecurity::requireCipher(int code) const {
+    if (m_cipher == nullptr || m_document == nullptr || m_cipher->getDocument() != m_document)
+        throw VQXML_XSECException(code, "Load a document with XMLENC_setXMLDocument or XMLENC_setEncXMLDocument first");
+    return *m_cipher;
+}
+
+// The marks of elements encrypted so far name objects of the cipher: they go
+// with it, so a new document starts with none.
+void VQXML_XMLSecurity::releaseCipherAndDocument() {
+    m_encryptedKey = nullptr;
+    while (m_encDataList != nullptr) {
+        VQXML_EncDataNode* next = m_encDataList->next;
+        delete m_encDataList;
+        m_encDataList = next;
+    }
+    m_encDataCount = 0;
+    m_keyNameInData = false;
+    try {
+        if (m_cipher != nullptr)
+            g_provider->releaseCipher(m_cipher);
+        m_cipher = nullptr;
+    } catch (...) {
+        m_cipher = nullptr;
+        throw VQXML_XSECException(VQXML_ERR_RELEASE);
+    }
+    releaseSignatureAndDocument();
+}
+
+void VQXML_XMLSecurity::loadCipherDocument(char* xml, int len, int noDocumentCode) {
+    releaseCipherAndDocument();
+    if (xml == nullptr || xml[0] == '\0')
+        throw VQXML_XSECException(noDocumentCode);
+    loadDocument(xml, len);
+    m_cipher = new VQXML_XENCCipher(*g_provider, m_document);
+}
+
+// The buffer always holds m_symmKeyLen + 1 bytes, so the destructor's wipe of
+// m_symmKeyLen bytes covers every key byte.
+void VQXML_XMLSecurity::replaceSessionKey(unsigned char* key, int len) {
+    if (m_symmKey != nullptr)
+        OPENSSL_cleanse(m_symmKey, static_cast<size_t>(m_symmKeyLen));
+    std::free(m_symmKey);
+    m_symmKey = key;
+    m_symmKeyLen = key != nullptr ? len : 0;
+}
+
+// Keeps the key bytes that fit; a longer length reads zeros after them.
+void VQXML_XMLSecurity::resizeSessionKey(int len) {
+    if (m_symmKey == nullptr) {
+        m_symmKeyLen = len;
+        return;
+    }
+    vqxml::KeyBuffer resized(len);
+    std::memcpy(resized.get(), m_symmKey, static_cast<size_t>(len < m_symmKeyLen ? len : m_symmKeyLen));
+    replaceSessionKey(resized.release(), len);
+}
