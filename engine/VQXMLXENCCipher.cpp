@@ -152,8 +152,9 @@ XENCEncryptedData* VQXML_XENCCipher::loadEncryptedData(DOMElement* dataNode) {
 // ---- encryption of elements and content, with the plaintext of XencPlaintext.hpp ----
 
 DOMNode* VQXML_XENCCipher::encryptElementDetached(DOMElement* element, const XMLCh* algorithmURI) {
-    XENCEncryptedData* data =
-        encryptOctets(vqxml::xenc::plaintextOf(element, element->getParentNode()), algorithmURI);
+    vqxml::korean::SecureBytes plain;
+    vqxml::xenc::appendPlaintext(element, element->getParentNode(), plain);
+    XENCEncryptedData* data = encryptOctets(plain, algorithmURI);
     data->setType(DSIGConstants::s_unicodeStrURIXENC_ELEMENT);
     return data->getElement();
 }
@@ -169,10 +170,8 @@ DOMDocument* VQXML_XENCCipher::encryptElement(DOMElement* element, const XMLCh* 
 
 DOMNode* VQXML_XENCCipher::encryptElementContentDetached(DOMElement* element, const XMLCh* algorithmURI) {
     vqxml::korean::SecureBytes plain;
-    for (DOMNode* child = element->getFirstChild(); child != nullptr; child = child->getNextSibling()) {
-        const vqxml::korean::SecureBytes part = vqxml::xenc::plaintextOf(child, element);
-        plain.insert(plain.end(), part.begin(), part.end());
-    }
+    for (DOMNode* child = element->getFirstChild(); child != nullptr; child = child->getNextSibling())
+        vqxml::xenc::appendPlaintext(child, element, plain);
     XENCEncryptedData* data = encryptOctets(plain, algorithmURI);
     data->setType(DSIGConstants::s_unicodeStrURIXENC_CONTENT);
     return data->getElement();
