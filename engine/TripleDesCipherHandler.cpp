@@ -1,19 +1,11 @@
 #include "engine/TripleDesCipherHandler.hpp"
 
-#include <cstdint>
 #include <memory>
-#include <vector>
 
 #include <xsec/enc/XSECCryptoException.hpp>
 #include <xsec/enc/XSECCryptoSymmetricKey.hpp>
 #include <xsec/framework/XSECException.hpp>
-#include <xsec/transformers/TXFMChain.hpp>
-#include <xsec/transformers/TXFMSB.hpp>
 #include <xsec/utils/XSECPlatformUtils.hpp>
-#include <xsec/utils/XSECSafeBuffer.hpp>
-
-#include "engine/Base64.hpp"
-#include "engine/ChainBytes.hpp"
 
 namespace {
 
@@ -28,9 +20,24 @@ std::unique_ptr<XSECCryptoSymmetricKey> workingCopy(const XSECCryptoKey* key) {
     return std::unique_ptr<XSECCryptoSymmetricKey>(static_cast<XSECCryptoSymmetricKey*>(symmetric->clone()));
 }
 
-vqxml::korean::SecureBytes decrypt(TXFMChain* cipherText, const XSECCryptoKey* key) {
+}  // namespace
+
+std::vector<std::uint8_t> TripleDesCipherHandler::encryptOctets(const XENCEncryptionMethod*,
+                                                                const XSECCryptoKey* key,
+                                                                const vqxml::korean::SecureBytes& plain) const {
     std::unique_ptr<XSECCryptoSymmetricKey> k = workingCopy(key);
-    const vqxml::korean::SecureBytes framed = vqxml::readAllBytes(cipherText);
+    std::vector<std::uint8_t> framed(plain.size() + 3 * kBlock);
+    k->encryptInit(true, XSECCryptoSymmetricKey::MODE_CBC, nullptr);
+    unsigned int n = k->encrypt(plain.data(), framed.data(), unsigned(plain.size()), unsigned(framed.size()));
+    n += k->encryptFinish(framed.data() + n, unsigned(framed.size() - n));
+    framed.resize(n);
+    return framed;
+}
+
+vqxml::korean::SecureBytes TripleDesCipherHandler::decryptOctets(const XENCEncryptionMethod*,
+                                                                 const XSECCryptoKey* key,
+                                                                 const vqxml::korean::SecureBytes& framed) const {
+    std::unique_ptr<XSECCryptoSymmetricKey> k = workingCopy(key);
     if (framed.size() < 2 * kBlock || framed.size() % kBlock != 0)
         throw XSECCryptoException(XSECCryptoException::SymmetricError,
                                   "Triple DES: the CipherValue is not an IV and whole blocks");
@@ -40,45 +47,6 @@ vqxml::korean::SecureBytes decrypt(TXFMChain* cipherText, const XSECCryptoKey* k
     n += k->decryptFinish(plain.data() + n, unsigned(plain.size() - n));
     plain.resize(n);
     return plain;
-}
-
-}  // namespace
-
-bool TripleDesCipherHandler::encryptToSafeBuffer(TXFMChain* plainText, XENCEncryptionMethod*,
-                                                 const XSECCryptoKey* key, XERCES_CPP_NAMESPACE::DOMDocument*,
-                                                 safeBuffer& result) const {
-    std::unique_ptr<XSECCryptoSymmetricKey> k = workingCopy(key);
-    const vqxml::korean::SecureBytes plain = vqxml::readAllBytes(plainText);
-    std::vector<std::uint8_t> cipher(plain.size() + 3 * kBlock);
-    k->encryptInit(true, XSECCryptoSymmetricKey::MODE_CBC, nullptr);
-    unsigned int n = k->encrypt(plain.data(), cipher.data(), unsigned(plain.size()), unsigned(cipher.size()));
-    n += k->encryptFinish(cipher.data() + n, unsigned(cipher.size() - n));
-    cipher.resize(n);
-    result.sbStrcpyIn(vqxml::base64Text(cipher).c_str());
-    return true;
-}
-
-unsigned int TripleDesCipherHandler::decryptToSafeBuffer(TXFMChain* cipherText, XENCEncryptionMethod*,
-                                                         const XSECCryptoKey* key,
-                                                         XERCES_CPP_NAMESPACE::DOMDocument*,
-                                                         safeBuffer& result) const {
-    const vqxml::korean::SecureBytes plain = decrypt(cipherText, key);
-    result.isSensitive();
-    result.sbMemcpyIn(plain.data(), plain.size());
-    return unsigned(plain.size());
-}
-
-bool TripleDesCipherHandler::appendDecryptCipherTXFM(TXFMChain* cipherText, XENCEncryptionMethod*,
-                                                     const XSECCryptoKey* key,
-                                                     XERCES_CPP_NAMESPACE::DOMDocument* doc) const {
-    const vqxml::korean::SecureBytes plain = decrypt(cipherText, key);
-    safeBuffer sb;
-    sb.isSensitive();
-    sb.sbMemcpyIn(plain.data(), plain.size());
-    std::unique_ptr<TXFMSB> source(new TXFMSB(doc));
-    source->setInput(sb, unsigned(plain.size()));
-    cipherText->appendTxfm(source.release());
-    return true;
 }
 
 XSECCryptoKey* TripleDesCipherHandler::createKeyForURI(const XMLCh*, const unsigned char* keyBuffer,
