@@ -21,6 +21,7 @@
 #include <xsec/xenc/XENCEncryptedKey.hpp>
 #include <xsec/xenc/XENCEncryptionMethod.hpp>
 
+#include "engine/KeyInfoGuard.hpp"
 #include "engine/XencPlaintext.hpp"
 #include "engine/XencReferences.hpp"
 
@@ -70,11 +71,11 @@ VQXML_XENCCipher::~VQXML_XENCCipher() {
 // ---- the engine's operations, passed on ----
 
 DOMDocument* VQXML_XENCCipher::decryptElement(DOMElement* element) {
-    vqxml::xenc::checkRetrievalChains(element);
+    vqxml::checkKeyInformation(element);
     return m_engine->decryptElement(element);
 }
 DOMNode* VQXML_XENCCipher::decryptElementDetached(DOMElement* element) {
-    vqxml::xenc::checkRetrievalChains(element);
+    vqxml::checkKeyInformation(element);
     return m_engine->decryptElementDetached(element);
 }
 DOMDocument* VQXML_XENCCipher::decryptElement() {
@@ -84,7 +85,7 @@ DOMNode* VQXML_XENCCipher::decryptElementDetached() {
     return m_engine->decryptElementDetached();
 }
 XSECBinTXFMInputStream* VQXML_XENCCipher::decryptToBinInputStream(DOMElement* element) {
-    vqxml::xenc::checkRetrievalChains(element);
+    vqxml::checkKeyInformation(element);
     return m_engine->decryptToBinInputStream(element);
 }
 int VQXML_XENCCipher::decryptKey(DOMElement* keyNode, XMLByte* rawKey, int maxKeySize) {
@@ -141,11 +142,11 @@ XENCEncryptedData* VQXML_XENCCipher::createEncryptedData(XENCCipherData::XENCCip
     return m_engine->createEncryptedData(type, algorithm, value);
 }
 XENCEncryptedKey* VQXML_XENCCipher::loadEncryptedKey(DOMElement* keyNode) {
-    vqxml::xenc::checkRetrievalChains(keyNode);
+    vqxml::checkKeyInformation(keyNode);
     return m_engine->loadEncryptedKey(keyNode);
 }
 XENCEncryptedData* VQXML_XENCCipher::loadEncryptedData(DOMElement* dataNode) {
-    vqxml::xenc::checkRetrievalChains(dataNode);
+    vqxml::checkKeyInformation(dataNode);
     return m_engine->loadEncryptedData(dataNode);
 }
 

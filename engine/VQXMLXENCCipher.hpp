@@ -10,8 +10,8 @@
 //    making them. The cipher owns them.
 //  - Elements and content are encrypted as they read in their place
 //    (XencPlaintext.hpp), rather than in the engine's exclusive canonical form.
-//  - Elements whose ds:RetrievalMethods loop or lead too far are refused before
-//    the engine loads them (it would follow them without end).
+//  - Key information the engine mishandles is refused before it loads an
+//    element (KeyInfoGuard.hpp).
 //  - decryptKey keeps the unwrapped key only in memory that is wiped when freed.
 //
 // Everything else is the engine's cipher, which this one makes from the provider

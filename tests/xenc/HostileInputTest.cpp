@@ -199,6 +199,17 @@ TEST(Structure, RetrievalMethodLoopsAreRefused) {
     EXPECT_NE(ctx.error().find("leads back to itself"), std::string::npos) << ctx.error();
 }
 
+// The engine would keep only the last name and lose the others' memory.
+TEST(Structure, RepeatedX509NamesAreRefused) {
+    std::string text = encryptedFor(kRsa);
+    const size_t serial = text.find("<ds:X509IssuerSerial>");
+    const std::string issuerSerial = text.substr(serial, text.find("</ds:X509IssuerSerial>") + 22 - serial);
+    text.insert(serial, issuerSerial);
+    Context ctx;
+    EXPECT_NE(load(ctx, text), 0);
+    EXPECT_NE(ctx.error().find("several X509SubjectName or X509IssuerSerial"), std::string::npos) << ctx.error();
+}
+
 TEST(SessionKey, RandomKeysAreFreshAndOfTheAlgorithmsLength) {
     Context a, b;
     ASSERT_EQ(a.XMLENC_setXMLDocument(chars(kDoc), size(kDoc)), 0);
