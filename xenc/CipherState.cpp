@@ -1,5 +1,20 @@
 // What both sides of XML Encryption share: the cipher that goes with the
 // document, and the session key buffer.
+//
+// Choices of ours where the rules leave the outcome open:
+//  - Every call that needs the cipher and finds none for the loaded document
+//    (nothing loaded, or another family's loader replaced the document) fails
+//    with the family's "no document" code: 10106 when encrypting, 10311 when
+//    decrypting.
+//  - Loading a document starts afresh: the marks of elements encrypted so far,
+//    their count and the "key name went into the data" flag name objects of the
+//    previous document and are cleared with it; so is the EncryptedKey read last.
+//    The position in the walk over document-level EncryptedKeys is the handle's
+//    and is kept.
+//  - One document per handle: loading releases the signature object of the XML
+//    Signature family too, which would otherwise point into the old document.
+//  - An EncryptedKey read from inside an EncryptedData is forgotten when the
+//    cipher lets that object go (decryption); unwrapping then fails with 10304.
 #include <cstdlib>
 #include <cstring>
 
