@@ -63,7 +63,7 @@ void startEngines() {
         XSECPlatformUtils::Initialise(XSECPlatformUtils::g_cryptoProvider != nullptr
                                           ? nullptr
                                           : new VQTKCryptoProvider());
-        registerKoreanAlgorithms();
+        registerAlgorithmHandlers();
         if (g_provider == nullptr)
             g_provider = new XSECProvider();
     } catch (const std::bad_alloc&) {

@@ -32,6 +32,8 @@ int VQXML_XMLSecurity::XMLDocument2char(DOMImplementation* impl, DOMNode* node, 
     serializer->write(node, output.get());
 
     const XMLSize_t len = target.getLen();
+    if (m_mimeMessage != nullptr)
+        return storePackage(target.getRawBuffer(), static_cast<int>(len), out);
     char* bytes = static_cast<char*>(std::calloc(len + 1, 1));
     if (bytes == nullptr)
         throw VQXML_XSECException(VQXML_ERR_MEMORY);

@@ -11,6 +11,7 @@
 
 #include "core/EngineLifecycle.hpp"
 #include "core/VQXMLException.hpp"
+#include "vqxml/VQXML_Mime.h"
 
 XERCES_CPP_NAMESPACE_USE
 
@@ -110,6 +111,8 @@ VQXML_XMLSecurity::~VQXML_XMLSecurity() {
         delete m_encDataList;
         m_encDataList = next;
     }
+    delete m_mimeMessage;
+    m_mimeMessage = nullptr;
     if (m_cipher != nullptr)
         g_provider->releaseCipher(m_cipher);
     m_cipher = nullptr;

@@ -54,6 +54,8 @@ void VQXML_XMLSecurity::requireTemplate(int code) const {
 }
 
 void VQXML_XMLSecurity::releaseSignatureAndDocument() {
+    m_signatureElement = nullptr;
+    m_signingKey = nullptr;
     try {
         if (m_signature != nullptr)
             g_provider->releaseSignature(m_signature);
@@ -108,11 +110,12 @@ int VQXML_XMLSecurity::XMLDSIG_setSignatureAlg(int signatureSelector, int canoni
 
         if (m_document == nullptr) {
             m_document = m_domImpl->createDocument(XMLPlatformUtils::fgMemoryManager);
-            m_document->appendChild(m_signature->createBlankSignature(m_document, c14nURI, signatureURI));
+            m_signatureElement = m_signature->createBlankSignature(m_document, c14nURI, signatureURI);
+            m_document->appendChild(m_signatureElement);
             return;
         }
-        DOMElement* signature = m_signature->createBlankSignature(m_document, c14nURI, signatureURI);
-        placeSignature(signature);
+        m_signatureElement = m_signature->createBlankSignature(m_document, c14nURI, signatureURI);
+        placeSignature(m_signatureElement);
     });
 }
 
@@ -210,7 +213,9 @@ int VQXML_XMLSecurity::XMLDSIG_setKeyName(char* name) {
 int VQXML_XMLSecurity::XMLDSIG_sign() {
     return vqxml::guarded(*this, "XMLDSIG_sign > ", [&] {
         requireTemplate(10200);
-        m_signature->sign();
+        processAttachment(true);
+        if (!signEnveloped())
+            m_signature->sign();
         storeResultDocument();
     });
 }

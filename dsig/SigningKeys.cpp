@@ -28,6 +28,12 @@ VQTKCryptoKeyRSA* VQXML_XMLSecurity::createRSAKey(unsigned char* cert, int certL
     return VQTKCryptoKeyRSA::load(cert, certLen, key, keyLen);
 }
 
+// The signature owns the key; the context keeps a view of it for signing.
+void VQXML_XMLSecurity::setSigningKey(XSECCryptoKey* key) {
+    m_signature->setSigningKey(key);
+    m_signingKey = key;
+}
+
 VQTKCryptoKeyKCDSA* VQXML_XMLSecurity::createKCDSAKey(unsigned char* cert, int certLen, unsigned char* key,
                                                       int keyLen) {
     return vqxml::createKCDSAKey(cert, certLen, key, keyLen);
@@ -45,14 +51,14 @@ int VQXML_XMLSecurity::XMLDSIG_setSignCertAndKey(unsigned char* cert, int certLe
         DSIGKeyInfoX509* x509 = m_signature->appendX509Data();
         if (m_signatureMethod == 5) {
             VQTKCryptoKeyKCDSA* kcdsa = createKCDSAKey(cert, certLen, key, keyLen);
-            m_signature->setSigningKey(kcdsa);
+            setSigningKey(kcdsa);
             describeSigner(x509, *kcdsa, cert != nullptr);
             return;
         }
         if (m_signatureMethod != 3)
             throw VQXML_XSECException(10205);
         VQTKCryptoKeyRSA* rsa = createRSAKey(cert, certLen, key, keyLen, token1, token2, token3, token4);
-        m_signature->setSigningKey(rsa);
+        setSigningKey(rsa);
         if (m_appendKeyValue) {
             m_signature->appendRSAKeyValue(vqxml::base64Encode(rsa->modulus()).c_str(),
                                            vqxml::base64Encode(rsa->exponent()).c_str());
@@ -87,6 +93,6 @@ int VQXML_XMLSecurity::XMLDSIG_setHMACKey(unsigned char* key, unsigned int len) 
         if (key == nullptr || key[0] == 0 || m_signatureMethod != 2)
             throw VQXML_XSECException(10206);
         requireTemplate(10206);
-        m_signature->setSigningKey(createHMACKey(key, len));
+        setSigningKey(createHMACKey(key, len));
     });
 }

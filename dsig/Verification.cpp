@@ -1,14 +1,19 @@
 // Loading a signed document and checking its signature.
 #include <xercesc/dom/DOM.hpp>
 #include <xsec/dsig/DSIGObject.hpp>
+#include <xsec/dsig/DSIGReference.hpp>
+#include <xsec/dsig/DSIGReferenceList.hpp>
 #include <xsec/dsig/DSIGSignature.hpp>
 #include <xsec/enc/XSECKeyInfoResolverDefault.hpp>
 #include <xsec/framework/XSECProvider.hpp>
 
 #include "core/EngineLifecycle.hpp"
 #include "core/ErrorFrame.hpp"
+#include "core/Transcode.hpp"
 #include "dsig/AlgorithmCodes.hpp"
+#include "dsig/EnvelopedReferenceCheck.hpp"
 #include "dsig/IdResolution.hpp"
+#include "dsig/VerificationLimits.hpp"
 #include "engine/VQXMLURIResolver.hpp"
 
 XERCES_CPP_NAMESPACE_USE
@@ -39,11 +44,33 @@ int VQXML_XMLSecurity::XMLDSIG_setSignXMLDocument(char* xml, int len) {
 int VQXML_XMLSecurity::XMLDSIG_verify() {
     return vqxml::guarded(*this, "XMLDSIG_verify > ", [&] {
         requireSignature();
+        processAttachment(false);
+        vqxml::checkVerificationLimits(m_signature);
         vqxml::checkReferencedIds(m_signature);
-        if (!m_signature->verify())
-            throw VQXML_XSECException(11213, m_signature->getErrMsgs());
+        checkSignatureAndReferences();
         storeVerifiedContent();
     });
+}
+
+// Each reference first, so that one that cannot be processed is reported as such
+// rather than as a bad signature: the enveloped tax-invoice shape by the
+// document's canonical form directly, any other by the engine. Then the SignedInfo.
+void VQXML_XMLSecurity::checkSignatureAndReferences() {
+    const DSIGReferenceList* references = m_signature->getReferenceList();
+    for (DSIGReferenceList::size_type i = 0; references != nullptr && i < references->getSize(); ++i) {
+        const DSIGReference* reference = references->item(i);
+        const vqxml::ReferenceCheck check = vqxml::checkEnvelopedReference(reference, m_document);
+        const bool valid = check == vqxml::ReferenceCheck::NotThisShape ? reference->checkHash()
+                                                                         : check == vqxml::ReferenceCheck::Valid;
+        if (!valid) {
+            vqxml::XString text = u"Reference URI=\"";
+            text += reference->getURI() != nullptr ? reference->getURI() : u"";
+            text += u"\" failed to verify";
+            throw VQXML_XSECException(11213, text.c_str());
+        }
+    }
+    if (!m_signature->verifySignatureOnly())
+        throw VQXML_XSECException(11213, m_signature->getErrMsgs());
 }
 
 // An enveloping signature yields the first element its first Object carries; any
@@ -65,9 +92,10 @@ void VQXML_XMLSecurity::storeVerifiedContent() {
             m_xmlDocumentLength = XMLDocument2char(m_domImpl, child, &m_xmlDocument);
         return;
     }
+    // Removed, not released: the loaded signature object still refers to it.
     DOMNode* signature = findDSIGNode(m_document, u"Signature");
     if (signature != nullptr)
-        signature->getParentNode()->removeChild(signature)->release();
+        signature->getParentNode()->removeChild(signature);
     storeResultDocument();
 }
 

@@ -3,6 +3,7 @@
 #include <xsec/utils/XSECPlatformUtils.hpp>
 
 #include "engine/AlgorithmURIs.hpp"
+#include "engine/HMACSignatureHandler.hpp"
 #include "engine/Has160DigestHandler.hpp"
 #include "engine/KCDSASignatureHandler.hpp"
 #include "engine/KoreanCipherHandler.hpp"
@@ -10,7 +11,7 @@
 
 namespace vqxml {
 
-void registerKoreanAlgorithms() {
+void registerAlgorithmHandlers() {
     // registerAlgorithmHandler keeps a clone of the handler.
     KoreanCipherHandler cipher;
     for (const XMLCh* uri : {uri::kSeedCbc, uri::kAria128Cbc, uri::kNeatCbc})
@@ -22,6 +23,7 @@ void registerKoreanAlgorithms() {
     KCDSASignatureHandler kcdsa;
     for (const XMLCh* uri : {uri::kKcdsaSha1, uri::kKcdsaSha256, uri::kKcdsaHas160})
         XSECPlatformUtils::registerAlgorithmHandler(uri, kcdsa);
+    registerHmacHandler();
 }
 
 }  // namespace vqxml

@@ -30,10 +30,11 @@ namespace vqxml {
 void loadOpenSSLProviders();
 
 // Teaches xml-security-c the engine's algorithms (AlgorithmURIs.hpp): SEED, ARIA
-// and NEAT in CBC mode, the HAS-160 digest and the KCDSA signatures. The engine
-// forgets its handlers when it terminates, so this belongs right after every
-// XSECPlatformUtils::Initialise (defined in AlgorithmRegistration.cpp).
-void registerKoreanAlgorithms();
+// and NEAT in CBC mode, the HAS-160 digest, the KCDSA signatures, and HMAC with a
+// correct truncation rule. The engine forgets its handlers when it terminates, so
+// this belongs right after every XSECPlatformUtils::Initialise (defined in
+// AlgorithmRegistration.cpp).
+void registerAlgorithmHandlers();
 
 }  // namespace vqxml
 

@@ -1,18 +1,44 @@
 #include "engine/VQXMLURIResolver.hpp"
 
+#include <xercesc/util/BinMemInputStream.hpp>
+#include <xercesc/util/XMLString.hpp>
+#include <xsec/dsig/DSIGSignature.hpp>
 #include <xsec/framework/XSECException.hpp>
 #include <xsec/framework/XSECURIResolverXerces.hpp>
 
 #include "core/Transcode.hpp"
 
-VQXML_URIResolver::VQXML_URIResolver(bool readExternal) : m_readExternal(readExternal) {}
+XERCES_CPP_NAMESPACE_USE
 
-XERCES_CPP_NAMESPACE::BinInputStream* VQXML_URIResolver::resolveURI(const XMLCh* uri) {
-    if (!m_readExternal) {
-        vqxml::XString text = u"References outside the document are not followed when verifying: ";
-        text += uri != nullptr ? uri : u"";
-        throw XSECException(XSECException::ErrorOpeningURI, text.c_str());
+namespace {
+
+const XMLCh kCidScheme[] = u"cid:";
+constexpr XMLSize_t kCidSchemeLength = 4;
+
+[[noreturn]] void refuse(const char16_t* reason, const XMLCh* uri) {
+    vqxml::XString text = reason;
+    text += uri != nullptr ? uri : u"";
+    throw XSECException(XSECException::ErrorOpeningURI, text.c_str());
+}
+
+}  // namespace
+
+VQXML_URIResolver::VQXML_URIResolver(bool readExternal)
+    : m_readExternal(readExternal), m_attachments(std::make_shared<Attachments>()) {}
+
+BinInputStream* VQXML_URIResolver::resolveURI(const XMLCh* uri) {
+    if (uri != nullptr && XMLString::startsWith(uri, kCidScheme)) {
+        auto found = m_attachments->find(uri + kCidSchemeLength);
+        if (found == m_attachments->end())
+            refuse(u"No attachment of the package has the Content-ID of ", uri);
+        static const XMLByte kNothing = 0;
+        const std::vector<unsigned char>& bytes = found->second;
+        // The kept bytes outlive the stream: both belong to the signature.
+        return new BinMemInputStream(bytes.empty() ? &kNothing : bytes.data(), bytes.size(),
+                                     BinMemInputStream::BufOpt_Reference);
     }
+    if (!m_readExternal)
+        refuse(u"References outside the document are not followed when verifying: ", uri);
     XSECURIResolverXerces reader;
     return reader.resolveURI(uri);
 }
@@ -24,3 +50,19 @@ void VQXML_URIResolver::setBaseURI(const XMLCh*) {
 XSECURIResolver* VQXML_URIResolver::clone() {
     return new VQXML_URIResolver(*this);
 }
+
+void VQXML_URIResolver::keepAttachment(const XMLCh* contentId, const unsigned char* data, int length) {
+    std::vector<unsigned char> bytes(data, data + (length > 0 ? length : 0));
+    (*m_attachments)[contentId != nullptr ? contentId : u""] = std::move(bytes);
+}
+
+namespace vqxml {
+
+void addAttachment(DSIGSignature& signature, const XMLCh* contentId, const unsigned char* data, int length) {
+    auto* resolver = dynamic_cast<VQXML_URIResolver*>(signature.getURIResolver());
+    if (resolver == nullptr)
+        throw XSECException(XSECException::ErrorOpeningURI, "The signature cannot keep attachments");
+    resolver->keepAttachment(contentId, data, length);
+}
+
+}  // namespace vqxml

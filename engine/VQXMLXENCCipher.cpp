@@ -33,6 +33,8 @@ namespace {
 
 const XMLCh kEncryptedKey[] = u"EncryptedKey";
 const XMLCh kIdPrefix[] = u"EncDataId-";
+// The document's note of the cipher made for it.
+const XMLCh kCipherMark[] = u"vqxml-xenc-cipher";
 
 // Every Id-like attribute value of the document ("Id", "ID" or "id" in any
 // namespace, wsu:Id included), so that a new identifier collides with none.
@@ -60,7 +62,9 @@ XString decimal(unsigned n) {
 }  // namespace
 
 VQXML_XENCCipher::VQXML_XENCCipher(XSECProvider& provider, DOMDocument* doc)
-    : m_provider(provider), m_engine(provider.newCipher(doc)) {}
+    : m_provider(provider), m_engine(provider.newCipher(doc)) {
+    doc->setUserData(kCipherMark, this, nullptr);
+}
 
 VQXML_XENCCipher::~VQXML_XENCCipher() {
     for (XENCEncryptedKey* key : m_documentKeys)
@@ -229,6 +233,10 @@ int VQXML_XENCCipher::decryptKey(XENCEncryptedKey* encryptedKey, XMLByte* rawKey
 }
 
 // ---- additions ----
+
+bool VQXML_XENCCipher::serves(const DOMDocument* doc) const {
+    return doc != nullptr && doc == getDocument() && doc->getUserData(kCipherMark) == this;
+}
 
 const XMLCh* VQXML_XENCCipher::identifierOf(XENCEncryptedData* data) {
     DOMElement* element = data->getElement();

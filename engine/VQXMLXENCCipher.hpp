@@ -76,6 +76,9 @@ public:
     XENCEncryptedData* loadEncryptedData(XERCES_CPP_NAMESPACE::DOMElement* dataNode) override;
 
     // ---- additions ----
+    // Whether doc is the very document this cipher was made for (not merely one
+    // that took its place at the same address after it was released).
+    bool serves(const XERCES_CPP_NAMESPACE::DOMDocument* doc) const;
     // The identifier of data, as described above; valid as long as this cipher.
     const XMLCh* identifierOf(XENCEncryptedData* data);
     // The document-level EncryptedKeys, in document order, then in handing order.

@@ -32,5 +32,12 @@ mkdir -p build-fuzz/artifacts
 export ASAN_OPTIONS="detect_leaks=1:abort_on_error=1${ASAN_OPTIONS:+:$ASAN_OPTIONS}"
 export UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1"
 export LSAN_OPTIONS="suppressions=$PWD/tests/lsan.supp"
-"$binary" -max_total_time="$seconds" -rss_limit_mb=2048 -max_len=65536 -timeout=10 \
-  -artifact_prefix="build-fuzz/artifacts/${target}-" "$scratch" "$corpus"
+# The fuzzer's progress lines go to a log; only a finding shows them.
+log="build-fuzz/${target}.log"
+if ! "$binary" -max_total_time="$seconds" -rss_limit_mb=2048 -max_len=65536 -timeout=10 \
+  -artifact_prefix="build-fuzz/artifacts/${target}-" "$scratch" "$corpus" >"$log" 2>&1; then
+  tail -n 60 "$log" >&2
+  echo "fuzz: $target found a problem; input in build-fuzz/artifacts/" >&2
+  exit 1
+fi
+echo "fuzz: $target ran ${seconds}s: $(grep -E '^Done [0-9]+ runs' "$log" | tail -n 1)"

@@ -12,7 +12,8 @@
 //    The position in the walk over document-level EncryptedKeys is the handle's
 //    and is kept.
 //  - One document per handle: loading releases the signature object of the XML
-//    Signature family too, which would otherwise point into the old document.
+//    Signature family too, which would otherwise point into the old document,
+//    and an ebXML package, which would otherwise wrap the result.
 //  - An EncryptedKey read from inside an EncryptedData is forgotten when the
 //    cipher lets that object go (decryption); unwrapping then fails with 10304.
 #include <cstdlib>
@@ -25,13 +26,14 @@
 #include "core/EngineLifecycle.hpp"
 #include "core/VQXMLException.hpp"
 #include "engine/VQXMLXENCCipher.hpp"
+#include "vqxml/VQXML_Mime.h"
 #include "xenc/KeyBuffer.hpp"
 #include "vqxml/VQXML_XMLSecurity.h"
 
 // Another family's loader may have replaced the document under the cipher; such
 // a cipher serves no more.
 XENCCipher& VQXML_XMLSecurity::requireCipher(int code) const {
-    if (m_cipher == nullptr || m_document == nullptr || m_cipher->getDocument() != m_document)
+    if (m_cipher == nullptr || !static_cast<const VQXML_XENCCipher*>(m_cipher)->serves(m_document))
         throw VQXML_XSECException(code, "Load a document with XMLENC_setXMLDocument or XMLENC_setEncXMLDocument first");
     return *m_cipher;
 }
@@ -47,6 +49,8 @@ void VQXML_XMLSecurity::releaseCipherAndDocument() {
     }
     m_encDataCount = 0;
     m_keyNameInData = false;
+    delete m_mimeMessage;
+    m_mimeMessage = nullptr;
     try {
         if (m_cipher != nullptr)
             g_provider->releaseCipher(m_cipher);

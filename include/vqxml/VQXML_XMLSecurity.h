@@ -125,6 +125,24 @@ public:
     int getKeyInfoListData(DSIGKeyInfoList* list);
     int getEncryptedKeyInfo(XENCEncryptedKey* key);
 
+    /* ---- ebXML packages (MIME multipart/related: the SOAP envelope, then the
+     * attachments, referenced as "cid:" plus their Content-ID) ---- */
+    /* The held package; an empty one is made on first use. While a package is
+     * held, every result document is that package with the serialised document as
+     * its first part. */
+    CMimeMessage* getMimeMessage();
+    /* Loads a package and, if it can be signed or verified, holds it instead of
+     * the previous one and puts its envelope's text in envelope. 0; 10103 when the
+     * package cannot be loaded or used (nothing changes then); 1 without memory.
+     * The error text is not touched. */
+    int EBXML_loadPackage(const char* data, int len, std::string& envelope) noexcept;
+    /* The attachment step before signing (sign true: a "cid:" reference per
+     * attachment, with the reference digest and, for XML attachments, the
+     * reference canonicalization) and before verifying; both hand every
+     * attachment's bytes to the signature. Does nothing without a package.
+     * Returns 0; failures are raised to the calling method's frame. */
+    int processAttachment(bool sign);
+
     /* ---- algorithm selectors read back ---- */
     int getSymmAlg();
     int getKeyWrapAlg();
@@ -178,10 +196,16 @@ protected:
                         const std::string& serial);
     template <class Key>
     void describeSigner(DSIGKeyInfoX509* x509, const Key& key, bool withCertificate);
+    void checkSignatureAndReferences();
+    bool signEnveloped();
+    void setSigningKey(XSECCryptoKey* key);
     void storeVerifiedContent();
     void readX509Data(DSIGKeyInfoX509* x509, const char* subjectEncoding);
     void storeCertificate(const XSECCryptoX509* cert);
     XSECCryptoKey* publicKeyOf(const XSECCryptoX509* cert);
+    void referenceAttachment(const XMLCh* uri, bool xml);
+    /* The held package with envelope as its first part, stored into a new buffer. */
+    int storePackage(const unsigned char* envelope, int len, char** out);
 
     /* XML Encryption */
     XENCCipher& requireCipher(int code) const;
@@ -238,6 +262,10 @@ protected:
     int m_refCanonMethod;
     CMimeMessage* m_mimeMessage;
     bool m_allowExternalReferences;
+    /* The Signature element being built, and its signing key (both the signature
+     * object's; views for the enveloped signing path). */
+    XERCES_CPP_NAMESPACE::DOMElement* m_signatureElement = nullptr;
+    XSECCryptoKey* m_signingKey = nullptr;
     int m_priKeyInfoLength = 0; /* bytes of key in m_priKeyInfo, to wipe them */
 };
 

@@ -200,6 +200,55 @@ VQXML_EXPORT int VQTK_XMLAPI_GetRandomFromPriKey(void* handle, char* password, u
                                                  int keyLen, unsigned char* recipientKey,
                                                  int recipientKeyLen, unsigned char** randomOut);
 
+/* ---- ebXML messages ----
+ *
+ * A package is MIME multipart/related: the first part is the SOAP envelope, every
+ * further part an attachment, referenced from the signature as "cid:" plus its
+ * Content-ID without the angle brackets. Data starting with "<" is a bare
+ * envelope; data starting with "-" a package whose header travels elsewhere (its
+ * first line is the first boundary); anything else a package with its header.
+ *
+ * Signing: SetSOAPDocument -> SignatureMethod (the prefix is always "ds") ->
+ * createReference for the envelope -> optionally SetIssuerSerial, SetSubjectName,
+ * SetKeyValue, SetSignKeyName -> SetSigner -> Sign -> VQTK_XMLAPI_GetXMLDocument
+ * gives the whole package with the signed envelope. Sign adds one reference per
+ * attachment with the digest of the last createReference; its canonicalization
+ * applies to attachments whose Content-Type mentions "xml" and whose content
+ * begins with "<". No enveloped-signature transform is added: exclude the
+ * signature with the XPath, e.g. "not(ancestor-or-self::ds:Signature)"; XPath
+ * prefixes in scope at the XPath element (ds, and SOAP from the envelope) may be
+ * used.
+ *
+ * Verifying: SetSOAPSecXMLDocument -> Verify (11213: the signature, the envelope
+ * or an attachment does not verify) -> the getters -> VQTK_XMLAPI_GetXMLDocument
+ * gives the package with the envelope without its signature.
+ *
+ * The attachments are signed as their content after transfer decoding. While a
+ * package is held, every result of the handle is that package; a further package
+ * replaces it. The two loaders return 10104 for no data and 10103 for a package
+ * that cannot be used (no part, an empty envelope part, a Content-ID longer than
+ * 255 bytes or one that two attachments share); neither touches the error text.
+ * The other functions are those of the XML Signature family with the same
+ * arguments. */
+#define VQXML_ERR_NO_PACKAGE 10104
+VQXML_EXPORT int VQTK_EBXML_SetSOAPDocument(void* handle, char* data, int len);
+VQXML_EXPORT int VQTK_EBXML_SetSOAPSecXMLDocument(void* handle, char* data, int len);
+VQXML_EXPORT int VQTK_EBXML_SignatureMethod(void* handle, int signatureSelector, int canonicalizationSelector);
+VQXML_EXPORT int VQTK_EBXML_createReference(void* handle, char* uri, int digestSelector,
+                                            int canonicalizationSelector, char* xpath);
+VQXML_EXPORT int VQTK_EBXML_SetSigner(void* handle, unsigned char* cert, int certLen, unsigned char* key,
+                                      int keyLen);
+VQXML_EXPORT int VQTK_EBXML_SetSignKeyName(void* handle, char* name);
+VQXML_EXPORT int VQTK_EBXML_SetKeyValue(void* handle);
+VQXML_EXPORT int VQTK_EBXML_SetSubjectName(void* handle);
+VQXML_EXPORT int VQTK_EBXML_SetIssuerSerial(void* handle);
+VQXML_EXPORT int VQTK_EBXML_Sign(void* handle);
+VQXML_EXPORT int VQTK_EBXML_Verify(void* handle);
+VQXML_EXPORT int VQTK_EBXML_GetSubjectName(void* handle, char** subject);
+VQXML_EXPORT int VQTK_EBXML_GetIssuerSerialNum(void* handle, char** issuer, char** serial);
+VQXML_EXPORT int VQTK_EBXML_GetKeyName(void* handle, char** keyName);
+VQXML_EXPORT int VQTK_EBXML_GetSignCert(void* handle, unsigned char** cert, int* certLen);
+
 /* Returns at once; exported for the busy waits of start-up. */
 VQXML_EXPORT void VQXML_Sleep(int unused);
 

@@ -195,3 +195,80 @@ TEST(Verification, SignerDataComesFromKeyInfo) {
 }
 
 }  // namespace
+
+namespace {
+
+std::string signEnvelopedText(const std::string& doc) {
+    ScopedHandle h;
+    EXPECT_EQ(VQTK_XMLDSIG_SetXMLDocument(h, chars(doc), static_cast<int>(doc.size())), 0);
+    EXPECT_EQ(VQTK_XMLDSIG_SignatureMethod(h, 5, 1), 0);
+    EXPECT_EQ(VQTK_XMLDSIG_createReference(h, nullptr, 3, 0, const_cast<char*>(kEnvelopedXPath)), 0);
+    EXPECT_EQ(VQTK_XMLDSIG_SetSigner(h, bytes(signerCert()), static_cast<int>(signerCert().size()),
+                                     bytes(signerKey()), static_cast<int>(signerKey().size())),
+              0);
+    EXPECT_EQ(VQTK_XMLDSIG_sign(h), 0) << errorText(h);
+    return resultDocument(h);
+}
+
+int count(const std::string& text, const std::string& what) {
+    int n = 0;
+    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1))
+        ++n;
+    return n;
+}
+
+// The enveloped filter leaves out every ds:Signature, not only the one checked,
+// and the document comes back whole after the check.
+TEST(EnvelopedFilter, EverySignatureIsLeftOutAndTheDocumentIsRestored) {
+    const std::string twice = signEnvelopedText(signEnvelopedText(invoice()));
+    ASSERT_EQ(count(twice, "<SignatureValue>"), 2);
+    std::string result;
+    ASSERT_EQ(verify(twice, &result), 0) << result;
+    EXPECT_EQ(count(result, "<SignatureValue>"), 1) << "only the first Signature is removed";
+
+    // A change inside the other signature does not touch what this one signed.
+    const size_t second = twice.find("<SignatureValue>", twice.find("<SignatureValue>") + 1);
+    std::string changed = twice;
+    changed[second + 20] = changed[second + 20] == 'A' ? 'B' : 'A';
+    EXPECT_EQ(verify(changed, &result), 0) << result;
+}
+
+TEST(EnvelopedFilter, CommentsAreNotSigned) {
+    std::string text = signEnvelopedText(invoice());
+    text.insert(text.find("<TaxInvoiceDocument>"), "<!-- added after signing -->");
+    std::string result;
+    EXPECT_EQ(verify(text, &result), 0) << result;
+}
+
+TEST(EnvelopedFilter, XmlsecSignedFilterVerifies) {
+    if (!testfiles::haveProgram("xmlsec1"))
+        GTEST_SKIP() << "xmlsec1 is not installed";
+    std::string templ = invoice();
+    templ.insert(templ.find("<TaxInvoiceDocument>"),
+                 "<ds:Signature xmlns:ds=\"http://www.w3.org/2000/09/xmldsig#\"><ds:SignedInfo>"
+                 "<ds:CanonicalizationMethod Algorithm=\"http://www.w3.org/2001/10/xml-exc-c14n#\"/>"
+                 "<ds:SignatureMethod Algorithm=\"http://www.w3.org/2001/04/xmldsig-more#rsa-sha256\"/>"
+                 "<ds:Reference URI=\"\"><ds:Transforms>"
+                 "<ds:Transform Algorithm=\"http://www.w3.org/TR/1999/REC-xpath-19991116\">"
+                 "<ds:XPath xmlns:dsig=\"http://www.w3.org/2000/09/xmldsig#\">not(ancestor-or-self::dsig:Signature)"
+                 "</ds:XPath></ds:Transform>"
+                 "<ds:Transform Algorithm=\"http://www.w3.org/2001/10/xml-exc-c14n#\"/></ds:Transforms>"
+                 "<ds:DigestMethod Algorithm=\"http://www.w3.org/2001/04/xmlenc#sha256\"/><ds:DigestValue/>"
+                 "</ds:Reference></ds:SignedInfo><ds:SignatureValue/><ds:KeyInfo><ds:X509Data>"
+                 "<ds:X509Certificate/></ds:X509Data></ds:KeyInfo></ds:Signature>");
+    const std::string in = testfiles::scratch("xmlsec-template.xml");
+    const std::string out = testfiles::scratch("xmlsec-signed.xml");
+    testfiles::write(in, templ);
+    const std::string keys = testfiles::dataPath("dsig/signer-key.pem") + "," + testfiles::dataPath("dsig/signer.pem");
+    ASSERT_EQ(testfiles::run("xmlsec1 --sign --privkey-pem " + keys + " --output " + out + " " + in), 0);
+    const std::string signedText = testfiles::read(out);
+    std::string result;
+    EXPECT_EQ(verify(signedText, &result), 0) << result;
+    std::string forged = signedText;
+    forged.replace(forged.find("<GrandTotalAmount>1100000"), 25, "<GrandTotalAmount>1100001");
+    EXPECT_EQ(verify(forged, &result), 11213);
+    std::remove(in.c_str());
+    std::remove(out.c_str());
+}
+
+}  // namespace

@@ -161,8 +161,9 @@ TEST(Ciphertext, WrongSessionKeyFailsCleanly) {
         ASSERT_EQ(load(ctx, text), 0);
         ASSERT_EQ(ctx.XMLENC_setSymmKey(bytes(wrong), 24, 1), 0);
         const int rc = ctx.XMLENC_decrypt();
-        if (rc != 0)
+        if (rc != 0) {
             EXPECT_EQ(ctx.error().rfind("XMLENC_decrypt > ", 0), 0u);
+        }
     }
 }
 

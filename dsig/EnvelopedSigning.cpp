@@ -1,0 +1,124 @@
+// Signing the tax-invoice shape without the XPath engine.
+//
+// When every reference is of the enveloped shape (EnvelopedReferenceCheck.hpp),
+// their digests come from the canonical form of the document without its
+// signatures; the SignedInfo is then canonicalized and signed by the same
+// algorithm handler the engine's sign() would use. Any other signature is signed
+// by the engine.
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <xercesc/dom/DOM.hpp>
+#include <xsec/canon/XSECC14n20010315.hpp>
+#include <xsec/dsig/DSIGReference.hpp>
+#include <xsec/dsig/DSIGReferenceList.hpp>
+#include <xsec/dsig/DSIGSignature.hpp>
+#include <xsec/framework/XSECAlgorithmHandler.hpp>
+#include <xsec/framework/XSECAlgorithmMapper.hpp>
+#include <xsec/transformers/TXFMChain.hpp>
+#include <xsec/transformers/TXFMSB.hpp>
+#include <xsec/utils/XSECPlatformUtils.hpp>
+
+#include "core/Namespaces.hpp"
+#include "core/VQXMLException.hpp"
+#include "dsig/EnvelopedReferenceCheck.hpp"
+#include "engine/Base64.hpp"
+#include "vqxml/VQXML_XMLSecurity.h"
+
+XERCES_CPP_NAMESPACE_USE
+
+namespace {
+
+std::vector<DOMElement*> dsigChildren(const DOMElement* parent, const XMLCh* localName) {
+    std::vector<DOMElement*> out;
+    for (DOMElement* e = parent != nullptr ? parent->getFirstElementChild() : nullptr; e != nullptr;
+         e = e->getNextElementSibling())
+        if (XMLString::equals(e->getLocalName(), localName) &&
+            XMLString::equals(e->getNamespaceURI(), vqxml::kDsigNamespace))
+            out.push_back(e);
+    return out;
+}
+
+void setText(DOMElement* element, const std::string& text) {
+    element->setTextContent(vqxml::toXString(text).c_str());
+}
+
+std::string withoutLineBreaks(std::string text) {
+    std::string out;
+    for (char c : text)
+        if (c != '\n' && c != '\r')
+            out.push_back(c);
+    return out;
+}
+
+struct Canonicalization {
+    bool exclusive;
+    bool comments;
+};
+
+// SignedInfo's CanonicalizationMethod, if it is one this path takes.
+std::optional<Canonicalization> signedInfoCanonicalization(const DOMElement* signedInfo) {
+    const std::vector<DOMElement*> methods = dsigChildren(signedInfo, u"CanonicalizationMethod");
+    if (methods.size() != 1 || methods[0]->getFirstElementChild() != nullptr)
+        return std::nullopt;  // none, several, or an InclusiveNamespaces prefix list
+    const XMLCh* algorithm = methods[0]->getAttribute(u"Algorithm");
+    const bool exclusive = XMLString::startsWith(algorithm, u"http://www.w3.org/2001/10/xml-exc-c14n#");
+    if (!exclusive && !XMLString::startsWith(algorithm, u"http://www.w3.org/TR/2001/REC-xml-c14n-20010315"))
+        return std::nullopt;
+    return Canonicalization{exclusive, XMLString::endsWith(algorithm, u"#WithComments")};
+}
+
+XMLSize_t canonicalForm(DOMDocument* doc, DOMElement* element, Canonicalization how, safeBuffer& out) {
+    XSECC14n20010315 canon(doc, element);
+    canon.setCommentsProcessing(how.comments);
+    if (how.exclusive)
+        canon.setExclusive();
+    unsigned char chunk[8192];
+    XMLSize_t len = 0;
+    for (XMLSize_t n; (n = canon.outputBuffer(chunk, sizeof chunk)) > 0; len += n)
+        out.sbMemcpyIn(len, chunk, n);
+    return len;
+}
+
+}  // namespace
+
+bool VQXML_XMLSecurity::signEnveloped() {
+    if (m_signatureElement == nullptr || m_signingKey == nullptr)
+        return false;
+    const DSIGReferenceList* references = m_signature->getReferenceList();
+    DOMElement* signedInfo = m_signatureElement->getFirstElementChild();
+    const std::vector<DOMElement*> referenceElements = dsigChildren(signedInfo, u"Reference");
+    if (references == nullptr || references->getSize() == 0 || references->getSize() != referenceElements.size())
+        return false;
+    std::vector<std::vector<unsigned char>> digests;
+    for (DSIGReferenceList::size_type i = 0; i < references->getSize(); ++i) {
+        std::optional<std::vector<unsigned char>> digest = vqxml::envelopedDigest(references->item(i), m_document);
+        if (!digest)
+            return false;
+        digests.push_back(std::move(*digest));
+    }
+    const XSECAlgorithmHandler* handler =
+        XSECPlatformUtils::g_algorithmMapper->mapURIToHandler(m_signature->getAlgorithmURI());
+    const std::vector<DOMElement*> signatureValues = dsigChildren(m_signatureElement, u"SignatureValue");
+    const std::optional<Canonicalization> how = signedInfoCanonicalization(signedInfo);
+    if (handler == nullptr || signatureValues.size() != 1 || !how)
+        return false;
+
+    for (size_t i = 0; i < digests.size(); ++i) {
+        const std::vector<DOMElement*> value = dsigChildren(referenceElements[i], u"DigestValue");
+        if (value.size() != 1)
+            throw VQXML_XSECException(VQXML_ERR_UNKNOWN, "A Reference has no DigestValue");
+        setText(value[0], withoutLineBreaks(vqxml::base64Text(digests[i])));
+    }
+    safeBuffer canonical;
+    const XMLSize_t len = canonicalForm(m_document, signedInfo, *how, canonical);
+    TXFMSB* source = new TXFMSB(m_document);
+    TXFMChain chain(source);
+    source->setInput(canonical, static_cast<unsigned int>(len));
+    safeBuffer signature;
+    if (!handler->signToSafeBuffer(&chain, m_signature->getAlgorithmURI(), m_signingKey, 0, signature))
+        throw XSECException(XSECException::SigVfyError, "The signature value could not be computed");
+    setText(signatureValues[0], signature.rawCharBuffer());
+    return true;
+}

@@ -1,0 +1,177 @@
+// Broken and hostile packages get a status, never a crash, and leave the handle
+// usable.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "EbXmlFixture.hpp"
+
+using namespace ebxmltest;
+
+namespace {
+
+constexpr int kCannotUse = VQXML_ERR_RELEASE;
+
+int loadForSigning(void* h, const std::string& data) {
+    return VQTK_EBXML_SetSOAPDocument(h, chars(data), static_cast<int>(data.size()));
+}
+
+int loadForVerifying(void* h, const std::string& data) {
+    return VQTK_EBXML_SetSOAPSecXMLDocument(h, chars(data), static_cast<int>(data.size()));
+}
+
+std::string signedPackage() {
+    std::string out;
+    EXPECT_EQ(sign(makePackage(standardParts()), &out), 0) << out;
+    return out;
+}
+
+TEST(EbXmlArguments, NullHandleAndNoData) {
+    std::string package = makePackage(standardParts());
+    EXPECT_EQ(VQTK_EBXML_SetSOAPDocument(nullptr, chars(package), 10), VQXML_ERR_NULL_HANDLE);
+    EXPECT_EQ(VQTK_EBXML_SetSOAPSecXMLDocument(nullptr, chars(package), 10), VQXML_ERR_NULL_HANDLE);
+    EXPECT_EQ(VQTK_EBXML_Sign(nullptr), VQXML_ERR_NULL_HANDLE);
+    EXPECT_EQ(VQTK_EBXML_SetKeyValue(nullptr), VQXML_ERR_NULL_HANDLE);
+    ScopedHandle h;
+    EXPECT_EQ(VQTK_EBXML_SetSOAPDocument(h, nullptr, 10), VQXML_ERR_NO_PACKAGE);
+    EXPECT_EQ(VQTK_EBXML_SetSOAPDocument(h, chars(package), 0), VQXML_ERR_NO_PACKAGE);
+    EXPECT_EQ(VQTK_EBXML_SetSOAPSecXMLDocument(h, const_cast<char*>(""), 5), VQXML_ERR_NO_PACKAGE);
+    EXPECT_EQ(errorText(h), "");
+}
+
+TEST(EbXmlPackageShape, UnusablePackagesAreRefusedAtLoading) {
+    std::vector<Part> longId = standardParts();
+    longId[2].contentId = "<" + std::string(298, 'x') + ">";
+    std::vector<Part> sharedId = standardParts();
+    sharedId[2].contentId = sharedId[1].contentId;
+    std::vector<Part> emptyEnvelope = standardParts();
+    emptyEnvelope[0].content.clear();
+    const std::string refused[] = {
+        "Content-Type: multipart/related; boundary=\"b\"\r\n\r\n--b--\r\n",  // no part
+        "Content-Type: multipart/related\r\n\r\n<x/>\r\n",                   // no boundary, so no part
+        "--b",                                                                // a first line that never ends
+        "Content-Type: text/xml",                                             // a header that never ends
+        makePackage(longId),
+        makePackage(sharedId),
+        makePackage(emptyEnvelope),
+    };
+    for (const std::string& data : refused) {
+        ScopedHandle h;
+        EXPECT_EQ(loadForSigning(h, data), kCannotUse) << data.substr(0, 80);
+        EXPECT_EQ(loadForVerifying(h, data), kCannotUse) << data.substr(0, 80);
+        EXPECT_EQ(errorText(h), "");
+    }
+}
+
+TEST(EbXmlPackageShape, ContentIdsUpTo255BytesAreFine) {
+    std::vector<Part> parts = standardParts();
+    parts[2].contentId = "<" + std::string(255, 'y') + ">";
+    std::string out;
+    ASSERT_EQ(sign(makePackage(parts), &out), 0) << out;
+    EXPECT_EQ(verify(out, &out), 0) << out;
+}
+
+TEST(EbXmlPackageShape, ARefusedPackageLeavesThePreviousOneInPlace) {
+    const std::string good = makePackage(standardParts());
+    ScopedHandle h;
+    ASSERT_EQ(loadForSigning(h, good), 0);
+    ASSERT_EQ(loadForSigning(h, "Content-Type: multipart/related; boundary=\"b\"\r\n\r\n--b--\r\n"), kCannotUse);
+    ASSERT_EQ(signWithHmac(h), 0) << errorText(h);
+    EXPECT_EQ(leavesOf(resultDocument(h)).size(), 3u);
+}
+
+TEST(EbXmlPackageShape, AFirstPartThatIsNotXml) {
+    std::vector<Part> parts = standardParts();
+    std::swap(parts[0], parts[2]);
+    const std::string package = makePackage(parts);
+    ScopedHandle h;
+    EXPECT_EQ(loadForSigning(h, package), VQXML_ERR_PARSE);
+    EXPECT_EQ(errorText(h).rfind("XMLDSIG_setXMLDocument > ", 0), 0u) << errorText(h);
+    EXPECT_EQ(loadForVerifying(h, package), VQXML_ERR_PARSE);
+    EXPECT_EQ(errorText(h).rfind("XMLDSIG_setSignXMLDocument > ", 0), 0u) << errorText(h);
+}
+
+TEST(EbXmlPackageShape, AnUnclosedBoundary) {
+    // Without its closing delimiter the last part runs to the end of the data: a
+    // signed package cut there no longer verifies, and one cut inside its last
+    // part neither.
+    const std::string package = signedPackage();
+    const size_t closing = package.rfind("------=_ebxml_test_boundary--");
+    ASSERT_NE(closing, std::string::npos);
+    for (size_t cut : {closing, closing - 100}) {
+        std::string why;
+        EXPECT_EQ(verify(package.substr(0, cut), &why), 11213) << why;
+    }
+}
+
+TEST(EbXmlPackageShape, AMissingAttachmentCannotBeResolved) {
+    std::vector<Leaf> leaves = leavesOf(signedPackage());
+    std::vector<Part> parts = standardParts();
+    parts[0].content = leaves[0].content;
+    parts.pop_back();
+    std::string why;
+    EXPECT_NE(verify(makePackage(parts), &why), 0);
+    EXPECT_NE(why.find("cid:scan@example.kr"), std::string::npos) << why;
+}
+
+TEST(EbXmlPackageShape, AnAttachmentCannotTakeAnotherOnesPlace) {
+    // Swapping the Content-IDs of the attachments swaps what the references see:
+    // the binary one cannot be canonicalized as XML, a processing error rather
+    // than a failed check, but never a success.
+    std::vector<Leaf> leaves = leavesOf(signedPackage());
+    std::vector<Part> parts = standardParts();
+    parts[0].content = leaves[0].content;
+    std::swap(parts[1].contentId, parts[2].contentId);
+    std::string why;
+    EXPECT_EQ(verify(makePackage(parts), &why), VQXML_ERR_PARSE) << why;
+    // Two XML attachments swapped: both digests are wrong.
+    parts = standardParts();
+    parts[2] = {"text/xml", "<scan@example.kr>", "<other/>", ""};
+    std::string out;
+    ASSERT_EQ(sign(makePackage(parts), &out), 0) << out;
+    parts[0].content = leavesOf(out)[0].content;
+    std::swap(parts[1].content, parts[2].content);
+    EXPECT_EQ(verify(makePackage(parts), &why), 11213) << why;
+}
+
+TEST(EbXmlPackageShape, XmlAttachmentsNeverReachOutside) {
+    // An attachment the engine would parse may not name an external entity: the
+    // engine's parser would open it, signing or verifying.
+    const std::string secret = testfiles::scratch("ebxml-secret.txt");
+    testfiles::write(secret, "secret");
+    std::vector<Part> parts = standardParts();
+    parts[1].content = "<!DOCTYPE a [<!ENTITY e SYSTEM \"file://" + secret + "\">]><a>&e;</a>";
+    std::string why;
+    EXPECT_EQ(sign(makePackage(parts), &why), VQXML_ERR_PARSE) << why;
+    EXPECT_NE(why.find("<order@example.kr>"), std::string::npos) << why;
+
+    // A signature made over a harmless attachment, which is then swapped.
+    parts = standardParts();
+    std::string out;
+    ASSERT_EQ(sign(makePackage(parts), &out), 0) << out;
+    parts[0].content = leavesOf(out)[0].content;
+    parts[1].content = "<!DOCTYPE a [<!ENTITY e SYSTEM \"file://" + secret + "\">]><a>&e;</a>";
+    EXPECT_EQ(verify(makePackage(parts), &why), VQXML_ERR_PARSE) << why;
+    std::remove(secret.c_str());
+
+    // An internal subset is fine.
+    parts = standardParts();
+    parts[1].content = "<!DOCTYPE a [<!ENTITY e \"inner\">]><a>&e;</a>";
+    ASSERT_EQ(sign(makePackage(parts), &out), 0) << out;
+    EXPECT_EQ(verify(out, &why), 0) << why;
+}
+
+TEST(EbXmlPackageShape, DeeplyNestedPackages) {
+    std::string data = envelope();
+    for (int depth = 0; depth < 40; ++depth) {
+        const std::string boundary = "b" + std::to_string(depth);
+        data = "Content-Type: multipart/related; boundary=\"" + boundary + "\"\r\n\r\n--" + boundary +
+               "\r\n" + (depth == 0 ? "Content-Type: text/xml\r\n\r\n" : "") + data + "\r\n--" + boundary + "--\r\n";
+    }
+    ScopedHandle h;
+    EXPECT_EQ(loadForSigning(h, data), kCannotUse);
+}
+
+}  // namespace
