@@ -9,8 +9,8 @@
 //    the same ds:KeyInfo are tried in document order: every recipient of a
 //    document with several can open it. When no name matches, the error is the
 //    first EncryptedKey's name mismatch; when none unwraps, the first failure.
-#include <cstdlib>
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <memory>
