@@ -21,6 +21,7 @@
 #include <xsec/xenc/XENCEncryptedKey.hpp>
 #include <xsec/xenc/XENCEncryptionMethod.hpp>
 
+#include "engine/KeyInfoGuard.hpp"
 #include "engine/XencPlaintext.hpp"
 #include "engine/XencReferences.hpp"
 
@@ -32,6 +33,8 @@ namespace {
 
 const XMLCh kEncryptedKey[] = u"EncryptedKey";
 const XMLCh kIdPrefix[] = u"EncDataId-";
+// The document's note of the cipher made for it.
+const XMLCh kCipherMark[] = u"vqxml-xenc-cipher";
 
 // Every Id-like attribute value of the document ("Id", "ID" or "id" in any
 // namespace, wsu:Id included), so that a new identifier collides with none.
@@ -59,7 +62,9 @@ XString decimal(unsigned n) {
 }  // namespace
 
 VQXML_XENCCipher::VQXML_XENCCipher(XSECProvider& provider, DOMDocument* doc)
-    : m_provider(provider), m_engine(provider.newCipher(doc)) {}
+    : m_provider(provider), m_engine(provider.newCipher(doc)) {
+    doc->setUserData(kCipherMark, this, nullptr);
+}
 
 VQXML_XENCCipher::~VQXML_XENCCipher() {
     for (XENCEncryptedKey* key : m_documentKeys)
@@ -70,11 +75,11 @@ VQXML_XENCCipher::~VQXML_XENCCipher() {
 // ---- the engine's operations, passed on ----
 
 DOMDocument* VQXML_XENCCipher::decryptElement(DOMElement* element) {
-    vqxml::xenc::checkRetrievalChains(element);
+    vqxml::checkKeyInformation(element);
     return m_engine->decryptElement(element);
 }
 DOMNode* VQXML_XENCCipher::decryptElementDetached(DOMElement* element) {
-    vqxml::xenc::checkRetrievalChains(element);
+    vqxml::checkKeyInformation(element);
     return m_engine->decryptElementDetached(element);
 }
 DOMDocument* VQXML_XENCCipher::decryptElement() {
@@ -84,7 +89,7 @@ DOMNode* VQXML_XENCCipher::decryptElementDetached() {
     return m_engine->decryptElementDetached();
 }
 XSECBinTXFMInputStream* VQXML_XENCCipher::decryptToBinInputStream(DOMElement* element) {
-    vqxml::xenc::checkRetrievalChains(element);
+    vqxml::checkKeyInformation(element);
     return m_engine->decryptToBinInputStream(element);
 }
 int VQXML_XENCCipher::decryptKey(DOMElement* keyNode, XMLByte* rawKey, int maxKeySize) {
@@ -141,19 +146,20 @@ XENCEncryptedData* VQXML_XENCCipher::createEncryptedData(XENCCipherData::XENCCip
     return m_engine->createEncryptedData(type, algorithm, value);
 }
 XENCEncryptedKey* VQXML_XENCCipher::loadEncryptedKey(DOMElement* keyNode) {
-    vqxml::xenc::checkRetrievalChains(keyNode);
+    vqxml::checkKeyInformation(keyNode);
     return m_engine->loadEncryptedKey(keyNode);
 }
 XENCEncryptedData* VQXML_XENCCipher::loadEncryptedData(DOMElement* dataNode) {
-    vqxml::xenc::checkRetrievalChains(dataNode);
+    vqxml::checkKeyInformation(dataNode);
     return m_engine->loadEncryptedData(dataNode);
 }
 
 // ---- encryption of elements and content, with the plaintext of XencPlaintext.hpp ----
 
 DOMNode* VQXML_XENCCipher::encryptElementDetached(DOMElement* element, const XMLCh* algorithmURI) {
-    XENCEncryptedData* data =
-        encryptOctets(vqxml::xenc::plaintextOf(element, element->getParentNode()), algorithmURI);
+    vqxml::korean::SecureBytes plain;
+    vqxml::xenc::appendPlaintext(element, element->getParentNode(), plain);
+    XENCEncryptedData* data = encryptOctets(plain, algorithmURI);
     data->setType(DSIGConstants::s_unicodeStrURIXENC_ELEMENT);
     return data->getElement();
 }
@@ -169,10 +175,8 @@ DOMDocument* VQXML_XENCCipher::encryptElement(DOMElement* element, const XMLCh* 
 
 DOMNode* VQXML_XENCCipher::encryptElementContentDetached(DOMElement* element, const XMLCh* algorithmURI) {
     vqxml::korean::SecureBytes plain;
-    for (DOMNode* child = element->getFirstChild(); child != nullptr; child = child->getNextSibling()) {
-        const vqxml::korean::SecureBytes part = vqxml::xenc::plaintextOf(child, element);
-        plain.insert(plain.end(), part.begin(), part.end());
-    }
+    for (DOMNode* child = element->getFirstChild(); child != nullptr; child = child->getNextSibling())
+        vqxml::xenc::appendPlaintext(child, element, plain);
     XENCEncryptedData* data = encryptOctets(plain, algorithmURI);
     data->setType(DSIGConstants::s_unicodeStrURIXENC_CONTENT);
     return data->getElement();
@@ -229,6 +233,10 @@ int VQXML_XENCCipher::decryptKey(XENCEncryptedKey* encryptedKey, XMLByte* rawKey
 }
 
 // ---- additions ----
+
+bool VQXML_XENCCipher::serves(const DOMDocument* doc) const {
+    return doc != nullptr && doc == getDocument() && doc->getUserData(kCipherMark) == this;
+}
 
 const XMLCh* VQXML_XENCCipher::identifierOf(XENCEncryptedData* data) {
     DOMElement* element = data->getElement();

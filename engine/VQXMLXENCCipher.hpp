@@ -10,8 +10,8 @@
 //    making them. The cipher owns them.
 //  - Elements and content are encrypted as they read in their place
 //    (XencPlaintext.hpp), rather than in the engine's exclusive canonical form.
-//  - Elements whose ds:RetrievalMethods loop or lead too far are refused before
-//    the engine loads them (it would follow them without end).
+//  - Key information the engine mishandles is refused before it loads an
+//    element (KeyInfoGuard.hpp).
 //  - decryptKey keeps the unwrapped key only in memory that is wiped when freed.
 //
 // Everything else is the engine's cipher, which this one makes from the provider
@@ -76,6 +76,9 @@ public:
     XENCEncryptedData* loadEncryptedData(XERCES_CPP_NAMESPACE::DOMElement* dataNode) override;
 
     // ---- additions ----
+    // Whether doc is the very document this cipher was made for (not merely one
+    // that took its place at the same address after it was released).
+    bool serves(const XERCES_CPP_NAMESPACE::DOMDocument* doc) const;
     // The identifier of data, as described above; valid as long as this cipher.
     const XMLCh* identifierOf(XENCEncryptedData* data);
     // The document-level EncryptedKeys, in document order, then in handing order.

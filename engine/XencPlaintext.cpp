@@ -1,15 +1,11 @@
 #include "engine/XencPlaintext.hpp"
 
-#include <algorithm>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <xercesc/dom/DOM.hpp>
-#include <xercesc/util/TransService.hpp>
-#include <xsec/transformers/TXFMC14n.hpp>
-#include <xsec/transformers/TXFMChain.hpp>
-#include <xsec/transformers/TXFMDocObject.hpp>
-
-#include "engine/ChainBytes.hpp"
+#include <xercesc/util/XMLUniDefs.hpp>
 
 XERCES_CPP_NAMESPACE_USE
 
@@ -17,92 +13,192 @@ namespace vqxml::xenc {
 
 namespace {
 
-using korean::SecureBytes;
+using XString = std::basic_string<XMLCh>;
 
-korean::SecureBytes canonical(DOMNode* node) {
-    DOMDocument* doc = node->getOwnerDocument();
-    auto* source = new TXFMDocObject(doc);
-    TXFMChain chain(source);
-    source->setInput(doc, node);
-    auto* c14n = new TXFMC14n(doc);
-    chain.appendTxfm(c14n);
-    c14n->activateComments();
-    return readAllBytes(&chain);
+const XMLCh kXmlnsNamespace[] = u"http://www.w3.org/2000/xmlns/";
+const XMLCh kXmlNamespace[] = u"http://www.w3.org/XML/1998/namespace";
+
+XString text(const XMLCh* s) {
+    return s != nullptr ? XString(s) : XString();
 }
 
-// The namespace a prefix (empty: the default) is bound to at node; "" for none.
-std::u16string boundAt(const DOMNode* node, const std::string& prefix) {
-    if (node == nullptr || node->getNodeType() != DOMNode::ELEMENT_NODE)
-        return std::u16string();
-    const std::u16string wide(prefix.begin(), prefix.end());
-    const XMLCh* uri = node->lookupNamespaceURI(prefix.empty() ? nullptr : wide.c_str());
-    return uri != nullptr ? std::u16string(uri) : std::u16string();
-}
+class Writer {
+public:
+    Writer(const DOMNode* context, korean::SecureBytes& out) : m_context(context), m_out(out) {}
 
-// A canonical attribute value (UTF-8, with C14N's escapes) as 16-bit text.
-std::u16string unescaped(const std::string& value) {
-    static const struct {
-        const char* escape;
-        char plain;
-    } kEscapes[] = {{"&amp;", '&'}, {"&lt;", '<'}, {"&quot;", '"'}, {"&#x9;", '\t'}, {"&#xA;", '\n'}, {"&#xD;", '\r'}};
-    std::string plain;
-    for (size_t i = 0; i < value.size();) {
-        bool replaced = false;
-        for (const auto& e : kEscapes) {
-            if (value.compare(i, std::char_traits<char>::length(e.escape), e.escape) == 0) {
-                plain.push_back(e.plain);
-                i += std::char_traits<char>::length(e.escape);
-                replaced = true;
-                break;
+    void node(const DOMNode* n) {
+        switch (n->getNodeType()) {
+        case DOMNode::ELEMENT_NODE:
+            element(static_cast<const DOMElement*>(n));
+            break;
+        case DOMNode::TEXT_NODE:
+            escaped(n->getNodeValue(), false);
+            break;
+        case DOMNode::CDATA_SECTION_NODE:
+            cdata(n->getNodeValue());
+            break;
+        case DOMNode::COMMENT_NODE:
+            raw("<!--");
+            utf8(n->getNodeValue());
+            raw("-->");
+            break;
+        case DOMNode::PROCESSING_INSTRUCTION_NODE:
+            raw("<?");
+            utf8(n->getNodeName());
+            if (n->getNodeValue() != nullptr && *n->getNodeValue() != 0) {
+                raw(" ");
+                utf8(n->getNodeValue());
+            }
+            raw("?>");
+            break;
+        case DOMNode::ENTITY_REFERENCE_NODE:
+            for (const DOMNode* c = n->getFirstChild(); c != nullptr; c = c->getNextSibling())
+                node(c);
+            break;
+        default:
+            break;
+        }
+    }
+
+private:
+    // The namespace prefix (empty: the default) stands for where the octets are read.
+    XString inScope(const XString& prefix) const {
+        for (auto it = m_declared.rbegin(); it != m_declared.rend(); ++it)
+            if (it->first == prefix)
+                return it->second;
+        if (prefix == u"xml")
+            return kXmlNamespace;
+        if (m_context == nullptr || m_context->getNodeType() != DOMNode::ELEMENT_NODE)
+            return XString();
+        return text(m_context->lookupNamespaceURI(prefix.empty() ? nullptr : prefix.c_str()));
+    }
+
+    // Writes a declaration unless the binding already holds there.
+    void bind(const XString& prefix, const XString& uri) {
+        if (inScope(prefix) == uri)
+            return;
+        raw(prefix.empty() ? " xmlns=\"" : " xmlns:");
+        if (!prefix.empty()) {
+            utf8(prefix.c_str());
+            raw("=\"");
+        }
+        escaped(uri.c_str(), true);
+        raw("\"");
+        m_declared.emplace_back(prefix, uri);
+    }
+
+    void element(const DOMElement* e) {
+        const size_t mark = m_declared.size();
+        raw("<");
+        utf8(e->getNodeName());
+        const DOMNamedNodeMap* attributes = e->getAttributes();
+        const XMLSize_t count = attributes != nullptr ? attributes->getLength() : 0;
+        for (XMLSize_t i = 0; i < count; ++i) {
+            const DOMNode* a = attributes->item(i);
+            if (XMLString::equals(a->getNamespaceURI(), kXmlnsNamespace))
+                bind(XMLString::equals(a->getLocalName(), u"xmlns") ? XString() : text(a->getLocalName()),
+                     text(a->getNodeValue()));
+        }
+        bind(text(e->getPrefix()), text(e->getNamespaceURI()));
+        for (XMLSize_t i = 0; i < count; ++i) {
+            const DOMNode* a = attributes->item(i);
+            if (XMLString::equals(a->getNamespaceURI(), kXmlnsNamespace))
+                continue;
+            if (a->getPrefix() != nullptr && *a->getPrefix() != 0)
+                bind(text(a->getPrefix()), text(a->getNamespaceURI()));
+            raw(" ");
+            utf8(a->getNodeName());
+            raw("=\"");
+            escaped(a->getNodeValue(), true);
+            raw("\"");
+        }
+        if (e->getFirstChild() == nullptr) {
+            raw("/>");
+        } else {
+            raw(">");
+            for (const DOMNode* c = e->getFirstChild(); c != nullptr; c = c->getNextSibling())
+                node(c);
+            raw("</");
+            utf8(e->getNodeName());
+            raw(">");
+        }
+        m_declared.resize(mark);
+    }
+
+    void cdata(const XMLCh* s) {
+        // "]]>" cannot stand inside a section: it is split over two.
+        raw("<![CDATA[");
+        for (const XMLCh* c = s; c != nullptr && *c != 0; ++c) {
+            if (c[0] == u']' && c[1] == u']' && c[2] == u'>') {
+                raw("]]]]><![CDATA[>");
+                c += 2;
+            } else {
+                codePoint(c);
             }
         }
-        if (!replaced)
-            plain.push_back(value[i++]);
+        raw("]]>");
     }
-    TranscodeFromStr wide(reinterpret_cast<const XMLByte*>(plain.data()), plain.size(), "UTF-8");
-    return std::u16string(wide.str(), wide.length());
-}
 
-bool startsAt(const SecureBytes& bytes, size_t pos, const char* text) {
-    const size_t len = std::char_traits<char>::length(text);
-    return pos + len <= bytes.size() && std::equal(text, text + len, bytes.begin() + static_cast<long>(pos));
-}
+    // Canonical XML's escapes: in attribute values also '"' and the whitespace
+    // that attribute-value normalisation would change.
+    void escaped(const XMLCh* s, bool attribute) {
+        for (const XMLCh* c = s; c != nullptr && *c != 0; ++c) {
+            switch (*c) {
+            case u'&': raw("&amp;"); break;
+            case u'<': raw("&lt;"); break;
+            case u'>': attribute ? raw(">") : raw("&gt;"); break;
+            case u'"': attribute ? raw("&quot;") : raw("\""); break;
+            case u'\t': attribute ? raw("&#x9;") : raw("\t"); break;
+            case u'\n': attribute ? raw("&#xA;") : raw("\n"); break;
+            case u'\r': raw("&#xD;"); break;
+            default: codePoint(c);
+            }
+        }
+    }
 
-// Rewrites the first start tag of a canonical element: C14N writes the namespace
-// declarations first, as ` xmlns="v"` and ` xmlns:p="v"`, with '"' escaped.
-void placeInContext(SecureBytes& bytes, const DOMElement* element, const DOMNode* context) {
-    size_t pos = 1;
-    while (pos < bytes.size() && bytes[pos] != ' ' && bytes[pos] != '>')
-        ++pos;
-    const size_t nameEnd = pos;
-    bool declaresDefault = false;
-    while (startsAt(bytes, pos, " xmlns=") || startsAt(bytes, pos, " xmlns:")) {
-        const size_t equals = std::find(bytes.begin() + static_cast<long>(pos), bytes.end(), '=') - bytes.begin();
-        const size_t close = std::find(bytes.begin() + static_cast<long>(equals) + 2, bytes.end(), '"') - bytes.begin();
-        if (close >= bytes.size())
-            return;
-        const std::string prefix = bytes[pos + 6] == ':' ? std::string(bytes.begin() + pos + 7, bytes.begin() + equals)
-                                                         : std::string();
-        const std::string value(bytes.begin() + equals + 2, bytes.begin() + close);
-        declaresDefault = declaresDefault || prefix.empty();
-        if (boundAt(context, prefix) == unescaped(value))
-            bytes.erase(bytes.begin() + pos, bytes.begin() + close + 1);
-        else
-            pos = close + 1;
+    void utf8(const XMLCh* s) {
+        for (const XMLCh* c = s; c != nullptr && *c != 0; ++c)
+            codePoint(c);
     }
-    if (!declaresDefault && boundAt(element, "").empty() && !boundAt(context, "").empty()) {
-        static const char kUndeclare[] = " xmlns=\"\"";
-        bytes.insert(bytes.begin() + nameEnd, kUndeclare, kUndeclare + sizeof kUndeclare - 1);
+
+    // Writes the character at *c (advancing c past a surrogate pair's first half).
+    void codePoint(const XMLCh*& c) {
+        char32_t cp = *c;
+        if (cp >= 0xD800 && cp <= 0xDBFF && c[1] >= 0xDC00 && c[1] <= 0xDFFF) {
+            cp = 0x10000 + ((cp - 0xD800) << 10) + (c[1] - 0xDC00);
+            ++c;
+        }
+        if (cp < 0x80) {
+            m_out.push_back(static_cast<std::uint8_t>(cp));
+        } else if (cp < 0x800) {
+            m_out.push_back(static_cast<std::uint8_t>(0xC0 | (cp >> 6)));
+            m_out.push_back(static_cast<std::uint8_t>(0x80 | (cp & 0x3F)));
+        } else if (cp < 0x10000) {
+            m_out.push_back(static_cast<std::uint8_t>(0xE0 | (cp >> 12)));
+            m_out.push_back(static_cast<std::uint8_t>(0x80 | ((cp >> 6) & 0x3F)));
+            m_out.push_back(static_cast<std::uint8_t>(0x80 | (cp & 0x3F)));
+        } else {
+            m_out.push_back(static_cast<std::uint8_t>(0xF0 | (cp >> 18)));
+            m_out.push_back(static_cast<std::uint8_t>(0x80 | ((cp >> 12) & 0x3F)));
+            m_out.push_back(static_cast<std::uint8_t>(0x80 | ((cp >> 6) & 0x3F)));
+            m_out.push_back(static_cast<std::uint8_t>(0x80 | (cp & 0x3F)));
+        }
     }
-}
+
+    void raw(const char* s) {
+        while (*s != 0)
+            m_out.push_back(static_cast<std::uint8_t>(*s++));
+    }
+
+    const DOMNode* m_context;
+    korean::SecureBytes& m_out;
+    std::vector<std::pair<XString, XString>> m_declared;
+};
 
 }  // namespace
 
-korean::SecureBytes plaintextOf(DOMNode* node, const DOMNode* context) {
-    SecureBytes bytes = canonical(node);
-    if (node->getNodeType() == DOMNode::ELEMENT_NODE && !bytes.empty())
-        placeInContext(bytes, static_cast<const DOMElement*>(node), context);
-    return bytes;
+void appendPlaintext(const DOMNode* node, const DOMNode* context, korean::SecureBytes& out) {
+    Writer(context, out).node(node);
 }
 
 }  // namespace vqxml::xenc

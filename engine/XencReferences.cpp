@@ -1,13 +1,9 @@
 #include "engine/XencReferences.hpp"
 
-#include <algorithm>
-#include <set>
 #include <string>
-#include <vector>
 
 #include <xercesc/dom/DOM.hpp>
 #include <xsec/dsig/DSIGConstants.hpp>
-#include <xsec/framework/XSECException.hpp>
 #include <xsec/xenc/XENCEncryptedKey.hpp>
 
 XERCES_CPP_NAMESPACE_USE
@@ -44,46 +40,10 @@ DOMElement* makeXencElement(const DOMElement* key, const XMLCh* localName) {
     return key->getOwnerDocument()->createElementNS(DSIGConstants::s_unicodeStrURIXENC, qualified.c_str());
 }
 
-// The elements that the RetrievalMethods inside element name in its document.
-std::vector<const DOMElement*> retrievedBy(const DOMElement* element) {
-    std::vector<const DOMElement*> targets;
-    DOMNodeList* methods = const_cast<DOMElement*>(element)->getElementsByTagNameNS(DSIGConstants::s_unicodeStrURIDSIG,
-                                                                                   u"RetrievalMethod");
-    for (XMLSize_t i = 0; i < methods->getLength(); ++i) {
-        const XMLCh* uri = static_cast<DOMElement*>(methods->item(i))->getAttributeNS(nullptr, kURI);
-        if (uri == nullptr || uri[0] != u'#' || uri[1] == 0)
-            continue;
-        if (const DOMElement* target = element->getOwnerDocument()->getElementById(uri + 1))
-            targets.push_back(target);
-    }
-    return targets;
-}
-
-// Depth first; an element explored once without trouble is not explored again.
-void followChains(const DOMElement* element, std::vector<const DOMElement*>& path,
-                  std::set<const DOMElement*>& cleared) {
-    if (cleared.count(element) != 0)
-        return;
-    if (std::find(path.begin(), path.end(), element) != path.end())
-        throw XSECException(XSECException::UnsupportedFunction, "A RetrievalMethod leads back to itself");
-    if (path.size() >= static_cast<size_t>(vqxml::xenc::kMaxRetrievalChain))
-        throw XSECException(XSECException::UnsupportedFunction, "RetrievalMethods lead too far");
-    path.push_back(element);
-    for (const DOMElement* target : retrievedBy(element))
-        followChains(target, path, cleared);
-    path.pop_back();
-    cleared.insert(element);
-}
-
 }  // namespace
 
 namespace vqxml::xenc {
 
-void checkRetrievalChains(const DOMElement* element) {
-    std::vector<const DOMElement*> path;
-    std::set<const DOMElement*> cleared;
-    followChains(element, path, cleared);
-}
 
 
 bool insideKeyInfo(const DOMElement* element) {

@@ -28,13 +28,6 @@ void addDataReference(XENCEncryptedKey& key, const XMLCh* id, bool prettyPrint);
 // Whether the key's ReferenceList holds a DataReference to "#id".
 bool refersTo(const XENCEncryptedKey& key, const XMLCh* id);
 
-// The engine follows a ds:RetrievalMethod into the element it names and loads
-// that element's own key information, recursively and without a limit: this
-// throws XSECException unless every chain of same-document RetrievalMethods
-// that starts inside element is shorter than kMaxRetrievalChain and free of
-// loops. Names resolve as the engine resolves them (declared ID attributes).
-inline constexpr int kMaxRetrievalChain = 8;
-void checkRetrievalChains(const XERCES_CPP_NAMESPACE::DOMElement* element);
 
 }  // namespace vqxml::xenc
 

@@ -1,5 +1,21 @@
 // What both sides of XML Encryption share: the cipher that goes with the
 // document, and the session key buffer.
+//
+// Choices of ours where the rules leave the outcome open:
+//  - Every call that needs the cipher and finds none for the loaded document
+//    (nothing loaded, or another family's loader replaced the document) fails
+//    with the family's "no document" code: 10106 when encrypting, 10311 when
+//    decrypting.
+//  - Loading a document starts afresh: the marks of elements encrypted so far,
+//    their count and the "key name went into the data" flag name objects of the
+//    previous document and are cleared with it; so is the EncryptedKey read last.
+//    The position in the walk over document-level EncryptedKeys is the handle's
+//    and is kept.
+//  - One document per handle: loading releases the signature object of the XML
+//    Signature family too, which would otherwise point into the old document,
+//    and an ebXML package, which would otherwise wrap the result.
+//  - An EncryptedKey read from inside an EncryptedData is forgotten when the
+//    cipher lets that object go (decryption); unwrapping then fails with 10304.
 #include <cstdlib>
 #include <cstring>
 
@@ -10,13 +26,14 @@
 #include "core/EngineLifecycle.hpp"
 #include "core/VQXMLException.hpp"
 #include "engine/VQXMLXENCCipher.hpp"
+#include "vqxml/VQXML_Mime.h"
 #include "xenc/KeyBuffer.hpp"
 #include "vqxml/VQXML_XMLSecurity.h"
 
 // Another family's loader may have replaced the document under the cipher; such
 // a cipher serves no more.
 XENCCipher& VQXML_XMLSecurity::requireCipher(int code) const {
-    if (m_cipher == nullptr || m_document == nullptr || m_cipher->getDocument() != m_document)
+    if (m_cipher == nullptr || !static_cast<const VQXML_XENCCipher*>(m_cipher)->serves(m_document))
         throw VQXML_XSECException(code, "Load a document with XMLENC_setXMLDocument or XMLENC_setEncXMLDocument first");
     return *m_cipher;
 }
@@ -32,6 +49,8 @@ void VQXML_XMLSecurity::releaseCipherAndDocument() {
     }
     m_encDataCount = 0;
     m_keyNameInData = false;
+    delete m_mimeMessage;
+    m_mimeMessage = nullptr;
     try {
         if (m_cipher != nullptr)
             g_provider->releaseCipher(m_cipher);

@@ -9,8 +9,8 @@
 //    the same ds:KeyInfo are tried in document order: every recipient of a
 //    document with several can open it. When no name matches, the error is the
 //    first EncryptedKey's name mismatch; when none unwraps, the first failure.
-#include <cstdlib>
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <memory>
@@ -162,12 +162,17 @@ public:
         return *m_rsa;
     }
 
+    // Key wrap takes the key bytes as they are: there must be some.
+    void requireSecret() const {
+        if (m_priKey == nullptr || m_priKeyLen <= 0)
+            throw VQXML_XSECException(10306);
+    }
+
     // A new key-encryption key for the transport, for the cipher to own.
     XSECCryptoKey* kekFor(int transport) {
         if (transport != kTripleDesKeyWrap)
             return rsa().clone();
-        if (m_priKey == nullptr || m_priKeyLen <= 0)
-            throw VQXML_XSECException(10306);
+        requireSecret();
         std::unique_ptr<XSECCryptoSymmetricKey> kek(vqxml::newSymmetricKey(vqxml::kKeyTripleDes));
         if (!kek)
             throw VQXML_XSECException(11102);
@@ -250,7 +255,9 @@ int VQXML_XMLSecurity::XMLENC_decryptKeyWrapKey(unsigned char* cert, int certLen
         std::exception_ptr firstRefusal;
         for (const Candidate& c : unwrapCandidates(cipher, m_encryptedKey, m_keyWrapAlg)) {
             try {
-                if (c.transport != kTripleDesKeyWrap) {
+                if (c.transport == kTripleDesKeyWrap) {
+                    caller.requireSecret();
+                } else {
                     const RecipientNames mine = namesOf(caller.rsa(), encoding.c_str());
                     const RecipientNames stated =
                         c.key == m_encryptedKey
@@ -266,7 +273,7 @@ int VQXML_XMLSecurity::XMLENC_decryptKeyWrapKey(unsigned char* cert, int certLen
             }
         }
         if (eligible.empty())
-            std::rethrow_exception(firstRefusal);
+            std::rethrow_exception(firstRefusal ? firstRefusal : std::make_exception_ptr(VQXML_XSECException(10304)));
 
         replaceSessionKey(nullptr, 0);
         std::exception_ptr firstFailure;

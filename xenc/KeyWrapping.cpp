@@ -1,4 +1,9 @@
 // Wrapping the session key for a recipient, and where the EncryptedKey goes.
+//
+// With no element encrypted yet on a fresh document there is no EncryptedData to
+// hold the key: that is refused (10302). An EncryptedKey refers to its
+// EncryptedData through a ReferenceList of DataReference URIs, "#" and the data's
+// Id ("EncDataId-<n>", the smallest n the document does not use yet).
 #include <cstdio>
 #include <cstdlib>
 #include <memory>

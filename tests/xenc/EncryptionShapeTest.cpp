@@ -175,6 +175,16 @@ TEST(Refusals, EachCallNamesWhatIsWrong) {
     EXPECT_EQ(VQTK_XMLENC_Decrypt(nullptr), VQXML_ERR_NULL_HANDLE);
 }
 
+// The signature family's loader replaces the document under the cipher.
+TEST(Refusals, CipherOfAReplacedDocumentServesNoMore) {
+    ScopedHandle h;
+    ASSERT_EQ(VQTK_XMLENC_SetXMLDocument(h, chars(kDoc), size(kDoc)), 0);
+    ASSERT_EQ(VQTK_XMLENC_SetSymmAlg(h, 1), 0);
+    ASSERT_EQ(VQTK_XMLDSIG_SetXMLDocument(h, chars(kDoc), size(kDoc)), 0);
+    EXPECT_EQ(VQTK_XMLENC_EncryptElement(h, chars("Amount"), 2), 10106);
+    EXPECT_EQ(VQTK_XMLENC_Decrypt(h), 10311);
+}
+
 TEST(Refusals, EncryptReportsWithoutMethodName) {
     ScopedHandle h;
     EXPECT_EQ(VQTK_XMLENC_Encrypt(h), 10106);

@@ -161,8 +161,9 @@ TEST(Ciphertext, WrongSessionKeyFailsCleanly) {
         ASSERT_EQ(load(ctx, text), 0);
         ASSERT_EQ(ctx.XMLENC_setSymmKey(bytes(wrong), 24, 1), 0);
         const int rc = ctx.XMLENC_decrypt();
-        if (rc != 0)
+        if (rc != 0) {
             EXPECT_EQ(ctx.error().rfind("XMLENC_decrypt > ", 0), 0u);
+        }
     }
 }
 
@@ -197,6 +198,17 @@ TEST(Structure, RetrievalMethodLoopsAreRefused) {
     Context ctx;
     EXPECT_NE(load(ctx, doc), 0);
     EXPECT_NE(ctx.error().find("leads back to itself"), std::string::npos) << ctx.error();
+}
+
+// The engine would keep only the last name and lose the others' memory.
+TEST(Structure, RepeatedX509NamesAreRefused) {
+    std::string text = encryptedFor(kRsa);
+    const size_t serial = text.find("<ds:X509IssuerSerial>");
+    const std::string issuerSerial = text.substr(serial, text.find("</ds:X509IssuerSerial>") + 22 - serial);
+    text.insert(serial, issuerSerial);
+    Context ctx;
+    EXPECT_NE(load(ctx, text), 0);
+    EXPECT_NE(ctx.error().find("several X509SubjectName or X509IssuerSerial"), std::string::npos) << ctx.error();
 }
 
 TEST(SessionKey, RandomKeysAreFreshAndOfTheAlgorithmsLength) {

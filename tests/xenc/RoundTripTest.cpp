@@ -53,8 +53,9 @@ TEST_P(RoundTrip, OpensToTheOriginalBytes) {
     e.recipients = {c.recipient};
     const std::string encrypted = encrypt(kInvoice, e);
     ASSERT_EQ(encrypted.find("1100000"), std::string::npos) << encrypted;
-    if (c.twoElements)
+    if (c.twoElements) {
         ASSERT_EQ(encrypted.find("주식회사"), std::string::npos);
+    }
     std::string opened;
     ASSERT_EQ(decrypt(encrypted, c.recipient, &opened), 0) << opened;
     EXPECT_EQ(body(opened), body(kInvoice));

@@ -61,22 +61,26 @@ struct Encryption {
 inline std::string encrypt(const std::string& text, const Encryption& e) {
     ScopedHandle h;
     EXPECT_EQ(VQTK_XMLENC_SetXMLDocument(h, chars(text), size(text)), 0) << errorText(h);
-    if (!e.prefix.empty())
+    if (!e.prefix.empty()) {
         EXPECT_EQ(VQTK_XMLENC_SetPrefix(h, chars(e.prefix)), 0) << errorText(h);
-    if (e.sessionKey.empty())
+    }
+    if (e.sessionKey.empty()) {
         EXPECT_EQ(VQTK_XMLENC_SetSymmAlg(h, e.symmetric), 0) << errorText(h);
-    else
+    } else {
         EXPECT_EQ(VQTK_XMLENC_SetSymmKey(h, bytes(e.sessionKey), size(e.sessionKey), e.symmetric), 0);
-    if (!e.keyNameBefore.empty())
+    }
+    if (!e.keyNameBefore.empty()) {
         EXPECT_EQ(VQTK_XMLENC_SetKeyName(h, chars(e.keyNameBefore)), 0);
+    }
     for (const std::string& target : e.targets)
         EXPECT_EQ(VQTK_XMLENC_EncryptElement(h, chars(target), e.mode), 0) << errorText(h);
     if (e.subjectName)
         VQTK_XMLENC_SetSubjectName(h);
     if (e.issuerSerial)
         VQTK_XMLENC_SetIssuerSerial(h);
-    if (!e.keyNameAfter.empty())
+    if (!e.keyNameAfter.empty()) {
         EXPECT_EQ(VQTK_XMLENC_SetKeyName(h, chars(e.keyNameAfter)), 0);
+    }
     for (const Recipient& r : e.recipients) {
         const std::string key = r.wrapKey();
         EXPECT_EQ(VQTK_XMLENC_EncryptKeyWrapKey(h, bytes(key), size(key), r.transport), 0) << errorText(h);
