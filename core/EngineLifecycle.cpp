@@ -5,7 +5,7 @@
 #include <xalanc/Include/XalanMemoryManagement.hpp>
 #include <xalanc/XalanTransformer/XalanTransformer.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
-#include <xsec/framework/XSECProvider.hpp>
+#include "engine/wssec/VQXML_XSECProvider.hpp"
 #include <xsec/utils/XSECPlatformUtils.hpp>
 
 #include "core/VQXMLException.hpp"
@@ -19,7 +19,7 @@ std::atomic<int> g_Init{0};
 std::atomic<int> g_Finish{0};
 std::atomic<int> g_InitCount{0};
 XMLMutex* g_initMutex = nullptr;
-XSECProvider* g_provider = nullptr;
+VQXML_XSECProvider* g_provider = nullptr;
 
 // Set once everything of a start-up is in place (the crypto provider alone is not
 // enough: g_provider is made after it). Xerces 3.2 may run without a network
@@ -65,7 +65,7 @@ void startEngines() {
                                           : new VQTKCryptoProvider());
         registerAlgorithmHandlers();
         if (g_provider == nullptr)
-            g_provider = new XSECProvider();
+            g_provider = new VQXML_XSECProvider();
     } catch (const std::bad_alloc&) {
         stopEngines();
         throw VQXML_XSECException(VQXML_ERR_MEMORY);

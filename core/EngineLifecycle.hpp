@@ -6,13 +6,13 @@
 
 #include <xercesc/util/Mutexes.hpp>
 
-class XSECProvider;
+#include "engine/wssec/VQXML_XSECProvider.hpp"
 
 extern std::atomic<int> g_Init;       // 1 from the start of a start-up to the end of its teardown
 extern std::atomic<int> g_Finish;     // 1 while the last context tears the engines down
 extern std::atomic<int> g_InitCount;  // live contexts
 extern XERCES_CPP_NAMESPACE::XMLMutex* g_initMutex;
-extern XSECProvider* g_provider;
+extern VQXML_XSECProvider* g_provider;
 
 namespace vqxml {
 

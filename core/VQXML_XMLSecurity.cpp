@@ -7,7 +7,7 @@
 
 #include <openssl/crypto.h>
 #include <xercesc/dom/DOM.hpp>
-#include <xsec/framework/XSECProvider.hpp>
+#include "engine/wssec/VQXML_XSECProvider.hpp"
 
 #include "core/EngineLifecycle.hpp"
 #include "core/VQXMLException.hpp"
@@ -116,6 +116,9 @@ VQXML_XMLSecurity::~VQXML_XMLSecurity() {
     if (m_cipher != nullptr)
         g_provider->releaseCipher(m_cipher);
     m_cipher = nullptr;
+    if (m_wsSecurity != nullptr)
+        g_provider->releaseWSSecSecurity(m_wsSecurity);
+    m_wsSecurity = nullptr;
     try {
         releaseSignatureAndDocument();
     } catch (...) {

@@ -10,7 +10,6 @@
 #include <vector>
 
 #include <xercesc/dom/DOM.hpp>
-#include <xsec/canon/XSECC14n20010315.hpp>
 #include <xsec/dsig/DSIGReference.hpp>
 #include <xsec/dsig/DSIGReferenceList.hpp>
 #include <xsec/dsig/DSIGSignature.hpp>
@@ -24,6 +23,7 @@
 #include "core/VQXMLException.hpp"
 #include "dsig/EnvelopedReferenceCheck.hpp"
 #include "engine/Base64.hpp"
+#include "engine/SignedInfoCanonicalization.hpp"
 #include "vqxml/VQXML_XMLSecurity.h"
 
 XERCES_CPP_NAMESPACE_USE
@@ -52,35 +52,6 @@ std::string withoutLineBreaks(std::string text) {
     return out;
 }
 
-struct Canonicalization {
-    bool exclusive;
-    bool comments;
-};
-
-// SignedInfo's CanonicalizationMethod, if it is one this path takes.
-std::optional<Canonicalization> signedInfoCanonicalization(const DOMElement* signedInfo) {
-    const std::vector<DOMElement*> methods = dsigChildren(signedInfo, u"CanonicalizationMethod");
-    if (methods.size() != 1 || methods[0]->getFirstElementChild() != nullptr)
-        return std::nullopt;  // none, several, or an InclusiveNamespaces prefix list
-    const XMLCh* algorithm = methods[0]->getAttribute(u"Algorithm");
-    const bool exclusive = XMLString::startsWith(algorithm, u"http://www.w3.org/2001/10/xml-exc-c14n#");
-    if (!exclusive && !XMLString::startsWith(algorithm, u"http://www.w3.org/TR/2001/REC-xml-c14n-20010315"))
-        return std::nullopt;
-    return Canonicalization{exclusive, XMLString::endsWith(algorithm, u"#WithComments")};
-}
-
-XMLSize_t canonicalForm(DOMDocument* doc, DOMElement* element, Canonicalization how, safeBuffer& out) {
-    XSECC14n20010315 canon(doc, element);
-    canon.setCommentsProcessing(how.comments);
-    if (how.exclusive)
-        canon.setExclusive();
-    unsigned char chunk[8192];
-    XMLSize_t len = 0;
-    for (XMLSize_t n; (n = canon.outputBuffer(chunk, sizeof chunk)) > 0; len += n)
-        out.sbMemcpyIn(len, chunk, n);
-    return len;
-}
-
 }  // namespace
 
 bool VQXML_XMLSecurity::signEnveloped() {
@@ -101,8 +72,9 @@ bool VQXML_XMLSecurity::signEnveloped() {
     const XSECAlgorithmHandler* handler =
         XSECPlatformUtils::g_algorithmMapper->mapURIToHandler(m_signature->getAlgorithmURI());
     const std::vector<DOMElement*> signatureValues = dsigChildren(m_signatureElement, u"SignatureValue");
-    const std::optional<Canonicalization> how = signedInfoCanonicalization(signedInfo);
-    if (handler == nullptr || signatureValues.size() != 1 || !how)
+    // A PrefixList stays with the engine, which signs without it.
+    const std::optional<vqxml::SignedInfoCanonicalization> how = vqxml::signedInfoCanonicalization(signedInfo);
+    if (handler == nullptr || signatureValues.size() != 1 || !how || how->prefixList)
         return false;
 
     for (size_t i = 0; i < digests.size(); ++i) {
@@ -112,7 +84,7 @@ bool VQXML_XMLSecurity::signEnveloped() {
         setText(value[0], withoutLineBreaks(vqxml::base64Text(digests[i])));
     }
     safeBuffer canonical;
-    const XMLSize_t len = canonicalForm(m_document, signedInfo, *how, canonical);
+    const XMLSize_t len = vqxml::canonicalForm(m_document, signedInfo, *how, canonical);
     TXFMSB* source = new TXFMSB(m_document);
     TXFMChain chain(source);
     source->setInput(canonical, static_cast<unsigned int>(len));

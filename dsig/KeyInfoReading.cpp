@@ -17,6 +17,11 @@
 #include "core/Transcode.hpp"
 #include "engine/VQTKCryptoKeyKCDSA.hpp"
 #include "engine/korean/KcdsaEncoding.hpp"
+#include "engine/wssec/TokenKeys.hpp"
+#include "engine/wssec/VQXML_WSSecSecurity.hpp"
+#include "engine/wssec/WssNames.hpp"
+
+XERCES_CPP_NAMESPACE_USE
 
 namespace {
 
@@ -58,6 +63,17 @@ void replaceText(char*& field, const XMLCh* text, const char* encoding) {
     field = vqxml::transcodeOut(text, encoding);
 }
 
+// The engine parses a wsse:SecurityTokenReference as an extension item; it is
+// read through the WS-Security engine's token reference.
+void readTokenReference(VQXML_XMLSecurity& ctx, DSIGKeyInfo* item) {
+    DOMNode* node = item->getKeyInfoDOMNode();
+    if (!vqxml::wss::isElement(node, vqxml::wss::kWsse, u"SecurityTokenReference"))
+        return;
+    VQXML_WSSecSecurityTokenReference reference(nullptr, static_cast<DOMElement*>(node));
+    reference.load();
+    ctx.getSecTokenRefInfo(&reference);
+}
+
 }  // namespace
 
 int VQXML_XMLSecurity::getKeyInfoListData(DSIGKeyInfoList* list) {
@@ -72,7 +88,7 @@ int VQXML_XMLSecurity::getKeyInfoListData(DSIGKeyInfoList* list) {
             subjectEncoding = "UTF-8";
         for (DSIGKeyInfoList::size_type i = 0; i < list->getSize(); ++i) {
             DSIGKeyInfo* item = list->item(i);
-            switch (item->getKeyInfoType()) {
+            switch (static_cast<int>(item->getKeyInfoType())) {
             case DSIGKeyInfo::KEYINFO_X509:
                 readX509Data(static_cast<DSIGKeyInfoX509*>(item), subjectEncoding.c_str());
                 break;
@@ -81,6 +97,10 @@ int VQXML_XMLSecurity::getKeyInfoListData(DSIGKeyInfoList* list) {
                 break;
             case DSIGKeyInfo::KEYINFO_ENCRYPTEDKEY:
                 getEncryptedKeyInfo(static_cast<XENCEncryptedKey*>(item));
+                break;
+            case DSIGKeyInfo::KEYINFO_EXTENSION:
+            case VQXML_WSSecSecurityTokenReference::kKeyInfoType:
+                readTokenReference(*this, item);
                 break;
             default:
                 break;
@@ -155,5 +175,40 @@ int VQXML_XMLSecurity::getEncryptedKeyInfo(XENCEncryptedKey* key) {
         if (!key->getKeyInfoList()->isEmpty())
             getKeyInfoListData(key->getKeyInfoList());
         m_encryptedKey = key;
+    });
+}
+
+// A certificate's key goes to the WS-Security engine, or to the signature of the
+// other families; a reference to an encrypted key reads that key, which the
+// engine holds (how an EncryptedData of a WS-Security message names its key).
+int VQXML_XMLSecurity::getSecTokenRefInfo(VQXML_WSSecSecurityTokenReference* ref) {
+    return vqxml::guarded(*this, "getSecTokenRefInfo > ", [&] {
+        freeAndClear(m_cert);
+        freeAndClear(m_issuer);
+        freeAndClear(m_serialNumber);
+        switch (ref->getSecurityTokenReferenceKeyType()) {
+        case VQXML_WSSecSecurityTokenReference::CERTIFICATE:
+            if (const XSECCryptoX509* cert = ref->getXSECCrytpoCert()) {
+                storeCertificate(cert);
+                if (m_wsSecurity != nullptr)
+                    m_wsSecurity->setSigningKey(vqxml::wss::publicKeyOf(*cert));
+                else if (m_signature != nullptr)
+                    m_signature->setSigningKey(vqxml::wss::publicKeyOf(*cert));
+            }
+            break;
+        case VQXML_WSSecSecurityTokenReference::ISSUER_SERIAL:
+            if (ref->getX509Issuer() != nullptr)
+                m_issuer = vqxml::transcodeOut(ref->getX509Issuer(), nullptr);
+            if (ref->getX509Serial() != nullptr)
+                m_serialNumber = vqxml::transcodeOut(ref->getX509Serial(), nullptr);
+            break;
+        case VQXML_WSSecSecurityTokenReference::ENCRYPTED_KEY:
+            if (m_wsSecurity != nullptr)
+                if (XENCEncryptedKey* key = m_wsSecurity->encryptedKeyFor(ref->getReferencedElement()))
+                    getEncryptedKeyInfo(key);
+            break;
+        default:
+            break;
+        }
     });
 }

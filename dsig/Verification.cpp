@@ -14,6 +14,7 @@
 #include "dsig/EnvelopedReferenceCheck.hpp"
 #include "dsig/IdResolution.hpp"
 #include "dsig/VerificationLimits.hpp"
+#include "engine/KeyInfoGuard.hpp"
 #include "engine/VQXMLURIResolver.hpp"
 
 XERCES_CPP_NAMESPACE_USE
@@ -32,6 +33,9 @@ int VQXML_XMLSecurity::XMLDSIG_setSignXMLDocument(char* xml, int len) {
         // resolver serves signatures that carry only a KeyValue.
         XSECKeyInfoResolverDefault keyValueReader;
         m_signature->setKeyInfoResolver(&keyValueReader);
+        // Key information the engine would loop on or leak is refused before it loads.
+        if (DOMNode* signature = findDSIGNode(m_document, u"Signature"))
+            vqxml::checkKeyInformation(static_cast<DOMElement*>(signature));
         m_signature->load();
         const vqxml::SignatureCodes codes = vqxml::signatureCodesOf(m_signature->getAlgorithmURI());
         m_signatureMethod = codes.signatureMethod;

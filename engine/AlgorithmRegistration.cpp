@@ -7,6 +7,7 @@
 #include "engine/Has160DigestHandler.hpp"
 #include "engine/KCDSASignatureHandler.hpp"
 #include "engine/KoreanCipherHandler.hpp"
+#include "engine/TripleDesCipherHandler.hpp"
 
 namespace vqxml {
 
@@ -15,6 +16,9 @@ void registerAlgorithmHandlers() {
     KoreanCipherHandler cipher;
     for (const XMLCh* uri : {uri::kSeedCbc, uri::kAria128Cbc, uri::kNeatCbc})
         XSECPlatformUtils::registerAlgorithmHandler(uri, cipher);
+    // Replaces the engine's own, which is slow on large elements (see its header).
+    XSECPlatformUtils::registerAlgorithmHandler(u"http://www.w3.org/2001/04/xmlenc#tripledes-cbc",
+                                                TripleDesCipherHandler());
     XSECPlatformUtils::registerAlgorithmHandler(uri::kHas160, Has160DigestHandler());
     KCDSASignatureHandler kcdsa;
     for (const XMLCh* uri : {uri::kKcdsaSha1, uri::kKcdsaSha256, uri::kKcdsaHas160})

@@ -1,26 +1,27 @@
 #include "engine/Base64.hpp"
 
+#include <algorithm>
 #include <cstring>
-#include <memory>
 
 #include <openssl/evp.h>
 
-#include <xsec/enc/XSECCryptoBase64.hpp>
-#include <xsec/enc/XSECCryptoProvider.hpp>
-#include <xsec/utils/XSECPlatformUtils.hpp>
-
 namespace vqxml {
 
+// Written here rather than with the provider's coder, whose buffers grow a
+// kilobyte at a time and made large CipherValues slow; the lines are the same.
 std::string base64Text(const std::vector<unsigned char>& bytes) {
-    std::unique_ptr<XSECCryptoBase64> coder(XSECPlatformUtils::g_cryptoProvider->base64());
-    // Four characters per three bytes, a line break per 48 bytes, and the tail.
-    std::vector<unsigned char> out(bytes.size() * 2 + 8);
-    coder->encodeInit();
-    unsigned int written = bytes.empty() ? 0
-                                         : coder->encode(bytes.data(), static_cast<unsigned int>(bytes.size()),
-                                                         out.data(), static_cast<unsigned int>(out.size()));
-    written += coder->encodeFinish(out.data() + written, static_cast<unsigned int>(out.size() - written));
-    return std::string(out.begin(), out.begin() + written);
+    constexpr std::size_t kLineBytes = 57;  // 76 characters
+    std::string text;
+    text.reserve((bytes.size() + 2) / 3 * 4 + bytes.size() / kLineBytes + 1);
+    unsigned char line[77];
+    for (std::size_t at = 0; at < bytes.size(); at += kLineBytes) {
+        const std::size_t n = std::min(kLineBytes, bytes.size() - at);
+        const int written = EVP_EncodeBlock(line, bytes.data() + at, static_cast<int>(n));
+        text.append(reinterpret_cast<const char*>(line), static_cast<std::size_t>(written));
+        if (n == kLineBytes)
+            text.push_back('\n');
+    }
+    return text;
 }
 
 XString base64Encode(const std::vector<unsigned char>& bytes) {

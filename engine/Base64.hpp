@@ -10,7 +10,8 @@
 
 namespace vqxml {
 
-// The crypto provider's encoding (lines of 64 characters).
+// Lines of 76 characters, each ended by a line feed, as the crypto provider's
+// coder writes them; a shorter last line has none.
 std::string base64Text(const std::vector<unsigned char>& bytes);
 // The same as 16-bit text, for the XML the engine writes.
 XString base64Encode(const std::vector<unsigned char>& bytes);

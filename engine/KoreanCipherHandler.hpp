@@ -4,19 +4,10 @@
 #ifndef VQXML_ENGINE_KOREANCIPHERHANDLER_HPP
 #define VQXML_ENGINE_KOREANCIPHERHANDLER_HPP
 
-#include "engine/UnsupportedAlgorithmHandler.hpp"
+#include "engine/WholeBufferCipherHandler.hpp"
 
-class KoreanCipherHandler : public UnsupportedAlgorithmHandler {
+class KoreanCipherHandler : public WholeBufferCipherHandler {
 public:
-    bool encryptToSafeBuffer(TXFMChain* plainText, XENCEncryptionMethod* encryptionMethod,
-                             const XSECCryptoKey* key, XERCES_CPP_NAMESPACE::DOMDocument* doc,
-                             safeBuffer& result) const override;
-    unsigned int decryptToSafeBuffer(TXFMChain* cipherText, XENCEncryptionMethod* encryptionMethod,
-                                     const XSECCryptoKey* key, XERCES_CPP_NAMESPACE::DOMDocument* doc,
-                                     safeBuffer& result) const override;
-    bool appendDecryptCipherTXFM(TXFMChain* cipherText, XENCEncryptionMethod* encryptionMethod,
-                                 const XSECCryptoKey* key,
-                                 XERCES_CPP_NAMESPACE::DOMDocument* doc) const override;
     // A key of the URI's cipher; XSECCryptoException for a wrong key length.
     XSECCryptoKey* createKeyForURI(const XMLCh* uri, const unsigned char* keyBuffer,
                                    unsigned int keyLen) const override;
@@ -24,6 +15,10 @@ public:
 
 protected:
     const char* handlerName() const override { return "Korean block cipher handler"; }
+    std::vector<std::uint8_t> encryptOctets(const XENCEncryptionMethod* method, const XSECCryptoKey* key,
+                                            const vqxml::korean::SecureBytes& plain) const override;
+    vqxml::korean::SecureBytes decryptOctets(const XENCEncryptionMethod* method, const XSECCryptoKey* key,
+                                             const vqxml::korean::SecureBytes& framed) const override;
 };
 
 #endif

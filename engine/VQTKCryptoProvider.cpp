@@ -37,9 +37,10 @@ VQTKCryptoKeyKCDSA* VQTKCryptoProvider::keyKCDSA() const {
 
 namespace vqxml {
 
-// Kept for the life of the process (holding them keeps them reachable).
-static OSSL_PROVIDER* defaultProvider = nullptr;
-static OSSL_PROVIDER* legacyProvider = nullptr;
+// Kept for the life of the process. External linkage, so that no optimiser drops
+// the stores that keep them reachable for leak checkers.
+OSSL_PROVIDER* defaultProvider = nullptr;
+OSSL_PROVIDER* legacyProvider = nullptr;
 
 void loadOpenSSLProviders() {
     static std::once_flag once;

@@ -98,6 +98,29 @@ public:
      * addresses); off by default. */
     void XMLDSIG_allowExternalReferences(bool allow);
 
+    /* ---- XML Encryption: encrypting ----
+     * Symmetric selectors: 1 Triple DES (24 key bytes), 2 SEED, 3 NEAT, 4 ARIA-128
+     * (16 key bytes), all CBC. Transport selectors: 1 Triple DES key wrap (key:
+     * the key-encryption key), 2 RSA PKCS #1 v1.5, 3 RSA-OAEP (key: the
+     * recipient's certificate, DER or PEM). */
+    int XMLENC_setXMLDocument(char* xml, int len);
+    /* A null key makes a random one; otherwise key must hold the algorithm's key
+     * bytes, whatever keyLen says. */
+    int XMLENC_setSymmKey(unsigned char* key, int keyLen, int alg);
+    int XMLENC_setPrefix(char* prefix);
+    int XMLENC_setKeyName(char* keyName);
+    /* mode 1 the element's content, 2 the element; a null, empty or " " target is
+     * the document element, any other the first element of that qualified name. */
+    int XMLENC_encryptElement(char* target, int mode, bool withKeyName);
+    int XMLENC_encryptKeyWrapKey(unsigned char* key, int keyLen, int alg);
+    int XMLENC_encrypt();
+
+    /* ---- XML Encryption: decrypting ---- */
+    int XMLENC_setEncXMLDocument(char* xml, int len);
+    int XMLENC_getEncKeyInfo();
+    int XMLENC_decryptKeyWrapKey(unsigned char* cert, int certLen, unsigned char* priKey, int priKeyLen);
+    int XMLENC_decrypt();
+
     /* ---- key information reading ---- */
     int getKeyInfoListData(DSIGKeyInfoList* list);
     int getEncryptedKeyInfo(XENCEncryptedKey* key);
@@ -124,6 +147,32 @@ public:
     int getSymmAlg();
     int getKeyWrapAlg();
     int getSignatureAlg();
+
+    /* ---- SOAP message security: securing an envelope with a WS-Security header ----
+     * Signature selectors 1 HMAC-SHA1, 2 RSA-SHA1, 3 KCDSA-SHA1, 4 KCDSA-HAS160,
+     * 5 RSA-SHA256; canonicalization 0 (exclusive C14N), 1, 2. A null reference URI
+     * signs the SOAP Body (given a wsu:Id); a null encryption target is the Body's
+     * content; other targets are "#" plus an Id or an element's qualified name. */
+    int SOAPSEC_setSOAPDocument(char* xml, int len);
+    int SOAPSEC_setSignatureAlg(int signatureAlg, int canonAlg);
+    int SOAPSEC_createReference(char* uri, int digestAlg, int canonAlg, char* xpath);
+    int SOAPSEC_setSignCertAndKey(unsigned char* cert, int certLen, unsigned char* key, int keyLen);
+    int SOAPSEC_setHMACKey(unsigned char* key, unsigned int len);
+    int SOAPSEC_setSignKeyName(char* name);
+    int SOAPSEC_sign();
+    int SOAPSEC_setSymmKey(unsigned char* key, int len, int alg);
+    int SOAPSEC_encryptElement(char* target, int type, bool withKeyName);
+    int SOAPSEC_setEncKeyName(char* name);
+    int SOAPSEC_encryptKeyWrapKey(unsigned char* key, int len, int wrapAlg);
+    int SOAPSEC_encrypt();
+    /* ---- SOAP message security: processing a received envelope ---- */
+    int SOAPSEC_setSOAPSecDocument(char* xml, int len);
+    int SOAPSEC_getSOAPSignInfo(int* isSigned);
+    int SOAPSEC_getSOAPEncInfo(int* isEncrypted);
+    int SOAPSEC_decryptKeyWrapKey(unsigned char* cert, int certLen, unsigned char* key, int keyLen);
+    int SOAPSEC_processSOAP();
+    /* Reads one wsse:SecurityTokenReference (key information reading). */
+    int getSecTokenRefInfo(class VQXML_WSSecSecurityTokenReference* ref);
 
     /* ---- errors ---- */
     /* Records code and prefix + message (EUC-KR, at most 1023 bytes); returns code. */
@@ -183,6 +232,25 @@ protected:
     void referenceAttachment(const XMLCh* uri, bool xml);
     /* The held package with envelope as its first part, stored into a new buffer. */
     int storePackage(const unsigned char* envelope, int len, char** out);
+
+    /* XML Encryption */
+    XENCCipher& requireCipher(int code) const;
+    void releaseCipherAndDocument();
+    void loadCipherDocument(char* xml, int len, int noDocumentCode);
+    void replaceSessionKey(unsigned char* key, int len);
+    void resizeSessionKey(int len);
+    XENCEncryptedKey* wrapSessionKey(XENCCipher& cipher, const XMLCh* transportURI, int transportCode,
+                                     unsigned char* key, int keyLen);
+    XERCES_CPP_NAMESPACE::DOMElement* findXENCElement(const XMLCh* localName) const;
+    void forgetNestedEncryptedKey();
+    void readDocumentLevelKey(XENCCipher& cipher, const XMLCh* dataId);
+    std::string subjectEncoding() const;
+    void storeDecryptedOctets(XERCES_CPP_NAMESPACE::DOMElement* encryptedData);
+
+    /* SOAP message security */
+    VQXML_WSSecSecurity& requireWSSecurity() const;
+    void releaseWSSecurityAndDocument();
+    void decryptSOAPParts();
 
     bool m_ebXml;
     DSIGSignature* m_signature;

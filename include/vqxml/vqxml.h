@@ -118,6 +118,63 @@ VQXML_EXPORT int VQTK_XMLDSIG_GetIssuerSerialNum(void* handle, char** issuer, ch
 VQXML_EXPORT int VQTK_XMLDSIG_GetSignCert(void* handle, unsigned char** cert, int* certLen);
 VQXML_EXPORT int VQTK_XMLDSIG_GetKeyName(void* handle, char** keyName);
 
+/* ---- XML Encryption ----
+ *
+ * Encrypting: SetXMLDocument -> optionally SetPrefix -> SetSymmAlg (a random
+ * session key) or SetSymmKey -> optionally SetKeyName -> EncryptElement once per
+ * target -> optionally SetSubjectName / SetIssuerSerial -> EncryptKeyWrapKey once
+ * per recipient -> Encrypt -> VQTK_XMLAPI_GetXMLDocument.
+ *
+ * Symmetric selectors (alg): 1 Triple DES (24 key bytes), 2 SEED, 3 NEAT, 4 ARIA-128
+ * (16 key bytes), all in CBC mode; 10301 for any other. SetSymmKey takes that many
+ * bytes from key whatever keyLen says. Targets: NULL, "" or " " is the document
+ * element; any other text names the first element with that qualified name
+ * (prefix included), 10302 if none. Modes: 1 encrypts the element's content,
+ * 2 the element itself (10303 for any other).
+ *
+ * Transport selectors: 1 Triple DES key wrap, key = the 24-byte key-encryption key;
+ * 2 RSA PKCS #1 v1.5 and 3 RSA-OAEP (MGF1, SHA-1), key = the recipient's DER (or
+ * PEM) certificate, which goes into the EncryptedKey's X509Data after the
+ * subject name and issuer-serial asked for. With one encrypted element the
+ * EncryptedKey goes into its EncryptedData's KeyInfo; with several it becomes the
+ * first child of the document element and refers to each EncryptedData by Id
+ * (generated "EncDataId-1", "EncDataId-2"... where the element has none). A key
+ * name set before the elements goes into every EncryptedData, otherwise into the
+ * next EncryptedKey only. 10306: empty key; 10307: no session key.
+ *
+ * Decrypting: SetEncXMLDocument -> GetEncKeyInfo -> the getters, to see whether
+ * the key was wrapped for you (if not, GetEncKeyInfo again moves on to the next
+ * document-level EncryptedKey; 10313 when none is left) -> DecryptKeyWrapKey ->
+ * Decrypt -> VQTK_XMLAPI_GetXMLDocument. DecryptKeyWrapKey takes your certificate
+ * and unencrypted private key (as VQTK_XMLDSIG_SetSigner does) for RSA, or NULL/0
+ * and the 24-byte key-encryption key for Triple DES key wrap; the certificate's
+ * issuer, subject and serial number must match those the document names (10308,
+ * 10309, 10310). Holding the session key already, call SetSymmKey instead of
+ * DecryptKeyWrapKey. Decrypt opens every EncryptedData of the document and drops
+ * its EncryptedKeys; when the whole document is one EncryptedData of non-XML data,
+ * the result is that data's octets. The getters are those of the signature
+ * family: subject UTF-8, issuer, serial and key name in the local code page,
+ * certificate DER. */
+VQXML_EXPORT int VQTK_XMLENC_SetXMLDocument(void* handle, char* xml, int len);
+VQXML_EXPORT int VQTK_XMLENC_SetSymmAlg(void* handle, int alg);
+VQXML_EXPORT int VQTK_XMLENC_SetSymmKey(void* handle, unsigned char* key, int keyLen, int alg);
+VQXML_EXPORT int VQTK_XMLENC_SetPrefix(void* handle, char* prefix);
+VQXML_EXPORT int VQTK_XMLENC_SetKeyName(void* handle, char* keyName);
+VQXML_EXPORT int VQTK_XMLENC_EncryptElement(void* handle, char* target, int mode);
+VQXML_EXPORT int VQTK_XMLENC_SetSubjectName(void* handle);
+VQXML_EXPORT int VQTK_XMLENC_SetIssuerSerial(void* handle);
+VQXML_EXPORT int VQTK_XMLENC_EncryptKeyWrapKey(void* handle, unsigned char* key, int keyLen, int alg);
+VQXML_EXPORT int VQTK_XMLENC_Encrypt(void* handle);
+VQXML_EXPORT int VQTK_XMLENC_SetEncXMLDocument(void* handle, char* xml, int len);
+VQXML_EXPORT int VQTK_XMLENC_GetEncKeyInfo(void* handle);
+VQXML_EXPORT int VQTK_XMLENC_GetSubjectName(void* handle, char** subject);
+VQXML_EXPORT int VQTK_XMLENC_GetIssuerSerialNum(void* handle, char** issuer, char** serial);
+VQXML_EXPORT int VQTK_XMLENC_GetEncCert(void* handle, unsigned char** cert, int* certLen);
+VQXML_EXPORT int VQTK_XMLENC_GetKeyName(void* handle, char** keyName);
+VQXML_EXPORT int VQTK_XMLENC_DecryptKeyWrapKey(void* handle, unsigned char* cert, int certLen,
+                                               unsigned char* priKey, int priKeyLen);
+VQXML_EXPORT int VQTK_XMLENC_Decrypt(void* handle);
+
 /* ---- Certificates and private keys ---- */
 
 /* Verifies a DER X.509 certificate against the built-in roots (KISA RootCA 4,
@@ -191,6 +248,46 @@ VQXML_EXPORT int VQTK_EBXML_GetSubjectName(void* handle, char** subject);
 VQXML_EXPORT int VQTK_EBXML_GetIssuerSerialNum(void* handle, char** issuer, char** serial);
 VQXML_EXPORT int VQTK_EBXML_GetKeyName(void* handle, char** keyName);
 VQXML_EXPORT int VQTK_EBXML_GetSignCert(void* handle, unsigned char** cert, int* certLen);
+
+/* ---- SOAP message security (WS-Security 1.0/1.1 header, X.509 token profile) ----
+ * Securing: SetSOAPDocument (the envelope must have a SOAP Header) ->
+ * SignatureMethod (1 HMAC-SHA1, 2 RSA-SHA1, 3 KCDSA-SHA1, 4 KCDSA-HAS160,
+ * 5 RSA-SHA256; canonicalization 0 exclusive C14N, 1 C14N, 2 C14N with comments)
+ * -> createReference (null uri: the SOAP Body; digest 1 SHA-1, 2 HAS-160,
+ * 3 SHA-256) -> [SetIssuerSerial] -> SetSigner / SetHMACKey -> Sign.
+ * Encrypting: SetSymmAlg / SetSymmKey (1 Triple DES, 2 SEED, 3 NEAT, 4 ARIA) ->
+ * EncryptElement (null target: the Body's content; "#id" or a qualified name;
+ * type 1 content, 2 element) -> [SetIssuerSerial] -> EncryptKeyWrapKey per
+ * recipient (1 Triple DES key wrap, 2 RSA 1.5, 3 RSA-OAEP; an RSA key is the
+ * recipient's certificate) -> Encrypt. Each operation's header entries go first.
+ * Processing: SetSOAPSecXMLDocument -> GetSignKeyInfo and the getters ->
+ * GetEncKeyInfo (once per encrypted key) and the getters -> DecryptKeyWrapKey ->
+ * ProcessSOAP (decrypts and verifies in the sender's order, removes the header). */
+VQXML_EXPORT int VQTK_SOAPSEC_SetSOAPDocument(void* handle, char* xml, int len);
+VQXML_EXPORT int VQTK_SOAPSEC_SignatureMethod(void* handle, int signatureAlg, int canonAlg);
+VQXML_EXPORT int VQTK_SOAPSEC_createReference(void* handle, char* uri, int digestAlg, int canonAlg, char* xpath);
+VQXML_EXPORT int VQTK_SOAPSEC_SetIssuerSerial(void* handle);
+VQXML_EXPORT int VQTK_SOAPSEC_SetSigner(void* handle, unsigned char* cert, int certLen, unsigned char* key,
+                                        int keyLen);
+VQXML_EXPORT int VQTK_SOAPSEC_SetHMACKey(void* handle, unsigned char* key, unsigned int len);
+VQXML_EXPORT int VQTK_SOAPSEC_SetSignKeyName(void* handle, char* name);
+VQXML_EXPORT int VQTK_SOAPSEC_Sign(void* handle);
+VQXML_EXPORT int VQTK_SOAPSEC_SetSymmAlg(void* handle, int alg);
+VQXML_EXPORT int VQTK_SOAPSEC_SetSymmKey(void* handle, unsigned char* key, int len, int alg);
+VQXML_EXPORT int VQTK_SOAPSEC_EncryptElement(void* handle, char* target, int type);
+VQXML_EXPORT int VQTK_SOAPSEC_SetEncKeyName(void* handle, char* name);
+VQXML_EXPORT int VQTK_SOAPSEC_EncryptKeyWrapKey(void* handle, unsigned char* key, int len, int wrapAlg);
+VQXML_EXPORT int VQTK_SOAPSEC_Encrypt(void* handle);
+VQXML_EXPORT int VQTK_SOAPSEC_SetSOAPSecXMLDocument(void* handle, char* xml, int len);
+VQXML_EXPORT int VQTK_SOAPSEC_GetSignKeyInfo(void* handle, int* isSigned);
+VQXML_EXPORT int VQTK_SOAPSEC_GetEncKeyInfo(void* handle, int* isEncrypted);
+VQXML_EXPORT int VQTK_SOAPSEC_DecryptKeyWrapKey(void* handle, unsigned char* cert, int certLen, unsigned char* key,
+                                                int keyLen);
+VQXML_EXPORT int VQTK_SOAPSEC_ProcessSOAP(void* handle);
+VQXML_EXPORT int VQTK_SOAPSEC_GetSubjectName(void* handle, char** subject);
+VQXML_EXPORT int VQTK_SOAPSEC_GetIssuerSerialNum(void* handle, char** issuer, char** serial);
+VQXML_EXPORT int VQTK_SOAPSEC_GetKeyName(void* handle, char** keyName);
+VQXML_EXPORT int VQTK_SOAPSEC_GetSignCert(void* handle, unsigned char** cert, int* certLen);
 
 /* Returns at once; exported for the busy waits of start-up. */
 VQXML_EXPORT void VQXML_Sleep(int unused);

@@ -1,0 +1,306 @@
+#include "engine/VQXMLXENCCipher.hpp"
+
+#include <algorithm>
+#include <cstring>
+#include <set>
+#include <string>
+
+#include <xercesc/dom/DOM.hpp>
+#include <xsec/dsig/DSIGConstants.hpp>
+#include <xsec/framework/XSECAlgorithmHandler.hpp>
+#include <xsec/framework/XSECAlgorithmMapper.hpp>
+#include <xsec/framework/XSECException.hpp>
+#include <xsec/framework/XSECProvider.hpp>
+#include <xsec/transformers/TXFMBase64.hpp>
+#include <xsec/transformers/TXFMChain.hpp>
+#include <xsec/transformers/TXFMSB.hpp>
+#include <xsec/utils/XSECPlatformUtils.hpp>
+#include <xsec/utils/XSECSafeBuffer.hpp>
+#include <xsec/xenc/XENCCipherValue.hpp>
+#include <xsec/xenc/XENCEncryptedData.hpp>
+#include <xsec/xenc/XENCEncryptedKey.hpp>
+#include <xsec/xenc/XENCEncryptionMethod.hpp>
+
+#include "engine/KeyInfoGuard.hpp"
+#include "engine/XencPlaintext.hpp"
+#include "engine/XencReferences.hpp"
+
+XERCES_CPP_NAMESPACE_USE
+
+using XString = std::basic_string<XMLCh>;
+
+namespace {
+
+const XMLCh kEncryptedKey[] = u"EncryptedKey";
+const XMLCh kIdPrefix[] = u"EncDataId-";
+// The document's note of the cipher made for it.
+const XMLCh kCipherMark[] = u"vqxml-xenc-cipher";
+
+// Every Id-like attribute value of the document ("Id", "ID" or "id" in any
+// namespace, wsu:Id included), so that a new identifier collides with none.
+std::set<XString> identifiersInUse(DOMDocument* doc) {
+    std::set<XString> used;
+    DOMNodeList* elements = doc->getElementsByTagName(u"*");
+    for (XMLSize_t i = 0; i < elements->getLength(); ++i) {
+        DOMNamedNodeMap* attributes = elements->item(i)->getAttributes();
+        for (XMLSize_t a = 0; attributes != nullptr && a < attributes->getLength(); ++a) {
+            DOMNode* attribute = attributes->item(a);
+            const XMLCh* name = attribute->getLocalName() != nullptr ? attribute->getLocalName()
+                                                                     : attribute->getNodeName();
+            if (XMLString::compareIString(name, u"Id") == 0)
+                used.insert(attribute->getNodeValue());
+        }
+    }
+    return used;
+}
+
+XString decimal(unsigned n) {
+    const std::string digits = std::to_string(n);
+    return XString(digits.begin(), digits.end());
+}
+
+}  // namespace
+
+VQXML_XENCCipher::VQXML_XENCCipher(XSECProvider& provider, DOMDocument* doc)
+    : m_provider(provider), m_engine(provider.newCipher(doc)) {
+    doc->setUserData(kCipherMark, this, nullptr);
+}
+
+VQXML_XENCCipher::~VQXML_XENCCipher() {
+    for (XENCEncryptedKey* key : m_documentKeys)
+        delete key;
+    m_provider.releaseCipher(m_engine);
+}
+
+// ---- the engine's operations, passed on ----
+
+DOMDocument* VQXML_XENCCipher::decryptElement(DOMElement* element) {
+    vqxml::checkKeyInformation(element);
+    return m_engine->decryptElement(element);
+}
+DOMNode* VQXML_XENCCipher::decryptElementDetached(DOMElement* element) {
+    vqxml::checkKeyInformation(element);
+    return m_engine->decryptElementDetached(element);
+}
+DOMDocument* VQXML_XENCCipher::decryptElement() {
+    return m_engine->decryptElement();
+}
+DOMNode* VQXML_XENCCipher::decryptElementDetached() {
+    return m_engine->decryptElementDetached();
+}
+XSECBinTXFMInputStream* VQXML_XENCCipher::decryptToBinInputStream(DOMElement* element) {
+    vqxml::checkKeyInformation(element);
+    return m_engine->decryptToBinInputStream(element);
+}
+int VQXML_XENCCipher::decryptKey(DOMElement* keyNode, XMLByte* rawKey, int maxKeySize) {
+    std::unique_ptr<XENCEncryptedKey> key(loadEncryptedKey(keyNode));
+    return decryptKey(key.get(), rawKey, maxKeySize);
+}
+XENCEncryptedKey* VQXML_XENCCipher::encryptKey(const unsigned char* keyBuffer, unsigned int keyLen,
+                                               const XMLCh* algorithmURI, const XMLCh* mgfURI,
+                                               unsigned char* oaepParams, unsigned int oaepParamsLen) {
+    return m_engine->encryptKey(keyBuffer, keyLen, algorithmURI, mgfURI, oaepParams, oaepParamsLen);
+}
+XENCEncryptedData* VQXML_XENCCipher::encryptBinInputStream(BinInputStream* plainText, const XMLCh* algorithmURI) {
+    return m_engine->encryptBinInputStream(plainText, algorithmURI);
+}
+XENCEncryptedData* VQXML_XENCCipher::encryptTXFMChain(TXFMChain* plainText, const XMLCh* algorithmURI) {
+    return m_engine->encryptTXFMChain(plainText, algorithmURI);
+}
+DOMDocument* VQXML_XENCCipher::getDocument() const {
+    return m_engine->getDocument();
+}
+const XMLCh* VQXML_XENCCipher::getXENCNSPrefix() const {
+    return m_engine->getXENCNSPrefix();
+}
+XENCEncryptedData* VQXML_XENCCipher::getEncryptedData() const {
+    return m_engine->getEncryptedData();
+}
+bool VQXML_XENCCipher::getPrettyPrint() const {
+    return m_engine->getPrettyPrint();
+}
+bool VQXML_XENCCipher::getExclusiveC14nSerialisation() const {
+    return m_engine->getExclusiveC14nSerialisation();
+}
+void VQXML_XENCCipher::setKey(XSECCryptoKey* key) {
+    m_engine->setKey(key);
+}
+void VQXML_XENCCipher::setKEK(XSECCryptoKey* key) {
+    m_engine->setKEK(key);
+    m_kek = key;
+}
+void VQXML_XENCCipher::setKeyInfoResolver(const XSECKeyInfoResolver* resolver) {
+    m_engine->setKeyInfoResolver(resolver);
+}
+void VQXML_XENCCipher::setXENCNSPrefix(const XMLCh* prefix) {
+    m_engine->setXENCNSPrefix(prefix);
+}
+void VQXML_XENCCipher::setPrettyPrint(bool flag) {
+    m_engine->setPrettyPrint(flag);
+}
+void VQXML_XENCCipher::setExclusiveC14nSerialisation(bool flag) {
+    m_engine->setExclusiveC14nSerialisation(flag);
+}
+XENCEncryptedData* VQXML_XENCCipher::createEncryptedData(XENCCipherData::XENCCipherDataType type,
+                                                         const XMLCh* algorithm, const XMLCh* value) {
+    return m_engine->createEncryptedData(type, algorithm, value);
+}
+XENCEncryptedKey* VQXML_XENCCipher::loadEncryptedKey(DOMElement* keyNode) {
+    vqxml::checkKeyInformation(keyNode);
+    return m_engine->loadEncryptedKey(keyNode);
+}
+XENCEncryptedData* VQXML_XENCCipher::loadEncryptedData(DOMElement* dataNode) {
+    vqxml::checkKeyInformation(dataNode);
+    return m_engine->loadEncryptedData(dataNode);
+}
+
+// ---- encryption of elements and content, with the plaintext of XencPlaintext.hpp ----
+
+DOMNode* VQXML_XENCCipher::encryptElementDetached(DOMElement* element, const XMLCh* algorithmURI) {
+    vqxml::korean::SecureBytes plain;
+    vqxml::xenc::appendPlaintext(element, element->getParentNode(), plain);
+    XENCEncryptedData* data = encryptOctets(plain, algorithmURI);
+    data->setType(DSIGConstants::s_unicodeStrURIXENC_ELEMENT);
+    return data->getElement();
+}
+
+DOMDocument* VQXML_XENCCipher::encryptElement(DOMElement* element, const XMLCh* algorithmURI) {
+    DOMNode* parent = element->getParentNode();
+    if (parent == nullptr)
+        throw XSECException(XSECException::CipherError, "The element to encrypt has no parent");
+    parent->replaceChild(encryptElementDetached(element, algorithmURI), element);
+    element->release();
+    return getDocument();
+}
+
+DOMNode* VQXML_XENCCipher::encryptElementContentDetached(DOMElement* element, const XMLCh* algorithmURI) {
+    vqxml::korean::SecureBytes plain;
+    for (DOMNode* child = element->getFirstChild(); child != nullptr; child = child->getNextSibling())
+        vqxml::xenc::appendPlaintext(child, element, plain);
+    XENCEncryptedData* data = encryptOctets(plain, algorithmURI);
+    data->setType(DSIGConstants::s_unicodeStrURIXENC_CONTENT);
+    return data->getElement();
+}
+
+DOMDocument* VQXML_XENCCipher::encryptElementContent(DOMElement* element, const XMLCh* algorithmURI) {
+    DOMNode* encrypted = encryptElementContentDetached(element, algorithmURI);
+    while (DOMNode* child = element->getFirstChild())
+        element->removeChild(child)->release();
+    element->appendChild(encrypted);
+    return getDocument();
+}
+
+XENCEncryptedData* VQXML_XENCCipher::encryptOctets(const vqxml::korean::SecureBytes& plain,
+                                                   const XMLCh* algorithmURI) {
+    safeBuffer octets;
+    octets.isSensitive();
+    octets.sbMemcpyIn(plain.data(), plain.size());
+    auto* source = new TXFMSB(getDocument());
+    TXFMChain chain(source);
+    source->setInput(octets, static_cast<unsigned int>(plain.size()));
+    return m_engine->encryptTXFMChain(&chain, algorithmURI);
+}
+
+// The engine's decryptKey leaves the unwrapped key in a buffer it frees without
+// wiping; this runs the same algorithm handler into one that is wiped. Keys
+// carried by reference, or with no key-encryption key set, stay the engine's.
+int VQXML_XENCCipher::decryptKey(XENCEncryptedKey* encryptedKey, XMLByte* rawKey, int maxKeySize) {
+    XENCCipherData* data = encryptedKey->getCipherData();
+    if (m_kek == nullptr || data == nullptr || data->getCipherDataType() != XENCCipherData::VALUE_TYPE ||
+        data->getCipherValue() == nullptr)
+        return m_engine->decryptKey(encryptedKey, rawKey, maxKeySize);
+
+    XENCEncryptionMethod* method = encryptedKey->getEncryptionMethod();
+    const XSECAlgorithmHandler* handler = XSECPlatformUtils::g_algorithmMapper->mapURIToHandler(
+        method != nullptr ? method->getAlgorithm() : XSECAlgorithmMapper::s_defaultEncryptionMapping);
+    if (handler == nullptr)
+        throw XSECException(XSECException::CipherError, "No algorithm handler for the EncryptedKey's method");
+
+    DOMDocument* doc = getDocument();
+    safeBuffer text;
+    text.sbTranscodeIn(data->getCipherValue()->getCipherString());
+    TXFMSB* source = new TXFMSB(doc);
+    TXFMChain chain(source);
+    source->setInput(text);
+    chain.appendTxfm(new TXFMBase64(doc));
+
+    safeBuffer key;
+    key.isSensitive();
+    const unsigned int keySize = handler->decryptToSafeBuffer(&chain, method, m_kek, doc, key);
+    const unsigned int copied = std::min(keySize, static_cast<unsigned int>(std::max(maxKeySize, 0)));
+    std::memcpy(rawKey, key.rawBuffer(), copied);
+    return static_cast<int>(copied);
+}
+
+// ---- additions ----
+
+bool VQXML_XENCCipher::serves(const DOMDocument* doc) const {
+    return doc != nullptr && doc == getDocument() && doc->getUserData(kCipherMark) == this;
+}
+
+const XMLCh* VQXML_XENCCipher::identifierOf(XENCEncryptedData* data) {
+    DOMElement* element = data->getElement();
+    const XMLCh* present = element->getAttributeNS(nullptr, vqxml::xenc::kIdAttribute);
+    if (present != nullptr && *present != 0) {
+        m_identifiers.emplace_back(present);
+        return m_identifiers.back().c_str();
+    }
+    const std::set<XString> used = identifiersInUse(element->getOwnerDocument());
+    XString id;
+    for (unsigned n = 1;; ++n) {
+        id = XString(kIdPrefix) + decimal(n);
+        if (used.count(id) == 0)
+            break;
+    }
+    element->setAttributeNS(nullptr, vqxml::xenc::kIdAttribute, id.c_str());
+    element->setIdAttributeNS(nullptr, vqxml::xenc::kIdAttribute, true);
+    m_identifiers.push_back(id);
+    return m_identifiers.back().c_str();
+}
+
+const std::vector<XENCEncryptedKey*>& VQXML_XENCCipher::documentKeys() {
+    if (!m_documentKeysFound)
+        findDocumentKeys();
+    return m_documentKeys;
+}
+
+void VQXML_XENCCipher::adoptDocumentKey(XENCEncryptedKey* key) {
+    m_documentKeys.push_back(key);
+}
+
+bool VQXML_XENCCipher::isDocumentKey(const XENCEncryptedKey* key) const {
+    return key != nullptr && std::find(m_documentKeys.begin(), m_documentKeys.end(), key) != m_documentKeys.end();
+}
+
+// Keys handed over earlier stand in the document too: they keep their objects,
+// and the list takes the document's order.
+void VQXML_XENCCipher::findDocumentKeys() {
+    std::vector<XENCEncryptedKey*> found;
+    std::vector<XENCEncryptedKey*> handed = m_documentKeys;
+    try {
+        DOMNodeList* elements = getDocument()->getElementsByTagNameNS(DSIGConstants::s_unicodeStrURIXENC, kEncryptedKey);
+        for (XMLSize_t i = 0; i < elements->getLength(); ++i) {
+            auto* element = static_cast<DOMElement*>(elements->item(i));
+            if (vqxml::xenc::insideKeyInfo(element))
+                continue;
+            auto mine = std::find_if(handed.begin(), handed.end(),
+                                     [element](XENCEncryptedKey* k) { return k->getElement() == element; });
+            if (mine != handed.end()) {
+                found.push_back(*mine);
+                handed.erase(mine);
+            } else {
+                std::unique_ptr<XENCEncryptedKey> loaded(loadEncryptedKey(element));
+                found.push_back(loaded.get());
+                loaded.release();
+            }
+        }
+    } catch (...) {
+        for (XENCEncryptedKey* key : found)
+            if (!isDocumentKey(key))
+                delete key;
+        throw;
+    }
+    found.insert(found.end(), handed.begin(), handed.end());
+    m_documentKeys.swap(found);
+    m_documentKeysFound = true;
+}

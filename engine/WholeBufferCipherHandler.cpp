@@ -1,0 +1,44 @@
+#include "engine/WholeBufferCipherHandler.hpp"
+
+#include <memory>
+
+#include <xsec/transformers/TXFMChain.hpp>
+#include <xsec/transformers/TXFMSB.hpp>
+#include <xsec/utils/XSECSafeBuffer.hpp>
+
+#include "engine/Base64.hpp"
+#include "engine/ChainBytes.hpp"
+
+bool WholeBufferCipherHandler::encryptToSafeBuffer(TXFMChain* plainText, XENCEncryptionMethod* encryptionMethod,
+                                                   const XSECCryptoKey* key, XERCES_CPP_NAMESPACE::DOMDocument*,
+                                                   safeBuffer& result) const {
+    const vqxml::korean::SecureBytes plain = vqxml::readAllBytes(plainText);
+    result.sbStrcpyIn(vqxml::base64Text(encryptOctets(encryptionMethod, key, plain)).c_str());
+    return true;
+}
+
+unsigned int WholeBufferCipherHandler::decryptToSafeBuffer(TXFMChain* cipherText,
+                                                           XENCEncryptionMethod* encryptionMethod,
+                                                           const XSECCryptoKey* key,
+                                                           XERCES_CPP_NAMESPACE::DOMDocument*,
+                                                           safeBuffer& result) const {
+    const vqxml::korean::SecureBytes plain = decryptOctets(encryptionMethod, key, vqxml::readAllBytes(cipherText));
+    result.isSensitive();
+    result.sbMemcpyIn(plain.data(), plain.size());
+    return unsigned(plain.size());
+}
+
+bool WholeBufferCipherHandler::appendDecryptCipherTXFM(TXFMChain* cipherText,
+                                                       XENCEncryptionMethod* encryptionMethod,
+                                                       const XSECCryptoKey* key,
+                                                       XERCES_CPP_NAMESPACE::DOMDocument* doc) const {
+    const vqxml::korean::SecureBytes plain = decryptOctets(encryptionMethod, key, vqxml::readAllBytes(cipherText));
+    safeBuffer sb;
+    sb.isSensitive();
+    sb.sbMemcpyIn(plain.data(), plain.size());
+    // The plaintext replaces the chain's output from here on.
+    std::unique_ptr<TXFMSB> source(new TXFMSB(doc));
+    source->setInput(sb, unsigned(plain.size()));
+    cipherText->appendTxfm(source.release());
+    return true;
+}

@@ -1,0 +1,36 @@
+// Base of the engine's block cipher handlers for XML Encryption: the plaintext
+// or the CipherValue's octets are read in one piece, into memory that is wiped
+// when freed, and the result is written in one piece. A subclass states only how
+// its cipher turns one into the other.
+#ifndef VQXML_ENGINE_WHOLEBUFFERCIPHERHANDLER_HPP
+#define VQXML_ENGINE_WHOLEBUFFERCIPHERHANDLER_HPP
+
+#include <cstdint>
+#include <vector>
+
+#include "engine/UnsupportedAlgorithmHandler.hpp"
+#include "engine/korean/SecureBytes.hpp"
+
+class WholeBufferCipherHandler : public UnsupportedAlgorithmHandler {
+public:
+    bool encryptToSafeBuffer(TXFMChain* plainText, XENCEncryptionMethod* encryptionMethod,
+                             const XSECCryptoKey* key, XERCES_CPP_NAMESPACE::DOMDocument* doc,
+                             safeBuffer& result) const override;
+    unsigned int decryptToSafeBuffer(TXFMChain* cipherText, XENCEncryptionMethod* encryptionMethod,
+                                     const XSECCryptoKey* key, XERCES_CPP_NAMESPACE::DOMDocument* doc,
+                                     safeBuffer& result) const override;
+    bool appendDecryptCipherTXFM(TXFMChain* cipherText, XENCEncryptionMethod* encryptionMethod,
+                                 const XSECCryptoKey* key,
+                                 XERCES_CPP_NAMESPACE::DOMDocument* doc) const override;
+
+protected:
+    // The CipherValue's octets (IV, then ciphertext) for plain, and back. They
+    // raise XSECException for a key that does not fit the method and
+    // XSECCryptoException for octets that do not decrypt.
+    virtual std::vector<std::uint8_t> encryptOctets(const XENCEncryptionMethod* method, const XSECCryptoKey* key,
+                                                    const vqxml::korean::SecureBytes& plain) const = 0;
+    virtual vqxml::korean::SecureBytes decryptOctets(const XENCEncryptionMethod* method, const XSECCryptoKey* key,
+                                                     const vqxml::korean::SecureBytes& framed) const = 0;
+};
+
+#endif

@@ -1,0 +1,71 @@
+#include "engine/wssec/TokenKeys.hpp"
+
+#include <memory>
+#include <string>
+
+#include <openssl/x509.h>
+#include <xercesc/dom/DOM.hpp>
+#include <xsec/enc/OpenSSL/OpenSSLCryptoX509.hpp>
+
+#include "core/Transcode.hpp"
+#include "core/VQXMLException.hpp"
+#include "engine/CertificateNames.hpp"
+#include "engine/NameComparison.hpp"
+#include "engine/VQTKCryptoKeyKCDSA.hpp"
+#include "engine/korean/KcdsaEncoding.hpp"
+#include "engine/wssec/VQXML_WSSecSecurityTokenReference.hpp"
+#include "engine/wssec/WssNames.hpp"
+
+XERCES_CPP_NAMESPACE_USE
+
+namespace vqxml::wss {
+
+namespace {
+
+const X509* opensslCertificate(const XSECCryptoX509& cert) {
+    const auto* openssl = dynamic_cast<const OpenSSLCryptoX509*>(&cert);
+    if (openssl == nullptr || openssl->getOpenSSLX509() == nullptr)
+        throw VQXML_XSECException(10508, "The security token holds no readable certificate");
+    return openssl->getOpenSSLX509();
+}
+
+bool sameText(const XMLCh* stated, const std::string& actual) {
+    return stated != nullptr && vqxml::XMLT("UTF-8", actual.c_str()) == stated;
+}
+
+}  // namespace
+
+XSECCryptoKey* publicKeyOf(const XSECCryptoX509& cert) {
+    const X509* x509 = opensslCertificate(cert);
+    if (!vqxml::korean::isKcdsaPublicKey(X509_get_X509_PUBKEY(x509)))
+        return cert.clonePublicKey();
+    unsigned char* der = nullptr;
+    const int len = i2d_X509(x509, &der);
+    if (len <= 0)
+        throw VQXML_XSECException(10508, "The certificate could not be encoded");
+    std::unique_ptr<unsigned char, void (*)(void*)> owned(der, [](void* p) { OPENSSL_free(p); });
+    return vqxml::createKCDSAKey(der, len, nullptr, 0);
+}
+
+XSECCryptoKey* keyOfTokenIn(const DOMElement* security, const XMLCh* issuer, const XMLCh* serial) {
+    for (DOMNode* entry = security != nullptr ? security->getFirstChild() : nullptr; entry != nullptr;
+         entry = entry->getNextSibling()) {
+        const XMLCh* id = isElement(entry, kWsse, u"BinarySecurityToken")
+                              ? static_cast<DOMElement*>(entry)->getAttributeNS(kWsu, u"Id")
+                              : nullptr;
+        if (id == nullptr || *id == 0)
+            continue;
+        // Read through a reference, so that the token passes the same checks.
+        DOMElement* holder = entry->getOwnerDocument()->createElementNS(kWsse, u"wsse:SecurityTokenReference");
+        VQXML_WSSecSecurityTokenReference reference(nullptr, holder);
+        reference.setTokenReference(id);
+        reference.load();
+        const X509* x509 = opensslCertificate(*reference.getXSECCrytpoCert());
+        if (vqxml::sameDistinguishedName(issuer, vqxml::XMLT("UTF-8", vqxml::certificateIssuer(x509).c_str()).c_str()) &&
+            sameText(serial, vqxml::certificateSerialDecimal(x509)))
+            return publicKeyOf(*reference.getXSECCrytpoCert());
+    }
+    throw VQXML_XSECException(11213, "The signer's certificate named by issuer and serial is not in the message");
+}
+
+}  // namespace vqxml::wss

@@ -1,0 +1,172 @@
+// Processing a received envelope: key information, the session key, then
+// decryption and verification in the sender's order.
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+#include <xercesc/dom/DOM.hpp>
+#include <xsec/dsig/DSIGKeyInfoList.hpp>
+#include <xsec/enc/XSECCryptoSymmetricKey.hpp>
+#include <xsec/xenc/XENCEncryptedData.hpp>
+#include <xsec/xenc/XENCEncryptedKey.hpp>
+#include <xsec/xenc/XENCEncryptionMethod.hpp>
+
+#include "core/EngineLifecycle.hpp"
+#include "core/ErrorFrame.hpp"
+#include "core/Transcode.hpp"
+#include "engine/NameComparison.hpp"
+#include "engine/VQTKCryptoKeyRSA.hpp"
+#include "engine/VQTKCryptoSymmetricKey.hpp"
+#include "engine/XencReferences.hpp"
+#include "engine/wssec/VQXML_WSSecSecurity.hpp"
+#include "xenc/KeyBuffer.hpp"
+#include "xenc/XencAlgorithms.hpp"
+
+XERCES_CPP_NAMESPACE_USE
+
+namespace {
+
+constexpr int kMaxUnwrappedKey = 32;
+
+const vqxml::SymmetricAlgorithm* cipherOf(const XENCEncryptedData* data) {
+    const XENCEncryptionMethod* method = data->getEncryptionMethod();
+    const vqxml::SymmetricAlgorithm* algorithm =
+        vqxml::symmetricByURI(method != nullptr ? method->getAlgorithm() : nullptr);
+    if (algorithm == nullptr)
+        throw VQXML_XSECException(10500);
+    return algorithm;
+}
+
+bool differs(const char* stated, const std::string& actual) {
+    return stated != nullptr && actual != stated;
+}
+
+}  // namespace
+
+int VQXML_XMLSecurity::SOAPSEC_setSOAPSecDocument(char* xml, int len) {
+    return vqxml::guarded(*this, "SOAPSEC_setSOAPSecDocument > ", [&] {
+        releaseWSSecurityAndDocument();
+        if (xml == nullptr || xml[0] == '\0')
+            throw VQXML_XSECException(10400);
+        loadDocument(xml, len);
+        m_wsSecurity = g_provider->newWSSecSecurityFromDOM(m_document, nullptr);
+        m_wsSecurity->load();
+    });
+}
+
+int VQXML_XMLSecurity::SOAPSEC_getSOAPSignInfo(int* isSigned) {
+    return vqxml::guarded(*this, "SOAPSEC_getSOAPSignInfo > ", [&] {
+        VQXML_WSSecSecurity& engine = requireWSSecurity();
+        *isSigned = engine.isWSSecSignature() ? 1 : 0;
+        if (*isSigned == 0)
+            return;
+        getKeyInfoListData(engine.getKeyInfoList());
+        m_signatureMethod = engine.getSignatureMethod();
+        m_hashMethod = engine.getHashMethod();
+    });
+}
+
+int VQXML_XMLSecurity::SOAPSEC_getSOAPEncInfo(int* isEncrypted) {
+    return vqxml::guarded(*this, "SOAPSEC_getSOAPEncInfo > ", [&] {
+        VQXML_WSSecSecurity& engine = requireWSSecurity();
+        *isEncrypted = engine.isWSSEncryption() ? 1 : 0;
+        if (*isEncrypted == 0)
+            return;
+        XENCEncryptedData* data = engine.findEncryptedData();
+        if (data == nullptr)
+            return;
+        m_symmKeyLen = 16;
+        const vqxml::SymmetricAlgorithm* algorithm = cipherOf(data);
+        m_symmAlg = algorithm->methodCode;
+        m_symmKeyLen = algorithm->keyBytes;
+        if (!data->getKeyInfoList()->isEmpty()) {
+            getKeyInfoListData(data->getKeyInfoList());
+            return;
+        }
+        DSIGKeyInfoList* keys = engine.getEncryptedKeyList();
+        if (keys == nullptr || keys->isEmpty() || m_encKeyIndex < 0 ||
+            static_cast<DSIGKeyInfoList::size_type>(m_encKeyIndex) >= keys->getSize())
+            return;
+        auto* key = static_cast<XENCEncryptedKey*>(keys->item(static_cast<DSIGKeyInfoList::size_type>(m_encKeyIndex)));
+        if (vqxml::xenc::refersTo(*key, data->getElement()->getAttributeNS(nullptr, u"Id")))
+            getEncryptedKeyInfo(key);
+        m_encKeyIndex += 1;
+    });
+}
+
+int VQXML_XMLSecurity::SOAPSEC_decryptKeyWrapKey(unsigned char* cert, int certLen, unsigned char* key, int keyLen) {
+    return vqxml::guarded(*this, "SOAPSEC_decryptKeyWrapKey > ", [&] {
+        VQXML_WSSecSecurity& engine = requireWSSecurity();
+        if (m_encryptedKey == nullptr)
+            throw VQXML_XSECException(10502, "No encrypted key has been read: call GetEncKeyInfo first");
+        if (m_keyWrapAlg == 9 || m_keyWrapAlg == 10) {
+            VQTKCryptoKeyRSA* rsa = createRSAKey(cert, certLen, key, keyLen, nullptr, nullptr, nullptr, nullptr);
+            engine.setKeyWrapKey(rsa);
+            if (m_issuer != nullptr &&
+                !vqxml::sameDistinguishedName(vqxml::XMLT(m_issuer).c_str(),
+                                              vqxml::XMLT("UTF-8", rsa->issuerName().c_str()).c_str()))
+                throw VQXML_XSECException(10505);
+            if (differs(m_subjectName, rsa->subjectName()))
+                throw VQXML_XSECException(10506);
+            if (differs(m_serialNumber, rsa->serialNumber()))
+                throw VQXML_XSECException(10507);
+        } else if (m_keyWrapAlg == 8) {
+            std::unique_ptr<XSECCryptoSymmetricKey> kek(vqxml::newSymmetricKey(vqxml::kKeyTripleDes));
+            kek->setKey(key, unsigned(keyLen));
+            engine.setKeyWrapKey(kek.release());
+        } else {
+            throw VQXML_XSECException(10502);
+        }
+        replaceSessionKey(nullptr, 0);
+        vqxml::KeyBuffer unwrapped(kMaxUnwrappedKey);
+        const int len = engine.decryptKeyWrapKey(m_encryptedKey->getElement(), unwrapped.get(), unwrapped.size());
+        replaceSessionKey(unwrapped.release(), len);
+    });
+}
+
+void VQXML_XMLSecurity::decryptSOAPParts() {
+    VQXML_WSSecSecurity& engine = *m_wsSecurity;
+    while (XENCEncryptedData* data = engine.findEncryptedData()) {
+        const vqxml::SymmetricAlgorithm* algorithm = cipherOf(data);
+        if (m_symmKey == nullptr)
+            throw VQXML_XSECException(10511);
+        std::unique_ptr<XSECCryptoSymmetricKey> key(vqxml::newSymmetricKey(algorithm->keyType));
+        key->setKey(m_symmKey, unsigned(m_symmKeyLen));
+        engine.setCipherKey(key.release());
+        engine.decryptElement(data->getElement());
+    }
+    // Removed, not released: the engine's key objects still point at them.
+    while (DOMNode* key = m_document->getElementsByTagNameNS(u"http://www.w3.org/2001/04/xmlenc#", u"EncryptedKey")
+                              ->item(0))
+        key->getParentNode()->removeChild(key);
+}
+
+int VQXML_XMLSecurity::SOAPSEC_processSOAP() {
+    return vqxml::guarded(*this, "SOAPSEC_processSOAP > ", [&] {
+        VQXML_WSSecSecurity& engine = requireWSSecurity();
+        const bool first = engine.isfirstSignatureProcess();
+        const bool hasSig = engine.isWSSecSignature();
+        const bool hasEnc = engine.isWSSEncryption();
+        if (!hasSig && !hasEnc)
+            throw VQXML_XSECException(10509);
+        bool sigDone = !hasSig;
+        bool encDone = !hasEnc;
+        while (!sigDone || !encDone) {
+            if ((first || encDone) && !sigDone) {
+                if (!engine.verify())
+                    throw VQXML_XSECException(11213, engine.getErrMsgs());
+                sigDone = true;
+            }
+            if (!encDone) {
+                decryptSOAPParts();
+                encDone = true;
+            }
+        }
+        if (m_removeSecurityHeader) {
+            if (engine.isWSSecSignature())
+                engine.removeWsuId();
+            engine.removeSecurityHeader();
+        }
+        storeResultDocument();
+    });
+}

@@ -1,0 +1,194 @@
+// Messages the library secures, processed back by the library; bad input.
+#include <memory>
+
+#include <openssl/bn.h>
+#include <openssl/x509.h>
+
+#include "soapsec/SoapFixture.hpp"
+
+using namespace soaptest;
+
+namespace {
+
+struct Pki {
+    std::string cert = testfiles::read(testfiles::dataPath("testpki/ee-rsa.crt.der"));
+    std::string key = testfiles::read(testfiles::dataPath("testpki/ee-rsa.key.der"));
+    std::string otherCert = testfiles::read(testfiles::dataPath("testpki/ee-rsa-b.crt.der"));
+    std::string otherKey = testfiles::read(testfiles::dataPath("testpki/ee-rsa-b.key.der"));
+    std::string kcdsaCert = testfiles::read(testfiles::dataPath("testpki/ee-kcdsa1024.crt.der"));
+    std::string kcdsaKey = testfiles::read(testfiles::dataPath("testpki/ee-kcdsa1024.key.der"));
+};
+
+std::string sign(const std::string& envelope, int alg, bool issuerSerial, std::string cert, std::string key) {
+    ScopedHandle h;
+    std::string xml = envelope;
+    EXPECT_EQ(VQTK_SOAPSEC_SetSOAPDocument(h, &xml[0], len(xml)), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_SignatureMethod(h, alg, 0), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_createReference(h, nullptr, alg == 5 ? 3 : 1, 3, nullptr), 0);
+    if (issuerSerial) {
+        EXPECT_EQ(VQTK_SOAPSEC_SetIssuerSerial(h), 0);
+    }
+    EXPECT_EQ(VQTK_SOAPSEC_SetSigner(h, bytes(cert), len(cert), bytes(key), len(key)), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_Sign(h), 0);
+    return resultOf(h);
+}
+
+std::string encrypt(const std::string& envelope, int symm, int wrap, std::string recipient, std::string second) {
+    ScopedHandle h;
+    std::string xml = envelope;
+    EXPECT_EQ(VQTK_SOAPSEC_SetSOAPDocument(h, &xml[0], len(xml)), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_SetSymmAlg(h, symm), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_EncryptElement(h, nullptr, 1), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_SetIssuerSerial(h), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_EncryptKeyWrapKey(h, bytes(recipient), len(recipient), wrap), 0);
+    if (!second.empty()) {
+        EXPECT_EQ(VQTK_SOAPSEC_EncryptKeyWrapKey(h, bytes(second), len(second), wrap), 0);
+    }
+    EXPECT_EQ(VQTK_SOAPSEC_Encrypt(h), 0);
+    return resultOf(h);
+}
+
+// The certificate's serial number in decimal, as the key information reports it.
+std::string serialOf(const std::string& certDer) {
+    const auto* p = reinterpret_cast<const unsigned char*>(certDer.data());
+    std::unique_ptr<X509, void (*)(X509*)> cert(d2i_X509(nullptr, &p, long(certDer.size())), X509_free);
+    std::unique_ptr<BIGNUM, void (*)(BIGNUM*)> number(ASN1_INTEGER_to_BN(X509_get0_serialNumber(cert.get()), nullptr),
+                                                      BN_free);
+    std::unique_ptr<char, void (*)(void*)> decimal(BN_bn2dec(number.get()), [](void* d) { OPENSSL_free(d); });
+    return decimal.get();
+}
+
+// Walks the encrypted keys as a receiver does, until one names cert's serial number.
+bool findKeyFor(void* h, const std::string& cert) {
+    const std::string serial = serialOf(cert);
+    for (int walked = 0; walked < 8; ++walked) {
+        int flag = 0;
+        EXPECT_EQ(VQTK_SOAPSEC_GetEncKeyInfo(h, &flag), 0);
+        char* issuer = nullptr;
+        char* stated = nullptr;
+        EXPECT_EQ(VQTK_SOAPSEC_GetIssuerSerialNum(h, &issuer, &stated), 0);
+        if (flag == 1 && stated != nullptr && serial == stated)
+            return true;
+    }
+    return false;
+}
+
+// 0 and the plain envelope, or the failing status. When no encrypted key names
+// cert, the last one read is unwrapped, so that the name check must refuse it.
+int process(std::string message, std::string cert, std::string key, std::string& plain) {
+    ScopedHandle h;
+    int status = VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], len(message));
+    if (status != 0)
+        return status;
+    int isSigned = 0;
+    EXPECT_EQ(VQTK_SOAPSEC_GetSignKeyInfo(h, &isSigned), 0);
+    if (!key.empty()) {
+        findKeyFor(h, cert);
+        status = VQTK_SOAPSEC_DecryptKeyWrapKey(h, bytes(cert), len(cert), bytes(key), len(key));
+        if (status != 0)
+            return status;
+    }
+    status = VQTK_SOAPSEC_ProcessSOAP(h);
+    if (status == 0)
+        plain = resultOf(h);
+    return status;
+}
+
+void expectPlain(const std::string& plain) {
+    EXPECT_NE(plain.find("<m:item>tea</m:item><m:count>3</m:count>"), std::string::npos) << plain;
+    EXPECT_EQ(plain.find("Security"), std::string::npos) << plain;
+    EXPECT_EQ(plain.find("wsu:Id"), std::string::npos) << plain;
+}
+
+TEST(SoapRoundTrip, SignedWithBinarySecurityToken) {
+    Pki pki;
+    const std::string signed_ = sign(kEnvelope, 2, false, pki.cert, pki.key);
+    EXPECT_NE(signed_.find("BinarySecurityToken"), std::string::npos);
+    std::string plain;
+    ASSERT_EQ(process(signed_, "", "", plain), 0);
+    expectPlain(plain);
+}
+
+TEST(SoapRoundTrip, SignedWithKcdsa) {
+    Pki pki;
+    std::string plain;
+    ASSERT_EQ(process(sign(kEnvelope, 4, false, pki.kcdsaCert, pki.kcdsaKey), "", "", plain), 0);
+    expectPlain(plain);
+}
+
+TEST(SoapRoundTrip, TamperedSignedBodyIsRefused) {
+    Pki pki;
+    std::string signed_ = sign(kEnvelope, 5, false, pki.cert, pki.key);
+    signed_.replace(signed_.find(">tea<"), 5, ">tee<");
+    std::string plain;
+    EXPECT_EQ(process(signed_, "", "", plain), 11213);
+}
+
+TEST(SoapRoundTrip, EncryptedForTwoRecipientsEachOpens) {
+    Pki pki;
+    for (int symm : {1, 2, 4}) {
+        const std::string message = encrypt(kEnvelope, symm, 3, pki.cert, pki.otherCert);
+        std::string plain;
+        ASSERT_EQ(process(message, pki.cert, pki.key, plain), 0) << symm;
+        expectPlain(plain);
+        plain.clear();
+        ASSERT_EQ(process(message, pki.otherCert, pki.otherKey, plain), 0) << symm;
+        expectPlain(plain);
+    }
+}
+
+TEST(SoapRoundTrip, WrongRecipientIsRefusedByName) {
+    Pki pki;
+    std::string plain;
+    EXPECT_EQ(process(encrypt(kEnvelope, 1, 2, pki.cert, ""), pki.otherCert, pki.otherKey, plain), 10507);
+}
+
+TEST(SoapRoundTrip, SignThenEncryptAndEncryptThenSign) {
+    Pki pki;
+    std::string plain;
+    const std::string signThenEncrypt = encrypt(sign(kEnvelope, 2, false, pki.cert, pki.key), 1, 2, pki.otherCert, "");
+    ASSERT_EQ(process(signThenEncrypt, pki.otherCert, pki.otherKey, plain), 0);
+    expectPlain(plain);
+    const std::string encryptThenSign = sign(encrypt(kEnvelope, 1, 2, pki.otherCert, ""), 2, false, pki.cert, pki.key);
+    ASSERT_EQ(process(encryptThenSign, pki.otherCert, pki.otherKey, plain), 0);
+    expectPlain(plain);
+}
+
+TEST(SoapBadInput, CallsBeforeALoadAreRefused) {
+    ScopedHandle h;
+    int flag = 0;
+    EXPECT_EQ(VQTK_SOAPSEC_SignatureMethod(h, 2, 0), 10400);
+    EXPECT_EQ(VQTK_SOAPSEC_Sign(h), 10400);
+    EXPECT_EQ(VQTK_SOAPSEC_GetSignKeyInfo(h, &flag), 10400);
+    EXPECT_EQ(VQTK_SOAPSEC_ProcessSOAP(h), 10400);
+    EXPECT_EQ(VQTK_SOAPSEC_Encrypt(h), 10400);
+}
+
+TEST(SoapBadInput, MessageNeitherSignedNorEncrypted) {
+    ScopedHandle h;
+    std::string xml = kEnvelope;
+    ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &xml[0], len(xml)), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_ProcessSOAP(h), 10509);
+}
+
+TEST(SoapBadInput, DuplicateWsuIdIsRefused) {
+    Pki pki;
+    std::string signed_ = sign(kEnvelope, 2, false, pki.cert, pki.key);
+    const size_t at = signed_.find("wsu:Id=\"id-");
+    const std::string id = signed_.substr(at + 8, signed_.find('"', at + 8) - at - 8);
+    signed_.replace(signed_.find("<m:order"), 8,
+                    "<m:evil xmlns:m=\"urn:test\" xmlns:wsu=\"http://docs.oasis-open.org/wss/2004/01/oasis-200401-"
+                    "wss-wssecurity-utility-1.0.xsd\" wsu:Id=\"" + id + "\"/><m:order");
+    std::string plain;
+    EXPECT_EQ(process(signed_, "", "", plain), 11213);
+}
+
+TEST(SoapBadInput, TokenReferenceToAMissingToken) {
+    Pki pki;
+    std::string signed_ = sign(kEnvelope, 2, false, pki.cert, pki.key);
+    signed_.replace(signed_.find("URI=\"#X509-"), 11, "URI=\"#gone-");
+    std::string plain;
+    EXPECT_EQ(process(signed_, "", "", plain), 11213);
+}
+
+}  // namespace

@@ -1,0 +1,38 @@
+// Shared pieces of the SOAP message security tests.
+#ifndef VQXML_TESTS_SOAPSEC_SOAPFIXTURE_HPP
+#define VQXML_TESTS_SOAPSEC_SOAPFIXTURE_HPP
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "ScopedHandle.hpp"
+#include "TestFiles.hpp"
+#include "vqxml/vqxml.h"
+
+namespace soaptest {
+
+inline const std::string kEnvelope =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
+    "<soap:Envelope xmlns:soap=\"http://schemas.xmlsoap.org/soap/envelope/\"><soap:Header/>"
+    "<soap:Body><m:order xmlns:m=\"urn:test\"><m:item>tea</m:item><m:count>3</m:count></m:order></soap:Body>"
+    "</soap:Envelope>";
+
+inline std::string resultOf(void* h) {
+    char* doc = nullptr;
+    int len = 0;
+    EXPECT_EQ(VQTK_XMLAPI_GetXMLDocument(h, &doc, &len), 0);
+    return doc != nullptr ? std::string(doc, static_cast<size_t>(len)) : std::string();
+}
+
+inline unsigned char* bytes(std::string& s) {
+    return reinterpret_cast<unsigned char*>(&s[0]);
+}
+
+inline int len(const std::string& s) {
+    return static_cast<int>(s.size());
+}
+
+}  // namespace soaptest
+
+#endif

@@ -1,0 +1,226 @@
+// Documents built to fail: every one gives a status and a text, never a crash,
+// and the session key is left as the failing step says.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "XencFixture.hpp"
+#include "vqxml/VQXML_XMLSecurity.h"
+
+using namespace xenctest;
+
+namespace {
+
+class Context : public VQXML_XMLSecurity {
+public:
+    using VQXML_XMLSecurity::m_symmKey;
+    using VQXML_XMLSecurity::m_symmKeyLen;
+
+    std::string error() { return getLastErrorMsg(); }
+    std::string sessionKey() const {
+        return m_symmKey != nullptr ? std::string(reinterpret_cast<char*>(m_symmKey), m_symmKeyLen) : "(none)";
+    }
+};
+
+const char kDoc[] = "<Root><Amount>1100000</Amount><Memo>메모</Memo></Root>";
+const Recipient kRsa{2, "ee-rsa", ""};
+const Recipient kKeyWrap{1, "", sharedKek()};
+const std::string kPlaceholder = "qrstuvwxyz0123456789ABCD";
+
+std::string encryptedFor(const Recipient& r, int symmetric = 1, bool names = true) {
+    Encryption e;
+    e.symmetric = symmetric;
+    e.targets = {"Amount"};
+    e.recipients = {r};
+    e.subjectName = names;
+    e.issuerSerial = names;
+    return encrypt(kDoc, e);
+}
+
+// text with the first occurrence of what after from replaced by with.
+std::string replaced(std::string text, const std::string& from, const std::string& what, const std::string& with) {
+    const size_t at = text.find(what, text.find(from));
+    EXPECT_NE(at, std::string::npos) << what;
+    return at == std::string::npos ? text : text.replace(at, what.size(), with);
+}
+
+// The CipherValue of the EncryptedData (the last one in the text), replaced.
+std::string withDataCipherValue(const std::string& text, const std::string& value) {
+    const size_t from = text.rfind("<xenc:CipherValue>") + 18;
+    return std::string(text).replace(from, text.find('<', from) - from, value);
+}
+
+// Loads and reads the key information; the status of the first step that fails.
+int load(Context& ctx, const std::string& text) {
+    int rc = ctx.XMLENC_setEncXMLDocument(chars(text), size(text));
+    return rc != 0 ? rc : ctx.XMLENC_getEncKeyInfo();
+}
+
+int unwrap(Context& ctx, const Recipient& r) {
+    const std::string cert = r.cert(), key = r.privateKey();
+    return ctx.XMLENC_decryptKeyWrapKey(cert.empty() ? nullptr : bytes(cert), size(cert), bytes(key), size(key));
+}
+
+TEST(CertificateChecks, AnotherRecipientLeavesTheSessionKeyAlone) {
+    struct Case {
+        std::string cert, key;
+        std::string edit;  // an X509SerialNumber to write instead of the real one
+        int code;
+    };
+    const Case cases[] = {
+        {testfiles::read(testfiles::dataPath("dsig/signer-cert.der")),
+         testfiles::read(testfiles::dataPath("dsig/signer-key.pk8.der")), "", 10308},
+        {pki("ee-rsa-b.crt.der"), pki("ee-rsa-b.key.der"), "", 10309},
+        {pki("ee-rsa.crt.der"), pki("ee-rsa.key.der"), "4099", 10310},
+    };
+    for (const Case& c : cases) {
+        std::string text = encryptedFor(kRsa);
+        if (!c.edit.empty())
+            text = replaced(text, "<ds:X509SerialNumber>", "4097", c.edit);
+        Context ctx;
+        ASSERT_EQ(load(ctx, text), 0);
+        ASSERT_EQ(ctx.XMLENC_setSymmKey(bytes(kPlaceholder), 24, 1), 0);
+        EXPECT_EQ(ctx.XMLENC_decryptKeyWrapKey(bytes(c.cert), size(c.cert), bytes(c.key), size(c.key)), c.code)
+            << ctx.error();
+        EXPECT_EQ(ctx.sessionKey(), kPlaceholder);
+    }
+}
+
+// With no names to compare, a wrong key fails inside the unwrapping, which has
+// already let go of the old session key.
+TEST(Unwrapping, WrongKeysLeaveNoSessionKey) {
+    struct Case {
+        const char* name;
+        std::string text;
+        Recipient recipient;
+    };
+    const std::string rsa = encryptedFor(kRsa, 1, false);
+    const size_t keyValue = rsa.find("<xenc:CipherValue>") + 18;
+    std::string corrupted = rsa;
+    corrupted[keyValue + 10] = corrupted[keyValue + 10] == 'A' ? 'B' : 'A';
+    const Case cases[] = {
+        {"other private key", rsa, {2, "ee-rsa-b", ""}},
+        {"corrupted wrapped key", corrupted, kRsa},
+        {"other key-encryption key", encryptedFor(kKeyWrap), {1, "", "another key-encryption k"}},
+    };
+    for (const Case& c : cases) {
+        Context ctx;
+        ASSERT_EQ(load(ctx, c.text), 0) << c.name;
+        ASSERT_EQ(ctx.XMLENC_setSymmKey(bytes(kPlaceholder), 24, 1), 0);
+        const Recipient r = c.recipient;
+        const std::string key = r.privateKey();
+        EXPECT_NE(ctx.XMLENC_decryptKeyWrapKey(nullptr, 0, bytes(key), size(key)), 0) << c.name;
+        EXPECT_NE(ctx.error().find("XMLENC_decryptKeyWrapKey > "), std::string::npos) << c.name;
+        EXPECT_EQ(ctx.sessionKey(), "(none)") << c.name;
+        EXPECT_EQ(ctx.XMLENC_decrypt(), 10314) << c.name;
+    }
+}
+
+TEST(Unwrapping, UnknownTransportIsRecordedThenRefused) {
+    const std::string text = replaced(encryptedFor(kRsa), "<xenc:EncryptedKey", "xmlenc#rsa-1_5", "xmlenc#rsa-2_0");
+    Context ctx;
+    EXPECT_EQ(load(ctx, text), 0);
+    EXPECT_EQ(ctx.getLaseErrorCode(), 11304);
+    EXPECT_EQ(ctx.error().rfind("getEncryptedKeyInfo > ", 0), 0u) << ctx.error();
+    EXPECT_EQ(unwrap(ctx, kRsa), 10304);
+}
+
+TEST(Ciphertext, BrokenEncryptedDataFailsCleanly) {
+    for (int symmetric : {1, 2, 3, 4}) {
+        const std::string good = encryptedFor(kKeyWrap, symmetric);
+        const std::string cases[] = {
+            replaced(good, "<xenc:EncryptedData", "Algorithm=\"", "Algorithm=\"urn:unknown:"),
+            withDataCipherValue(good, "!!not*base64!!"),
+            withDataCipherValue(good, "AAECAwQFBgcICQoLDA0ODxAREhMUFRYX"),  // 24 bytes: no whole block after the IV
+            withDataCipherValue(good, "AAECAwQFBgcICQoLDA0ODw=="),          // an IV alone
+            withDataCipherValue(good, ""),
+            replaced(good, "<xenc:EncryptedData", "#Element", "#Elephant"),
+        };
+        for (const std::string& text : cases) {
+            Context ctx;
+            int rc = load(ctx, text);
+            if (rc == 0)
+                rc = unwrap(ctx, kKeyWrap);
+            if (rc == 0)
+                rc = ctx.XMLENC_decrypt();
+            EXPECT_NE(rc, 0) << symmetric << ": " << text;
+            EXPECT_FALSE(ctx.error().empty());
+            EXPECT_EQ(ctx.getXMLDocument(), nullptr);
+        }
+    }
+}
+
+// A wrong session key yields bytes that are not the document: bad padding or
+// text that does not parse, reported, not thrown.
+TEST(Ciphertext, WrongSessionKeyFailsCleanly) {
+    const std::string text = encryptedFor(kKeyWrap, 1);
+    for (int attempt = 0; attempt < 16; ++attempt) {
+        std::string wrong = kPlaceholder;
+        wrong[static_cast<size_t>(attempt)] ^= 0x5a;
+        Context ctx;
+        ASSERT_EQ(load(ctx, text), 0);
+        ASSERT_EQ(ctx.XMLENC_setSymmKey(bytes(wrong), 24, 1), 0);
+        const int rc = ctx.XMLENC_decrypt();
+        if (rc != 0) {
+            EXPECT_EQ(ctx.error().rfind("XMLENC_decrypt > ", 0), 0u);
+        }
+    }
+}
+
+TEST(Structure, MalformedAndTruncatedDocumentsFailCleanly) {
+    const std::string text = encryptedFor(kRsa);
+    for (size_t len = 1; len < text.size(); len += 13) {
+        Context ctx;
+        int rc = load(ctx, text.substr(0, len));
+        if (rc == 0)
+            rc = unwrap(ctx, kRsa);
+        if (rc == 0)
+            rc = ctx.XMLENC_decrypt();
+        EXPECT_NE(rc, 0) << len;
+    }
+    Context ctx;
+    EXPECT_NE(load(ctx, replaced(text, "</xenc:EncryptedKey>", "<xenc:CipherData>", "<xenc:Nothing>")), 0);
+}
+
+TEST(Structure, RetrievalMethodLoopsAreRefused) {
+    const std::string doc =
+        "<!DOCTYPE Root [<!ATTLIST xenc:EncryptedKey Id ID #IMPLIED>]>"
+        "<Root><xenc:EncryptedData xmlns:xenc=\"http://www.w3.org/2001/04/xmlenc#\">"
+        "<xenc:EncryptionMethod Algorithm=\"http://www.w3.org/2001/04/xmlenc#tripledes-cbc\"/>"
+        "<ds:KeyInfo xmlns:ds=\"http://www.w3.org/2000/09/xmldsig#\"><ds:RetrievalMethod "
+        "Type=\"http://www.w3.org/2001/04/xmlenc#EncryptedKey\" URI=\"#k\"/></ds:KeyInfo>"
+        "<xenc:CipherData><xenc:CipherValue>AAAA</xenc:CipherValue></xenc:CipherData></xenc:EncryptedData>"
+        "<xenc:EncryptedKey xmlns:xenc=\"http://www.w3.org/2001/04/xmlenc#\" Id=\"k\">"
+        "<xenc:EncryptionMethod Algorithm=\"http://www.w3.org/2001/04/xmlenc#kw-tripledes\"/>"
+        "<ds:KeyInfo xmlns:ds=\"http://www.w3.org/2000/09/xmldsig#\"><ds:RetrievalMethod "
+        "Type=\"http://www.w3.org/2001/04/xmlenc#EncryptedKey\" URI=\"#k\"/></ds:KeyInfo>"
+        "<xenc:CipherData><xenc:CipherValue>AAAA</xenc:CipherValue></xenc:CipherData></xenc:EncryptedKey></Root>";
+    Context ctx;
+    EXPECT_NE(load(ctx, doc), 0);
+    EXPECT_NE(ctx.error().find("leads back to itself"), std::string::npos) << ctx.error();
+}
+
+// The engine would keep only the last name and lose the others' memory.
+TEST(Structure, RepeatedX509NamesAreRefused) {
+    std::string text = encryptedFor(kRsa);
+    const size_t serial = text.find("<ds:X509IssuerSerial>");
+    const std::string issuerSerial = text.substr(serial, text.find("</ds:X509IssuerSerial>") + 22 - serial);
+    text.insert(serial, issuerSerial);
+    Context ctx;
+    EXPECT_NE(load(ctx, text), 0);
+    EXPECT_NE(ctx.error().find("several X509SubjectName or X509IssuerSerial"), std::string::npos) << ctx.error();
+}
+
+TEST(SessionKey, RandomKeysAreFreshAndOfTheAlgorithmsLength) {
+    Context a, b;
+    ASSERT_EQ(a.XMLENC_setXMLDocument(chars(kDoc), size(kDoc)), 0);
+    ASSERT_EQ(b.XMLENC_setXMLDocument(chars(kDoc), size(kDoc)), 0);
+    ASSERT_EQ(a.XMLENC_setSymmKey(nullptr, 0, 2), 0);
+    ASSERT_EQ(b.XMLENC_setSymmKey(nullptr, 0, 2), 0);
+    EXPECT_EQ(a.sessionKey().size(), 16u);
+    EXPECT_NE(a.sessionKey(), b.sessionKey());
+    ASSERT_EQ(a.XMLENC_setSymmKey(nullptr, 0, 1), 0);
+    EXPECT_EQ(a.sessionKey().size(), 24u);
+}
+
+}  // namespace

@@ -1,0 +1,139 @@
+// What the library encrypts, the library opens again to the very bytes it
+// started from: every symmetric algorithm with every transport, one or two
+// elements, element or content, one or several recipients.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "XencFixture.hpp"
+
+using namespace xenctest;
+
+namespace {
+
+const char kInvoice[] =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+    "<Invoice xmlns=\"urn:example:invoice\" xmlns:p=\"urn:example:party\"><Head>세금계산서 2024-0001</Head>"
+    "<p:Supplier>테스트상사 주식회사</p:Supplier><Amount currency=\"KRW\">1100000</Amount>"
+    "<Note>비고 &amp; 메모</Note></Invoice>";
+
+// The document from its root element on.
+std::string body(const std::string& text) {
+    const size_t root = text.find("<Invoice");
+    return root == std::string::npos ? text : text.substr(root);
+}
+
+const Recipient kRsa15{2, "ee-rsa", ""};
+const Recipient kOaep{3, "ee-rsa", ""};
+const Recipient kKeyWrap{1, "", sharedKek()};
+const Recipient kOaepB{3, "ee-rsa-b", ""};
+
+struct Case {
+    int symmetric;
+    Recipient recipient;
+    bool twoElements;
+    int mode;
+};
+
+std::string name(const Case& c) {
+    static const char* const kSymmetric[] = {"", "TripleDes", "Seed", "Neat", "Aria"};
+    static const char* const kTransport[] = {"", "KeyWrap", "Rsa15", "RsaOaep"};
+    return std::string(kSymmetric[c.symmetric]) + "_" + kTransport[c.recipient.transport] +
+           (c.twoElements ? "_TwoElements" : "_OneElement") + (c.mode == 1 ? "_Content" : "_Element");
+}
+
+class RoundTrip : public testing::TestWithParam<Case> {};
+
+TEST_P(RoundTrip, OpensToTheOriginalBytes) {
+    const Case& c = GetParam();
+    Encryption e;
+    e.symmetric = c.symmetric;
+    e.mode = c.mode;
+    e.targets = c.twoElements ? std::vector<std::string>{"Amount", "p:Supplier"} : std::vector<std::string>{"Amount"};
+    e.recipients = {c.recipient};
+    const std::string encrypted = encrypt(kInvoice, e);
+    ASSERT_EQ(encrypted.find("1100000"), std::string::npos) << encrypted;
+    if (c.twoElements) {
+        ASSERT_EQ(encrypted.find("주식회사"), std::string::npos);
+    }
+    std::string opened;
+    ASSERT_EQ(decrypt(encrypted, c.recipient, &opened), 0) << opened;
+    EXPECT_EQ(body(opened), body(kInvoice));
+}
+
+std::vector<Case> allCases() {
+    std::vector<Case> cases;
+    for (int symmetric = 1; symmetric <= 4; ++symmetric)
+        for (const Recipient& r : {kKeyWrap, kRsa15, kOaep})
+            for (bool two : {false, true})
+                for (int mode : {1, 2})
+                    cases.push_back({symmetric, r, two, mode});
+    return cases;
+}
+
+INSTANTIATE_TEST_SUITE_P(Algorithms, RoundTrip, testing::ValuesIn(allCases()),
+                         [](const testing::TestParamInfo<Case>& info) { return name(info.param); });
+
+// Each recipient opens the document with its own key, whether the keys sit in
+// the one EncryptedData or at the top of the document.
+TEST(SeveralRecipients, EachOpensWithItsOwnKey) {
+    for (bool twoElements : {false, true}) {
+        Encryption e;
+        e.symmetric = 2;
+        e.targets = twoElements ? std::vector<std::string>{"Amount", "Note"} : std::vector<std::string>{"Amount"};
+        e.recipients = {kRsa15, kKeyWrap, kOaepB};
+        e.subjectName = true;
+        e.issuerSerial = true;
+        const std::string encrypted = encrypt(kInvoice, e);
+        for (const Recipient& r : e.recipients) {
+            std::string opened;
+            ASSERT_EQ(decrypt(encrypted, r, &opened), 0) << r.transport << " " << r.prefix << ": " << opened;
+            EXPECT_EQ(body(opened), body(kInvoice));
+        }
+        std::string why;
+        EXPECT_NE(decrypt(encrypted, {1, "", "another key-encryption k"}, &why), 0) << "an outsider";
+    }
+}
+
+TEST(SessionKey, CallerKeyOpensWithoutUnwrapping) {
+    const std::string key = "0123456789ABCDEF";
+    Encryption e;
+    e.symmetric = 4;
+    e.sessionKey = key;
+    e.targets = {" "};
+    e.recipients = {kKeyWrap};
+    const std::string encrypted = encrypt(kInvoice, e);
+    ScopedHandle h;
+    ASSERT_EQ(VQTK_XMLENC_SetEncXMLDocument(h, chars(encrypted), size(encrypted)), 0);
+    ASSERT_EQ(VQTK_XMLENC_GetEncKeyInfo(h), 0);
+    ASSERT_EQ(VQTK_XMLENC_SetSymmKey(h, bytes(key), size(key), 4), 0);
+    ASSERT_EQ(VQTK_XMLENC_Decrypt(h), 0) << errorText(h);
+    EXPECT_EQ(body(resultDocument(h)), body(kInvoice));
+}
+
+// The document as the library writes it when it changes nothing.
+std::string reserialised(const std::string& text) {
+    ScopedHandle h;
+    EXPECT_EQ(VQTK_XMLENC_SetXMLDocument(h, chars(text), size(text)), 0);
+    EXPECT_EQ(VQTK_XMLENC_Encrypt(h), 0);
+    return resultDocument(h);
+}
+
+// An element in no namespace inside a document with a default one, and one in
+// the default namespace: each comes back in its own.
+TEST(Namespaces, DecryptedElementsKeepTheirNamespace) {
+    const std::string text =
+        "<Document xmlns=\"http://example.org/\"><ToBeEncrypted xmlns=\"\"><Inner/></ToBeEncrypted>"
+        "<Kept>in the default namespace</Kept></Document>";
+    for (int mode : {1, 2}) {
+        Encryption e;
+        e.targets = {"ToBeEncrypted", "Kept"};
+        e.mode = mode;
+        e.recipients = {kOaep};
+        std::string opened;
+        ASSERT_EQ(decrypt(encrypt(text, e), kOaep, &opened), 0) << opened;
+        EXPECT_EQ(opened, reserialised(text));
+    }
+}
+
+}  // namespace

@@ -1,0 +1,129 @@
+// Encrypting and decrypting through the C interface with the test PKI's keys.
+#ifndef VQXML_TESTS_XENC_XENCFIXTURE_HPP
+#define VQXML_TESTS_XENC_XENCFIXTURE_HPP
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "ScopedHandle.hpp"
+#include "TestFiles.hpp"
+#include "dsig/SignatureFixture.hpp"
+#include "vqxml/vqxml.h"
+
+namespace xenctest {
+
+// chars, bytes, errorText and resultDocument serve both families.
+using dsigtest::bytes;
+using dsigtest::chars;
+using dsigtest::errorText;
+using dsigtest::resultDocument;
+
+inline int size(const std::string& s) {
+    return static_cast<int>(s.size());
+}
+
+inline std::string pki(const std::string& file) {
+    return testfiles::read(testfiles::dataPath("testpki/" + file));
+}
+
+// A recipient: an RSA certificate and key of the test PKI, or a key-wrap key.
+struct Recipient {
+    int transport;       // 1 key wrap, 2 RSA 1.5, 3 RSA-OAEP
+    std::string prefix;  // test PKI end entity ("ee-rsa"), for RSA
+    std::string kek;     // 24 bytes, for key wrap
+
+    std::string wrapKey() const { return transport == 1 ? kek : pki(prefix + ".crt.der"); }
+    std::string cert() const { return transport == 1 ? std::string() : pki(prefix + ".crt.der"); }
+    std::string privateKey() const { return transport == 1 ? kek : pki(prefix + ".key.der"); }
+};
+
+inline const std::string& sharedKek() {
+    static const std::string kek = "0123456789abcdefFEDCBA98";
+    return kek;
+}
+
+struct Encryption {
+    int symmetric = 1;                  // selector 1-4
+    std::string sessionKey;             // empty: a random one
+    std::vector<std::string> targets;   // qualified names; " " for the document element
+    int mode = 2;                       // 1 content, 2 element
+    std::vector<Recipient> recipients;
+    std::string keyNameBefore;          // set before the elements
+    std::string keyNameAfter;           // set after them, before the first wrap
+    std::string prefix;
+    bool subjectName = false;
+    bool issuerSerial = false;
+};
+
+// Encrypts text as e says; the encrypted document ("" and a failure on any error).
+inline std::string encrypt(const std::string& text, const Encryption& e) {
+    ScopedHandle h;
+    EXPECT_EQ(VQTK_XMLENC_SetXMLDocument(h, chars(text), size(text)), 0) << errorText(h);
+    if (!e.prefix.empty()) {
+        EXPECT_EQ(VQTK_XMLENC_SetPrefix(h, chars(e.prefix)), 0) << errorText(h);
+    }
+    if (e.sessionKey.empty()) {
+        EXPECT_EQ(VQTK_XMLENC_SetSymmAlg(h, e.symmetric), 0) << errorText(h);
+    } else {
+        EXPECT_EQ(VQTK_XMLENC_SetSymmKey(h, bytes(e.sessionKey), size(e.sessionKey), e.symmetric), 0);
+    }
+    if (!e.keyNameBefore.empty()) {
+        EXPECT_EQ(VQTK_XMLENC_SetKeyName(h, chars(e.keyNameBefore)), 0);
+    }
+    for (const std::string& target : e.targets)
+        EXPECT_EQ(VQTK_XMLENC_EncryptElement(h, chars(target), e.mode), 0) << errorText(h);
+    if (e.subjectName)
+        VQTK_XMLENC_SetSubjectName(h);
+    if (e.issuerSerial)
+        VQTK_XMLENC_SetIssuerSerial(h);
+    if (!e.keyNameAfter.empty()) {
+        EXPECT_EQ(VQTK_XMLENC_SetKeyName(h, chars(e.keyNameAfter)), 0);
+    }
+    for (const Recipient& r : e.recipients) {
+        const std::string key = r.wrapKey();
+        EXPECT_EQ(VQTK_XMLENC_EncryptKeyWrapKey(h, bytes(key), size(key), r.transport), 0) << errorText(h);
+    }
+    EXPECT_EQ(VQTK_XMLENC_Encrypt(h), 0) << errorText(h);
+    return resultDocument(h);
+}
+
+// Opens text as recipient r on a fresh handle, trying the document's
+// EncryptedKeys in turn as a caller would: the status, and the result document
+// (or the error text) in *out. A key that never unwraps gives its first failure.
+inline int decrypt(const std::string& text, const Recipient& r, std::string* out = nullptr) {
+    ScopedHandle h;
+    const std::string cert = r.cert();
+    const std::string key = r.privateKey();
+    int rc = VQTK_XMLENC_SetEncXMLDocument(h, chars(text), size(text));
+    bool opened = false;
+    int firstFailure = 0;
+    std::string failureText;
+    for (int attempt = 0; rc == 0 && !opened && attempt < 4; ++attempt) {
+        rc = VQTK_XMLENC_GetEncKeyInfo(h);
+        if (rc != 0)
+            break;
+        const int unwrapped = VQTK_XMLENC_DecryptKeyWrapKey(h, cert.empty() ? nullptr : bytes(cert), size(cert),
+                                                            bytes(key), size(key));
+        opened = unwrapped == 0;
+        if (!opened && firstFailure == 0) {
+            firstFailure = unwrapped;
+            failureText = errorText(h);
+        }
+    }
+    if (!opened && firstFailure != 0) {
+        if (out != nullptr)
+            *out = failureText;
+        return firstFailure;
+    }
+    if (rc == 0)
+        rc = VQTK_XMLENC_Decrypt(h);
+    if (out != nullptr)
+        *out = rc == 0 ? resultDocument(h) : errorText(h);
+    return rc;
+}
+
+}  // namespace xenctest
+
+#endif
