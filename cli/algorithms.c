@@ -25,6 +25,15 @@ static const CliAlgorithm kCanonicalizations[] = {
 };
 TABLE(cliCanonicalizations, "canonicalization", "Canonicalizations", kCanonicalizations);
 
+/* SOAP SignedInfo canonicalization has selectors of its own. */
+static const CliAlgorithm kSoapCanonicalizations[] = {
+    {"exc-c14n", 0, "Exclusive XML Canonicalization 1.0"},
+    {"c14n", 1, "Canonical XML 1.0"},
+    {"c14n-comments", 2, "Canonical XML 1.0 with comments"},
+};
+TABLE(cliSoapCanonicalizations, "SignedInfo canonicalization", "SignedInfo canonicalizations (--c14n)",
+      kSoapCanonicalizations);
+
 static const CliAlgorithm kDigests[] = {
     {"sha1", 1, "SHA-1"},
     {"has160", 2, "HAS-160"},

@@ -130,6 +130,7 @@ typedef struct CliAlgorithmTable {
 
 extern const CliAlgorithmTable cliSignatureAlgorithms;
 extern const CliAlgorithmTable cliCanonicalizations;
+extern const CliAlgorithmTable cliSoapCanonicalizations;
 extern const CliAlgorithmTable cliDigests;
 extern const CliAlgorithmTable cliSymmetricAlgorithms;
 extern const CliAlgorithmTable cliKeyTransports;
@@ -185,6 +186,24 @@ typedef struct {
     unsigned char* cert;
     int certLen;
 } CliKeyInfo;
+
+/* A copy the caller owns (the library's own change with its next reading), and
+ * its release. */
+CliKeyInfo cliCopyKeyInfo(CliKeyInfo info);
+void cliFreeKeyInfo(CliKeyInfo* info);
+/* How a family reads its encrypted keys one after the other. */
+typedef struct {
+    int (*unwrap)(void* h, unsigned char* cert, int certLen, unsigned char* key, int keyLen);
+    int (*next)(void* h);         /* reads the next encrypted key */
+    CliKeyInfo (*read)(void* h);  /* the names the key read last states */
+    int otherRecipient[3];        /* statuses of unwrap that mean "another recipient's key" */
+} CliRecipientWalk;
+
+/* Unwraps the session key with the first encrypted key, from the one read last
+ * on, that the library accepts for this recipient: it refuses the others by
+ * their issuer, subject or serial number. The walk ends where reading the next
+ * key fails or names the same serial number again. */
+int cliUnwrapForRecipient(void* h, const CliRecipientWalk* walk, const CliSigner* recipient);
 
 /* Prints one "label: value" line for each part there is. */
 void cliPrintKeyInfo(FILE* out, const CliKeyInfo* info);

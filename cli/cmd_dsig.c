@@ -18,12 +18,17 @@ static const CliSignatureFamily kXmlSignature = {
         "checked. Whether the signer's certificate is trusted is `vqxml cert-verify`'s\n"
         "question. -o writes the document without its Signature (enveloping: the\n"
         "Object's content).",
+    .defaultXPath = CLI_ENVELOPED_XPATH,
+    .defaultReferenceC14n = "none",
+    .signedInfoCanonicalizations = &cliCanonicalizations,
     .load = VQTK_XMLDSIG_SetXMLDocument,
     .setPrefix = VQTK_XMLDSIG_SetPrefix,
     .signatureMethod = VQTK_XMLDSIG_SignatureMethod,
     .createReference = VQTK_XMLDSIG_createReference,
     .appendObject = VQTK_XMLDSIG_appendObject,
     .setKeyName = VQTK_XMLDSIG_SetKeyName,
+    .setSubjectName = VQTK_XMLENC_SetSubjectName,
+    .setIssuerSerial = VQTK_XMLENC_SetIssuerSerial,
     .setSigner = VQTK_XMLDSIG_SetSigner,
     .setHMACKey = VQTK_XMLDSIG_SetHMACKey,
     .sign = VQTK_XMLDSIG_sign,

@@ -16,6 +16,9 @@ static const CliSignatureFamily kEbXml = {
         "every attachment it references. Exit 0: valid; 213 (status 11213): the\n"
         "signature, the envelope or an attachment does not verify. -o writes the\n"
         "package with the envelope without its Signature.",
+    .defaultXPath = CLI_ENVELOPED_XPATH,
+    .defaultReferenceC14n = "none",
+    .signedInfoCanonicalizations = &cliCanonicalizations,
     .load = VQTK_EBXML_SetSOAPDocument,
     .signatureMethod = VQTK_EBXML_SignatureMethod,
     .createReference = VQTK_EBXML_createReference,

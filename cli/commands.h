@@ -6,6 +6,11 @@
 
 extern const CliCommand cliSignCommand;
 extern const CliCommand cliVerifyCommand;
+extern const CliCommand cliEncryptCommand;
+extern const CliCommand cliDecryptCommand;
+extern const CliCommand cliSoapSignCommand;
+extern const CliCommand cliSoapEncryptCommand;
+extern const CliCommand cliSoapProcessCommand;
 extern const CliCommand cliEbXmlSignCommand;
 extern const CliCommand cliEbXmlVerifyCommand;
 extern const CliCommand cliCertVerifyCommand;

@@ -8,9 +8,11 @@
 
 /* A family's commands join this table when the family is part of the library. */
 static const CliCommand* const kCommands[] = {
-    &cliSignCommand,       &cliVerifyCommand,                                /* XML Signature */
-    &cliEbXmlSignCommand,  &cliEbXmlVerifyCommand,                           /* ebXML */
-    &cliCertVerifyCommand, &cliKeyDecryptCommand,  &cliKeyRandomCommand,     /* PKI */
+    &cliSignCommand,       &cliVerifyCommand,                                  /* XML Signature */
+    &cliEncryptCommand,    &cliDecryptCommand,                                 /* XML Encryption */
+    &cliSoapSignCommand,   &cliSoapEncryptCommand, &cliSoapProcessCommand,     /* WS-Security */
+    &cliEbXmlSignCommand,  &cliEbXmlVerifyCommand,                             /* ebXML */
+    &cliCertVerifyCommand, &cliKeyDecryptCommand,  &cliKeyRandomCommand,       /* PKI */
     &cliVersionCommand,
 };
 static const int kCommandCount = (int)(sizeof kCommands / sizeof kCommands[0]);

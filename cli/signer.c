@@ -1,4 +1,5 @@
 /* A signer's (or recipient's) certificate and private key from files. */
+#include <stdlib.h>
 #include <string.h>
 
 #include <vqxml/vqxml.h>
@@ -53,4 +54,27 @@ int cliWriteCertificate(const char* path, const unsigned char* cert, int certLen
         return cliWriteFile(path, cert, (size_t)certLen, 0);
     cliError("the document carries no certificate");
     return CLI_EXIT_DATA;
+}
+
+static char* copyText(const char* text) {
+    return text != NULL ? strdup(text) : NULL;
+}
+
+CliKeyInfo cliCopyKeyInfo(CliKeyInfo info) {
+    CliKeyInfo copy = {copyText(info.subject), copyText(info.issuer), copyText(info.serial), copyText(info.keyName),
+                       NULL, 0};
+    if (info.cert != NULL && info.certLen > 0 && (copy.cert = malloc((size_t)info.certLen)) != NULL) {
+        memcpy(copy.cert, info.cert, (size_t)info.certLen);
+        copy.certLen = info.certLen;
+    }
+    return copy;
+}
+
+void cliFreeKeyInfo(CliKeyInfo* info) {
+    free(info->subject);
+    free(info->issuer);
+    free(info->serial);
+    free(info->keyName);
+    free(info->cert);
+    memset(info, 0, sizeof *info);
 }

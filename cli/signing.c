@@ -5,7 +5,6 @@
 
 #include "cli/signing.h"
 
-#define ENVELOPED_XPATH "not(ancestor-or-self::ds:Signature)"
 #define ADD_OPTION(...) options[count++] = (CliOption){__VA_ARGS__}
 
 /* ---- signing ---- */
@@ -33,23 +32,24 @@ typedef struct {
     int signature, c14n, digest, refC14n;
 } SignSelectors;
 
-static int signSelectors(const SignArgs* a, SignSelectors* s) {
+static int signSelectors(const CliSignatureFamily* f, const SignArgs* a, SignSelectors* s) {
     const char* alg = a->alg ? a->alg : a->hmacKey ? "hmac-sha1" : "rsa-sha256";
     int rc = cliSelector(&cliSignatureAlgorithms, alg, &s->signature);
-    rc = rc ? rc : cliSelector(&cliCanonicalizations, a->c14n ? a->c14n : "exc-c14n", &s->c14n);
-    rc = rc ? rc : cliSelector(&cliCanonicalizations, a->refC14n ? a->refC14n : "none", &s->refC14n);
+    rc = rc ? rc : cliSelector(f->signedInfoCanonicalizations, a->c14n ? a->c14n : "exc-c14n", &s->c14n);
+    rc = rc ? rc : cliSelector(&cliCanonicalizations, a->refC14n ? a->refC14n : f->defaultReferenceC14n, &s->refC14n);
     const char* digest = a->digest ? a->digest : cliDefaultDigest(s->signature);
     return rc ? rc : cliSelector(&cliDigests, digest, &s->digest);
 }
 
 /* The references: the ones asked for, else the Object of an enveloping signature,
- * else the whole document without its signature. */
+ * else the family's default (the whole document without its signature, the SOAP
+ * Body). --xpath "" asks for no XPath. */
 static int addReferences(const CliSignatureFamily* f, void* h, const SignArgs* a, const SignSelectors* s) {
     if (a->refs.count == 0 && a->enveloping != NULL)
         return f->createReference(h, (char*)a->enveloping, s->digest, s->refC14n, NULL);
     if (a->refs.count == 0) {
-        const char* xpath = a->xpath ? a->xpath : ENVELOPED_XPATH;
-        return f->createReference(h, NULL, s->digest, s->refC14n, *xpath ? (char*)xpath : NULL);
+        const char* xpath = a->xpath ? a->xpath : f->defaultXPath;
+        return f->createReference(h, NULL, s->digest, s->refC14n, xpath && *xpath ? (char*)xpath : NULL);
     }
     int status = VQXML_OK;
     for (int i = 0; status == VQXML_OK && i < a->refs.count; ++i)
@@ -107,8 +107,6 @@ static int buildSignature(const CliSignatureFamily* f, void* h, const SignArgs* 
     return status == VQXML_OK ? describeKey(f, h, a) : status;
 }
 
-static const CliAlgorithmTable* const kSignTables[] = {&cliSignatureAlgorithms, &cliCanonicalizations, &cliDigests,
-                                                      NULL};
 
 int cliRunSign(const CliCommand* cmd, const CliSignatureFamily* f, int argc, char** argv) {
     SignArgs a = {0};
@@ -130,10 +128,13 @@ int cliRunSign(const CliCommand* cmd, const CliSignatureFamily* f, int argc, cha
     ADD_OPTION("c14n", 0, CLI_VALUE, "NAME", "SignedInfo canonicalization (default exc-c14n)", &a.c14n);
     ADD_OPTION("digest", 0, CLI_VALUE, "NAME", "reference digest (default: the algorithm's hash)", &a.digest);
     ADD_OPTION("ref", 'r', CLI_LIST, "URI", "sign this reference (\"#id\" or an Id); repeatable", &a.refs);
-    ADD_OPTION("ref-c14n", 0, CLI_VALUE, "NAME", "canonicalization transform on each reference (default none)",
-               &a.refC14n);
-    ADD_OPTION("xpath", 0, CLI_VALUE, "EXPR", "XPath transform (default for the whole document: " ENVELOPED_XPATH
-                                              "; \"\" for none)", &a.xpath);
+    char refC14nHelp[96], xpathHelp[128];
+    snprintf(refC14nHelp, sizeof refC14nHelp, "canonicalization transform on each reference (default %s)",
+             f->defaultReferenceC14n);
+    snprintf(xpathHelp, sizeof xpathHelp, "XPath transform on the references (default: %s)",
+             f->defaultXPath ? f->defaultXPath : "none");
+    ADD_OPTION("ref-c14n", 0, CLI_VALUE, "NAME", refC14nHelp, &a.refC14n);
+    ADD_OPTION("xpath", 0, CLI_VALUE, "EXPR", xpathHelp, &a.xpath);
     if (f->appendObject != NULL)
         ADD_OPTION("enveloping", 0, CLI_VALUE, "ID", "put IN into an Object with this Id inside the Signature",
                    &a.enveloping);
@@ -148,14 +149,18 @@ int cliRunSign(const CliCommand* cmd, const CliSignatureFamily* f, int argc, cha
     if (f->setPrefix != NULL)
         ADD_OPTION("prefix", 0, CLI_VALUE, "PREFIX", "namespace prefix of the Signature elements (default ds)",
                    &a.prefix);
-    const CliSyntax syntax = {f->signUsage, f->signDescription, kSignTables, options, count, 0, 1};
+    const int ownSignedInfoTable = f->signedInfoCanonicalizations != &cliCanonicalizations;
+    const CliAlgorithmTable* const tables[] = {&cliSignatureAlgorithms, f->signedInfoCanonicalizations,
+                                               ownSignedInfoTable ? &cliCanonicalizations : &cliDigests,
+                                               ownSignedInfoTable ? &cliDigests : NULL, NULL};
+    const CliSyntax syntax = {f->signUsage, f->signDescription, tables, options, count, 0, 1};
     CliParsed args;
     if (!cliParse(cmd, &syntax, argc, argv, &args))
         return args.exitCode;
     if (a.hmacKey == NULL && (a.cert == NULL || a.key == NULL))
         return cliUsageError(f->setHMACKey ? "give --cert and --key, or --hmac-key" : "give --cert and --key");
     SignSelectors s;
-    int rc = signSelectors(&a, &s);
+    int rc = signSelectors(f, &a, &s);
     if (rc != 0)
         return rc;
 

@@ -6,10 +6,18 @@
 
 #include "cli/cli.h"
 
+/* The XPath of an enveloped signature over the whole document. */
+#define CLI_ENVELOPED_XPATH "not(ancestor-or-self::ds:Signature)"
+
 typedef struct {
     const char* signUsage;
     const char* signDescription;
     const char* verifyDescription;
+    /* The reference made when none is asked for: NULL URI and this XPath (NULL for
+     * none) with this canonicalization; and the SignedInfo canonicalizations. */
+    const char* defaultXPath;
+    const char* defaultReferenceC14n;
+    const CliAlgorithmTable* signedInfoCanonicalizations;
     /* Signing; the optional ones are NULL where the family has none. */
     int (*load)(void* h, char* data, int len);
     int (*setPrefix)(void* h, char* prefix);                        /* optional */

@@ -16,6 +16,11 @@ the library (`bin/vqxml`) and uses nothing but the C interface of `vqxml/vqxml.h
 vqxml sign --cert ee-rsa.crt.pem --key ee-rsa.key.pem -o signed.xml taxinvoice.xml
 vqxml verify --signer-cert signer.der signed.xml
 vqxml sign --alg kcdsa-sha1 --cert ee.crt.der --key signPri.key --password-file pw.txt -o signed.xml taxinvoice.xml
+vqxml encrypt --symm seed --recipient server.crt.pem -o encrypted.xml taxinvoice.xml
+vqxml decrypt --cert server.crt.pem --key server.key.pem encrypted.xml
+vqxml soap-sign --cert ee.crt.pem --key ee.key.pem request.xml | vqxml soap-encrypt --recipient server.crt.pem >secured.xml
+vqxml soap-process --cert server.crt.pem --key server.key.pem secured.xml
+vqxml ebxml-sign --cert ee.crt.pem --key ee.key.pem -o signed.mime message.mime
 vqxml key-random --password-file pw.txt signPri.key
 vqxml cert-verify ee.crt.der
 ```
@@ -34,6 +39,11 @@ vqxml cert-verify ee.crt.der
   | `--alg` (signature) | `hmac-sha1` (1), `rsa-sha1` (2), `kcdsa-sha1` (3), `kcdsa-has160` (4), `rsa-sha256` (5) |
   | `--c14n`, `--ref-c14n` | `none` (0), `c14n` (1), `c14n-comments` (2), `exc-c14n` (3), `exc-c14n-comments` (4) |
   | `--digest` | `sha1` (1), `has160` (2), `sha256` (3) |
+  | `--symm` (data encryption) | `3des` (1), `seed` (2), `neat` (3), `aria` (4) |
+  | `--transport` (key transport) | `kw-3des` (1), `rsa-1_5` (2), `rsa-oaep` (3) |
+
+  `soap-sign --c14n` takes the SOAP family's SignedInfo selectors: `exc-c14n` (0), `c14n` (1),
+  `c14n-comments` (2).
 
 - **Failures.** The library's message goes to stderr as `vqxml COMMAND: Method > reason
   (status N)`, converted from EUC-KR to the terminal's encoding (the locale's code set; UTF-8

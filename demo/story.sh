@@ -73,6 +73,28 @@ step 0 "verify the KCDSA signature and take the invoice back without it" \
 step 0 "the invoice taken back is the original one, canonically" \
     same_xml "$invoice" invoice-again.xml
 
+echo "The invoice encrypted for its recipient"
+step 0 "encrypt it with SEED for server.vqxml.test (ee-rsa-b), the key wrapped by RSA-OAEP" \
+    "$vqxml" encrypt --symm seed --transport rsa-oaep --recipient "$pki/ee-rsa-b.crt.pem" --issuer-serial \
+    -o invoice-enc.xml "$invoice"
+step 0 "the recipient decrypts it with its key and gets the invoice back" \
+    "$vqxml" decrypt --cert "$pki/ee-rsa-b.crt.pem" --key "$pki/ee-rsa-b.key.pem" -o invoice-dec.xml invoice-enc.xml
+step 0 "the decrypted invoice is the original one, canonically" same_xml "$invoice" invoice-dec.xml
+step 150 "홍길동 is not the recipient: refused by the serial number (status 10310)" \
+    "$vqxml" decrypt --cert "$pki/ee-rsa.crt.pem" --key "$pki/ee-rsa.key.pem" invoice-enc.xml
+
+echo "A SOAP request secured and processed"
+step 0 "sign the request with a WS-Security header (RSA-SHA256, BinarySecurityToken)" \
+    "$vqxml" soap-sign --cert "$pki/ee-rsa.crt.pem" --key "$pki/ee-rsa.key.pem" -o request-signed.xml \
+    "$here/soap-request.xml"
+step 0 "encrypt its Body with ARIA for the server" \
+    "$vqxml" soap-encrypt --symm aria --recipient "$pki/ee-rsa-b.crt.pem" --issuer-serial -o request-secured.xml \
+    request-signed.xml
+step 0 "the server decrypts, verifies and strips the header" \
+    "$vqxml" soap-process --cert "$pki/ee-rsa-b.crt.pem" --key "$pki/ee-rsa-b.key.pem" -o request-plain.xml \
+    request-secured.xml
+step 0 "what the server gets is the request that was sent" same_xml "$here/soap-request.xml" request-plain.xml
+
 echo "The invoice sent as an ebXML message"
 package "$here/ebxml-envelope.xml" "$invoice" >message.mime
 step 0 "sign the message: the SOAP envelope and the invoice attached as cid:taxinvoice" \

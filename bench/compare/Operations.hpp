@@ -41,6 +41,11 @@ std::unique_ptr<Operation> makeOperation(const std::string& impl, const std::str
 // The kinds this build has, in report order.
 std::vector<std::string> kinds();
 
+// Whether a kind goes through the enveloped signature's XPath transform.
+inline bool usesXPath(const std::string& kind) {
+    return kind == "sign" || kind == "verify";
+}
+
 // Document sizes by label: "2k" is the sample tax invoice itself, the others the
 // invoice grown with line items to 100 KB, 1 MB, 10 MB.
 std::vector<std::string> sizeLabels();

@@ -66,6 +66,29 @@ std::string verify(const std::string& signedDoc) {
     return h.result();
 }
 
+// The document element encrypted with Triple DES CBC, its key wrapped by RSA-OAEP.
+std::string encrypt(const std::string& doc) {
+    Handle h;
+    const Keys& k = keys();
+    check(VQTK_XMLENC_SetXMLDocument(h.get(), chars(doc), size(doc)), "load");
+    check(VQTK_XMLENC_SetSymmAlg(h.get(), 1), "make a Triple DES key");
+    check(VQTK_XMLENC_EncryptElement(h.get(), nullptr, 2), "encrypt the document element");
+    check(VQTK_XMLENC_EncryptKeyWrapKey(h.get(), bytes(k.certDer), size(k.certDer), 3), "wrap the key");
+    check(VQTK_XMLENC_Encrypt(h.get()), "encrypt");
+    return h.result();
+}
+
+std::string decrypt(const std::string& encryptedDoc) {
+    Handle h;
+    const Keys& k = keys();
+    check(VQTK_XMLENC_SetEncXMLDocument(h.get(), chars(encryptedDoc), size(encryptedDoc)), "load");
+    check(VQTK_XMLENC_GetEncKeyInfo(h.get()), "read the encrypted key");
+    check(VQTK_XMLENC_DecryptKeyWrapKey(h.get(), bytes(k.certDer), size(k.certDer), bytes(k.keyDer), size(k.keyDer)),
+          "unwrap the key");
+    check(VQTK_XMLENC_Decrypt(h.get()), "decrypt");
+    return h.result();
+}
+
 class VqxmlOperation : public Operation {
 public:
     VqxmlOperation(std::string (*work)(const std::string&), const std::string& input) : work_(work), input_(input) {}
@@ -80,15 +103,15 @@ private:
 }  // namespace
 
 std::vector<std::string> kinds() {
-    return {"sign", "verify"};
+    return {"sign", "verify", "encrypt", "decrypt"};
 }
 
 std::string vqxmlSigned(const std::string& document) {
     return sign(document);
 }
 
-std::string vqxmlEncrypted(const std::string&) {
-    return {};
+std::string vqxmlEncrypted(const std::string& document) {
+    return encrypt(document);
 }
 
 std::unique_ptr<Operation> makeVqxmlOperation(const std::string& kind, const Inputs& inputs) {
@@ -96,6 +119,10 @@ std::unique_ptr<Operation> makeVqxmlOperation(const std::string& kind, const Inp
         return std::make_unique<VqxmlOperation>(sign, inputs.document);
     if (kind == "verify")
         return std::make_unique<VqxmlOperation>(verify, inputs.signedDocument);
+    if (kind == "encrypt")
+        return std::make_unique<VqxmlOperation>(encrypt, inputs.document);
+    if (kind == "decrypt")
+        return std::make_unique<VqxmlOperation>(decrypt, inputs.encryptedDocument);
     return nullptr;
 }
 

@@ -9,8 +9,9 @@ using clitest::vqxml;
 
 namespace {
 
-const std::vector<std::string> kCommands = {"sign",        "verify",      "ebxml-sign", "ebxml-verify",
-                                            "cert-verify", "key-decrypt", "key-random", "version"};
+const std::vector<std::string> kCommands = {"sign",        "verify",       "encrypt",      "decrypt",
+                                            "soap-sign",   "soap-encrypt", "soap-process", "ebxml-sign",
+                                            "ebxml-verify", "cert-verify", "key-decrypt", "key-random", "version"};
 
 std::vector<std::string> signWith(std::initializer_list<std::string> more) {
     std::vector<std::string> args{"sign", "-c", testpki("ee-rsa.crt.der"), "-k", testpki("ee-rsa.key.der")};
