@@ -12,11 +12,14 @@ build=${1:-build}
 cmake --build "$build" -j2 --target bench_compare bench_compare_memory >/dev/null
 bench=$build/bench/compare/bench_compare
 driver=$build/bench/compare/bench_compare_memory
+# The raw results stay next to the programs: report.py can write the table again.
+results=$build/bench/compare/results
+mkdir -p "$results"
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
 echo "speed: $bench" >&2
-"$bench" --benchmark_out="$work/speed.json" --benchmark_out_format=json >&2
+"$bench" --benchmark_out="$results/speed.json" --benchmark_out_format=json >&2
 
 # Operations per memory run: enough to reach the steady peak, few where slow.
 operations() {
@@ -33,7 +36,7 @@ peak_kb() {
 }
 
 echo "memory: $driver" >&2
-printf 'kind\timpl\tsize\toperations\tbaseline_kb\tpeak_kb\n' >"$work/memory.tsv"
+printf 'kind\timpl\tsize\toperations\tbaseline_kb\tpeak_kb\n' >"$results/memory.tsv"
 for size in 2k 100k 1m 10m; do
     "$driver" prepare "$work" "$size"
     for kind in $("$driver" kinds); do
@@ -42,10 +45,10 @@ for size in 2k 100k 1m 10m; do
             n=$(operations "$impl" "$kind" "$size")
             base=$(peak_kb "$driver" run "$work" "$impl" "$kind" "$size" 0)
             peak=$(peak_kb "$driver" run "$work" "$impl" "$kind" "$size" "$n")
-            printf '%s\t%s\t%s\t%s\t%s\t%s\n' "$kind" "$impl" "$size" "$n" "$base" "$peak" | tee -a "$work/memory.tsv" >&2
+            printf '%s\t%s\t%s\t%s\t%s\t%s\n' "$kind" "$impl" "$size" "$n" "$base" "$peak" | tee -a "$results/memory.tsv" >&2
         done
     done
 done
 
-/usr/bin/python3 bench/compare/report.py "$work/speed.json" "$work/memory.tsv" >docs/performance.md
+/usr/bin/python3 bench/compare/report.py "$results/speed.json" "$results/memory.tsv" >docs/performance.md
 echo "wrote docs/performance.md" >&2
