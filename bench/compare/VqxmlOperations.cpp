@@ -1,0 +1,129 @@
+// The operations through vqxml's C interface. Each run starts from the input's
+// bytes with a fresh handle and ends with the result's bytes, as an application
+// would; one extra handle keeps the engines started across runs.
+#include <stdexcept>
+
+#include "compare/Implementations.hpp"
+#include "vqxml/vqxml.h"
+
+namespace compare {
+
+namespace {
+
+char* chars(const std::string& s) {
+    return const_cast<char*>(s.data());
+}
+
+unsigned char* bytes(const std::string& s) {
+    return reinterpret_cast<unsigned char*>(const_cast<char*>(s.data()));
+}
+
+int size(const std::string& s) {
+    return static_cast<int>(s.size());
+}
+
+void check(int status, const char* what) {
+    if (status != VQXML_OK)
+        throw std::runtime_error(std::string("vqxml could not ") + what + ": status " + std::to_string(status));
+}
+
+class Handle {
+public:
+    Handle() { check(VQTK_XMLAPI_init(&h_), "start"); }
+    ~Handle() { VQTK_XMLAPI_Finish(&h_); }
+    Handle(const Handle&) = delete;
+    Handle& operator=(const Handle&) = delete;
+    void* get() const { return h_; }
+    std::string result() const {
+        char* out = nullptr;
+        int len = 0;
+        check(VQTK_XMLAPI_GetXMLDocument(h_, &out, &len), "hand out the result");
+        return std::string(out, static_cast<size_t>(len));
+    }
+
+private:
+    void* h_ = nullptr;
+};
+
+std::string sign(const std::string& doc) {
+    Handle h;
+    check(VQTK_XMLDSIG_SetXMLDocument(h.get(), chars(doc), size(doc)), "load");
+    check(VQTK_XMLDSIG_SignatureMethod(h.get(), 5, 3), "choose RSA-SHA256");
+    check(VQTK_XMLDSIG_createReference(h.get(), nullptr, 3, 0,
+                                       const_cast<char*>("not(ancestor-or-self::ds:Signature)")),
+          "add the reference");
+    const Keys& k = keys();
+    check(VQTK_XMLDSIG_SetSigner(h.get(), bytes(k.certDer), size(k.certDer), bytes(k.keyDer), size(k.keyDer)),
+          "set the signer");
+    check(VQTK_XMLDSIG_sign(h.get()), "sign");
+    return h.result();
+}
+
+std::string verify(const std::string& signedDoc) {
+    Handle h;
+    check(VQTK_XMLDSIG_SetSignXMLDocument(h.get(), chars(signedDoc), size(signedDoc)), "load");
+    check(VQTK_XMLDSIG_Verify(h.get()), "verify");
+    return h.result();
+}
+
+// The document element encrypted with Triple DES CBC, its key wrapped by RSA-OAEP.
+std::string encrypt(const std::string& doc) {
+    Handle h;
+    const Keys& k = keys();
+    check(VQTK_XMLENC_SetXMLDocument(h.get(), chars(doc), size(doc)), "load");
+    check(VQTK_XMLENC_SetSymmAlg(h.get(), 1), "make a Triple DES key");
+    check(VQTK_XMLENC_EncryptElement(h.get(), nullptr, 2), "encrypt the document element");
+    check(VQTK_XMLENC_EncryptKeyWrapKey(h.get(), bytes(k.certDer), size(k.certDer), 3), "wrap the key");
+    check(VQTK_XMLENC_Encrypt(h.get()), "encrypt");
+    return h.result();
+}
+
+std::string decrypt(const std::string& encryptedDoc) {
+    Handle h;
+    const Keys& k = keys();
+    check(VQTK_XMLENC_SetEncXMLDocument(h.get(), chars(encryptedDoc), size(encryptedDoc)), "load");
+    check(VQTK_XMLENC_GetEncKeyInfo(h.get()), "read the encrypted key");
+    check(VQTK_XMLENC_DecryptKeyWrapKey(h.get(), bytes(k.certDer), size(k.certDer), bytes(k.keyDer), size(k.keyDer)),
+          "unwrap the key");
+    check(VQTK_XMLENC_Decrypt(h.get()), "decrypt");
+    return h.result();
+}
+
+class VqxmlOperation : public Operation {
+public:
+    VqxmlOperation(std::string (*work)(const std::string&), const std::string& input) : work_(work), input_(input) {}
+    void run() override { work_(input_); }
+
+private:
+    Handle engines_;
+    std::string (*work_)(const std::string&);
+    const std::string& input_;
+};
+
+}  // namespace
+
+std::vector<std::string> kinds() {
+    return {"sign", "verify", "encrypt", "decrypt"};
+}
+
+std::string vqxmlSigned(const std::string& document) {
+    return sign(document);
+}
+
+std::string vqxmlEncrypted(const std::string& document) {
+    return encrypt(document);
+}
+
+std::unique_ptr<Operation> makeVqxmlOperation(const std::string& kind, const Inputs& inputs) {
+    if (kind == "sign")
+        return std::make_unique<VqxmlOperation>(sign, inputs.document);
+    if (kind == "verify")
+        return std::make_unique<VqxmlOperation>(verify, inputs.signedDocument);
+    if (kind == "encrypt")
+        return std::make_unique<VqxmlOperation>(encrypt, inputs.document);
+    if (kind == "decrypt")
+        return std::make_unique<VqxmlOperation>(decrypt, inputs.encryptedDocument);
+    return nullptr;
+}
+
+}  // namespace compare

@@ -1,0 +1,51 @@
+#!/usr/bin/env bash
+# Measures vqxml against libxmlsec1 and the OpenSSL floor and writes the table
+# into docs/performance.md.
+#   bench/compare/run.sh [BUILD_DIR]     (default: build; configured if needed)
+# Speed: bench_compare (Google Benchmark), every implementation in the same run.
+# Memory: bench_compare_memory under /usr/bin/time -v, one process per kind,
+# implementation and size, and the same with no operation for the baseline.
+set -euo pipefail
+cd "$(dirname "$0")/../.."
+build=${1:-build}
+[ -f "$build/CMakeCache.txt" ] || cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+cmake --build "$build" -j2 --target bench_compare bench_compare_memory >/dev/null
+bench=$build/bench/compare/bench_compare
+driver=$build/bench/compare/bench_compare_memory
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+echo "speed: $bench" >&2
+"$bench" --benchmark_out="$work/speed.json" --benchmark_out_format=json >&2
+
+# Operations per memory run: enough to reach the steady peak, few where slow.
+operations() {
+    case $1/$2/$3 in
+        xmlsec/sign/1m | xmlsec/verify/1m | */*/10m) echo 1 ;;
+        */*/1m) echo 3 ;;
+        */*/100k) echo 20 ;;
+        *) echo 100 ;;
+    esac
+}
+
+peak_kb() {
+    /usr/bin/time -v "$@" 2>&1 >/dev/null | awk -F': ' '/Maximum resident set size/ {print $2}'
+}
+
+echo "memory: $driver" >&2
+printf 'kind\timpl\tsize\toperations\tbaseline_kb\tpeak_kb\n' >"$work/memory.tsv"
+for size in 2k 100k 1m 10m; do
+    "$driver" prepare "$work" "$size"
+    for kind in $("$driver" kinds); do
+        for impl in vqxml xmlsec; do
+            case $impl/$kind/$size in xmlsec/sign/10m | xmlsec/verify/10m) continue ;; esac
+            n=$(operations "$impl" "$kind" "$size")
+            base=$(peak_kb "$driver" run "$work" "$impl" "$kind" "$size" 0)
+            peak=$(peak_kb "$driver" run "$work" "$impl" "$kind" "$size" "$n")
+            printf '%s\t%s\t%s\t%s\t%s\t%s\n' "$kind" "$impl" "$size" "$n" "$base" "$peak" | tee -a "$work/memory.tsv" >&2
+        done
+    done
+done
+
+/usr/bin/python3 bench/compare/report.py "$work/speed.json" "$work/memory.tsv" >docs/performance.md
+echo "wrote docs/performance.md" >&2

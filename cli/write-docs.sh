@@ -1,0 +1,70 @@
+#!/usr/bin/env bash
+# Writes docs/cli.md: the introduction below and every command's --help.
+#   cli/write-docs.sh [path/to/vqxml]    (default build/cli/vqxml)
+# The CLI tests check that docs/cli.md holds the tool's current help texts.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+vqxml=${1:-build/cli/vqxml}
+{
+    cat <<'EOF'
+# The vqxml tool
+
+`vqxml` does the library's operations from the command line. It is built and installed with
+the library (`bin/vqxml`) and uses nothing but the C interface of `vqxml/vqxml.h`.
+
+```sh
+vqxml sign --cert ee-rsa.crt.pem --key ee-rsa.key.pem -o signed.xml taxinvoice.xml
+vqxml verify --signer-cert signer.der signed.xml
+vqxml sign --alg kcdsa-sha1 --cert ee.crt.der --key signPri.key --password-file pw.txt -o signed.xml taxinvoice.xml
+vqxml encrypt --symm seed --recipient server.crt.pem -o encrypted.xml taxinvoice.xml
+vqxml decrypt --cert server.crt.pem --key server.key.pem encrypted.xml
+vqxml soap-sign --cert ee.crt.pem --key ee.key.pem request.xml | vqxml soap-encrypt --recipient server.crt.pem >secured.xml
+vqxml soap-process --cert server.crt.pem --key server.key.pem secured.xml
+vqxml ebxml-sign --cert ee.crt.pem --key ee.key.pem -o signed.mime message.mime
+vqxml key-random --password-file pw.txt signPri.key
+vqxml cert-verify ee.crt.der
+```
+
+- **Files.** Inputs are read whole; `-` or a missing input is the standard input, a missing
+  `-o` the standard output. Certificates and keys are DER or PEM files (PEM is decoded by the
+  tool; encrypted legacy PEM is not read: convert it to PKCS #8). Plain private keys are
+  written with mode 0600.
+- **Passwords.** `--password TEXT` or `--password-file FILE` (its first line). A password on
+  the command line is visible to other users of the machine: prefer the file.
+- **Algorithms** are chosen by name; the names map to the library's selector numbers, and
+  those to URIs as [algorithms.md](algorithms.md) lists them:
+
+  | Option | Names (selector) |
+  |---|---|
+  | `--alg` (signature) | `hmac-sha1` (1), `rsa-sha1` (2), `kcdsa-sha1` (3), `kcdsa-has160` (4), `rsa-sha256` (5) |
+  | `--c14n`, `--ref-c14n` | `none` (0), `c14n` (1), `c14n-comments` (2), `exc-c14n` (3), `exc-c14n-comments` (4) |
+  | `--digest` | `sha1` (1), `has160` (2), `sha256` (3) |
+  | `--symm` (data encryption) | `3des` (1), `seed` (2), `neat` (3), `aria` (4) |
+  | `--transport` (key transport) | `kw-3des` (1), `rsa-1_5` (2), `rsa-oaep` (3) |
+
+  `soap-sign --c14n` takes the SOAP family's SignedInfo selectors: `exc-c14n` (0), `c14n` (1),
+  `c14n-comments` (2).
+
+- **Failures.** The library's message goes to stderr as `vqxml COMMAND: Method > reason
+  (status N)`, converted from EUC-KR to the terminal's encoding (the locale's code set; UTF-8
+  in the C locale). The exit code is the status folded into 0-255:
+
+  | Status | Exit code |
+  |---|---|
+  | 0 | 0 |
+  | 1 to 63 (engine) | the same number |
+  | 101xx, 102xx, 103xx, 104xx, 105xx | 100 + xx, 120 + xx, 140 + xx, 160 + xx, 180 + xx |
+  | 11xxx, 12xxx | 200 + xx (11213 invalid signature → 213, 12011 → 211) |
+  | anything else | 255 |
+  | the tool's own: bad arguments, bad input data, unreadable input, unwritable output | 64, 65, 66, 73 |
+
+  [status-codes.md](status-codes.md) lists every status with its exit code.
+
+## Commands
+EOF
+    for command in $("$vqxml" --help | awk '/^Commands:/ {on = 1; next} on && /^  [a-z]/ {print $1} on && /^$/ {exit}'); do
+        printf '\n### %s\n\n```text\n' "$command"
+        "$vqxml" "$command" --help
+        printf '```\n'
+    done
+} >docs/cli.md

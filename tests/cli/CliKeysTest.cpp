@@ -1,0 +1,76 @@
+// cert-verify, key-decrypt, key-random and version through the tool.
+#include <sys/stat.h>
+
+#include <gtest/gtest.h>
+
+#include "cli/CliRunner.hpp"
+
+using clitest::contains;
+using clitest::testpki;
+using clitest::vqxml;
+
+namespace {
+
+std::string hexOfBase64(const std::string& base64) {
+    const std::string file = testfiles::scratch("random.b64");
+    testfiles::write(file, base64);
+    const std::string hex = testfiles::scratch("random.hex");
+    clitest::shell("base64 -d " + file + " | od -An -v -tx1 | tr -d ' \\n' > " + hex);
+    std::string text = testfiles::read(hex);
+    unlink(file.c_str());
+    unlink(hex.c_str());
+    return text;
+}
+
+TEST(CliKeys, KeyDecryptWritesThePlainKeyPrivately) {
+    const std::string out = testfiles::scratch("plain.der");
+    auto r = vqxml({"key-decrypt", "--password", "vqxml-test", "-o", out, testpki("ee-rsa.key.enc.der")});
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_EQ(testfiles::read(out), testfiles::read(testpki("ee-rsa.key.der")));
+    struct stat st {};
+    ASSERT_EQ(stat(out.c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 0777, 0600u);
+    unlink(out.c_str());
+}
+
+TEST(CliKeys, KeyRandomGivesTheNpkiRandomAndEncryptsItForARecipient) {
+    for (const char* ee : {"ee-kcdsa1024", "ee-kcdsa2048"}) {
+        auto r = vqxml({"key-random", "--password", "vqxml-test", testpki(std::string(ee) + ".signPri.key")});
+        ASSERT_EQ(r.exitCode, 0) << r.err;
+        std::string expected = testfiles::read(testpki(std::string(ee) + ".random.hex"));
+        expected.erase(expected.find_last_not_of('\n') + 1);
+        EXPECT_EQ(hexOfBase64(r.out), expected) << ee;
+    }
+    auto sealed = vqxml({"key-random", "--password", "vqxml-test", "--recipient", testpki("ee-rsa.crt.pem"),
+                         testpki("ee-kcdsa1024.signPri.key")});
+    ASSERT_EQ(sealed.exitCode, 0) << sealed.err;
+    EXPECT_EQ(hexOfBase64(sealed.out).size(), 2u * 256);
+}
+
+TEST(CliKeys, WrongPasswordIsRefusedWithTheLibrarysReason) {
+    for (const char* command : {"key-decrypt", "key-random"}) {
+        auto r = vqxml({command, "--password", "not-it", testpki("ee-kcdsa1024.signPri.key")});
+        EXPECT_EQ(r.exitCode, 211) << command;
+        EXPECT_EQ(r.out, "");
+        EXPECT_TRUE(contains(r.err, "(status 12011)")) << r.err;
+    }
+}
+
+TEST(CliKeys, CertVerifyAcceptsAKisaRootAndRefusesTheTestPkiWithTheReason) {
+    const std::string root = testfiles::scratch("root.der");
+    clitest::shell("base64 -d " + testfiles::sharedPath("testdata/roots/kisa_rootca4.b64") + " > " + root);
+    auto accepted = vqxml({"cert-verify", root});
+    EXPECT_EQ(accepted.exitCode, 0) << accepted.err;
+    auto refused = vqxml({"cert-verify", testpki("ee-rsa.crt.pem")});
+    EXPECT_EQ(refused.exitCode, 211);
+    EXPECT_TRUE(contains(refused.err, "vqxml cert-verify: verifyCert > ")) << refused.err;
+    EXPECT_TRUE(contains(refused.err, "unknown issuer")) << refused.err;
+    unlink(root.c_str());
+}
+
+TEST(CliKeys, VersionIsTheLibrarys) {
+    EXPECT_EQ(vqxml({"version"}).out, "V1.0.0.7\n");
+    EXPECT_EQ(vqxml({"--version"}).out, "V1.0.0.7\n");
+}
+
+}  // namespace
