@@ -15,6 +15,7 @@
 #include "dsig/IdResolution.hpp"
 #include "dsig/VerificationLimits.hpp"
 #include "engine/KeyInfoGuard.hpp"
+#include "engine/ReferenceDigest.hpp"
 #include "engine/VQXMLURIResolver.hpp"
 
 XERCES_CPP_NAMESPACE_USE
@@ -64,7 +65,7 @@ void VQXML_XMLSecurity::checkSignatureAndReferences() {
     for (DSIGReferenceList::size_type i = 0; references != nullptr && i < references->getSize(); ++i) {
         const DSIGReference* reference = references->item(i);
         const vqxml::ReferenceCheck check = vqxml::checkEnvelopedReference(reference, m_document);
-        const bool valid = check == vqxml::ReferenceCheck::NotThisShape ? reference->checkHash()
+        const bool valid = check == vqxml::ReferenceCheck::NotThisShape ? vqxml::referenceDigestMatches(reference)
                                                                          : check == vqxml::ReferenceCheck::Valid;
         if (!valid) {
             vqxml::XString text = u"Reference URI=\"";

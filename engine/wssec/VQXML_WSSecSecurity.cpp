@@ -18,6 +18,7 @@
 
 #include "core/Transcode.hpp"
 #include "core/VQXMLException.hpp"
+#include "engine/ReferenceDigest.hpp"
 #include "dsig/AlgorithmCodes.hpp"
 #include "dsig/IdResolution.hpp"
 #include "dsig/VerificationLimits.hpp"
@@ -430,7 +431,7 @@ bool VQXML_WSSecSecurity::verify() {
         sig.setSigningKey(key);
         const DSIGReferenceList* references = sig.getReferenceList();
         for (DSIGReferenceList::size_type i = 0; references != nullptr && i < references->getSize(); ++i) {
-            if (!references->item(i)->checkHash()) {
+            if (!vqxml::referenceDigestMatches(references->item(i))) {
                 m_errMsgs = "Reference URI=\"" + vqxml::toEucKr(references->item(i)->getURI()) + "\" failed to verify";
                 return false;
             }

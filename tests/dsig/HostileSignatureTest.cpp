@@ -190,6 +190,17 @@ TEST(HostileSignatures, KeyInformationThatLoopsIsRefusedBeforeTheEngineFollowsIt
     expectStillUsable(h);
 }
 
+// Inputs the fuzzer found; the sanitizer build checks they leave nothing behind.
+TEST(HostileSignatures, FuzzerFindingsStayFixed) {
+    for (const char* name : {"unreadable-digest-value.xml"}) {
+        const std::string text = testfiles::read(testfiles::dataPath(std::string("dsig/regressions/") + name));
+        ASSERT_FALSE(text.empty()) << name;
+        ScopedHandle h;
+        EXPECT_NE(loadAndVerify(h, text), 0) << name;
+        expectStillUsable(h);
+    }
+}
+
 TEST(HostileSignatures, DeclaredEncodingsOtherThanUtf8AreRefused) {
     ScopedHandle h;
     std::string latin = "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><a/>";
