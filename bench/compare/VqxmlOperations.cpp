@@ -3,6 +3,7 @@
 // would; one extra handle keeps the engines started across runs.
 #include <stdexcept>
 
+#include "support/BenchDocuments.hpp"
 #include "compare/Implementations.hpp"
 #include "vqxml/vqxml.h"
 
@@ -10,17 +11,9 @@ namespace compare {
 
 namespace {
 
-char* chars(const std::string& s) {
-    return const_cast<char*>(s.data());
-}
-
-unsigned char* bytes(const std::string& s) {
-    return reinterpret_cast<unsigned char*>(const_cast<char*>(s.data()));
-}
-
-int size(const std::string& s) {
-    return static_cast<int>(s.size());
-}
+using benchdata::bytes;
+using benchdata::chars;
+using benchdata::size;
 
 void check(int status, const char* what) {
     if (status != VQXML_OK)

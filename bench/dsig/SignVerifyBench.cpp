@@ -12,13 +12,9 @@
 
 namespace {
 
-char* chars(const std::string& s) {
-    return const_cast<char*>(s.data());
-}
-
-unsigned char* bytes(const std::string& s) {
-    return reinterpret_cast<unsigned char*>(const_cast<char*>(s.data()));
-}
+using benchdata::bytes;
+using benchdata::chars;
+using benchdata::size;
 
 const std::string& document(int64_t size) {
     static const std::string small = benchdata::invoice();

@@ -13,13 +13,9 @@
 
 namespace {
 
-char* chars(const std::string& s) {
-    return const_cast<char*>(s.data());
-}
-
-unsigned char* bytes(const std::string& s) {
-    return reinterpret_cast<unsigned char*>(const_cast<char*>(s.data()));
-}
+using benchdata::bytes;
+using benchdata::chars;
+using benchdata::size;
 
 const char kXPath[] =
     "not(ancestor-or-self::ds:Signature"

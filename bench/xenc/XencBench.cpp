@@ -14,17 +14,9 @@
 
 namespace {
 
-char* chars(const std::string& s) {
-    return const_cast<char*>(s.data());
-}
-
-unsigned char* bytes(const std::string& s) {
-    return reinterpret_cast<unsigned char*>(const_cast<char*>(s.data()));
-}
-
-int size(const std::string& s) {
-    return static_cast<int>(s.size());
-}
+using benchdata::bytes;
+using benchdata::chars;
+using benchdata::size;
 
 const std::string& document() {
     static const std::string text = [] {
