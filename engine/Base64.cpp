@@ -1,7 +1,8 @@
 #include "engine/Base64.hpp"
 
 #include <algorithm>
-#include <cstring>
+#include <array>
+#include <type_traits>
 
 #include <openssl/evp.h>
 
@@ -28,25 +29,72 @@ XString base64Encode(const std::vector<unsigned char>& bytes) {
     return toXString(base64Text(bytes));
 }
 
-bool base64Decode(const char* text, std::vector<std::uint8_t>& out) {
+namespace {
+
+constexpr std::uint8_t kSkip = 64;
+constexpr std::uint8_t kPad = 65;
+constexpr std::uint8_t kBad = 255;
+
+constexpr std::array<std::uint8_t, 256> decodingTable() {
+    std::array<std::uint8_t, 256> table{};
+    for (auto& v : table)
+        v = kBad;
+    const char alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    for (std::uint8_t i = 0; i < 64; ++i)
+        table[static_cast<unsigned char>(alphabet[i])] = i;
+    table[' '] = table['\t'] = table['\r'] = table['\n'] = kSkip;
+    table['='] = kPad;
+    return table;
+}
+
+constexpr std::array<std::uint8_t, 256> kDecoding = decodingTable();
+
+// One pass, no copy of the text: CipherValues run to megabytes.
+template <class Char, class Bytes>
+bool decodeInto(const Char* text, Bytes& out) {
     if (text == nullptr)
         return false;
-    std::string packed;
-    for (const char* c = text; *c != '\0'; ++c)
-        if (std::strchr(" \t\r\n", *c) == nullptr)
-            packed += *c;
-    if (packed.size() % 4 != 0)
+    std::size_t length = 0;
+    while (text[length] != 0)
+        ++length;
+    out.resize(length / 4 * 3);
+    std::uint8_t* to = out.data();
+    std::uint32_t group = 0;
+    int held = 0;
+    int padding = 0;
+    for (const Char* c = text; *c != 0; ++c) {
+        const auto code = static_cast<std::make_unsigned_t<Char>>(*c);
+        const std::uint8_t v = code < 256 ? kDecoding[code] : kBad;
+        if (v == kSkip)
+            continue;
+        if (v == kBad || (v == kPad && held < 2) || (v != kPad && padding > 0))
+            return false;
+        padding += v == kPad;
+        group = group << 6 | (v == kPad ? 0 : v);
+        if (++held < 4)
+            continue;
+        *to++ = static_cast<std::uint8_t>(group >> 16);
+        if (padding < 2)
+            *to++ = static_cast<std::uint8_t>(group >> 8);
+        if (padding < 1)
+            *to++ = static_cast<std::uint8_t>(group);
+        group = 0;
+        held = 0;
+    }
+    if (held != 0)
         return false;
-    out.assign(packed.size() / 4 * 3, 0);
-    if (packed.empty())
-        return true;
-    int n = EVP_DecodeBlock(out.data(), reinterpret_cast<const unsigned char*>(packed.data()),
-                            int(packed.size()));
-    if (n < 0)
-        return false;
-    std::size_t padding = packed[packed.size() - 1] == '=' ? packed[packed.size() - 2] == '=' ? 2 : 1 : 0;
-    out.resize(std::size_t(n) - padding);
+    out.resize(static_cast<std::size_t>(to - out.data()));
     return true;
+}
+
+}  // namespace
+
+bool base64Decode(const char* text, std::vector<std::uint8_t>& out) {
+    return decodeInto(text, out);
+}
+
+bool base64Decode(const XMLCh* text, korean::SecureBytes& out) {
+    return decodeInto(text, out);
 }
 
 }  // namespace vqxml

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "core/Transcode.hpp"
+#include "engine/korean/SecureBytes.hpp"
 
 namespace vqxml {
 
@@ -19,6 +20,8 @@ XString base64Encode(const std::vector<unsigned char>& bytes);
 // The bytes of base64 text read from a document: XML whitespace is skipped,
 // anything else malformed gives false (out is then unspecified).
 bool base64Decode(const char* text, std::vector<std::uint8_t>& out);
+// The same for 16-bit text, into memory that is wiped when freed.
+bool base64Decode(const XMLCh* text, korean::SecureBytes& out);
 
 }  // namespace vqxml
 

@@ -1,6 +1,7 @@
 #include "engine/VQXMLXENCCipher.hpp"
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <set>
 #include <string>
@@ -22,6 +23,8 @@
 #include <xsec/xenc/XENCEncryptionMethod.hpp>
 
 #include "engine/KeyInfoGuard.hpp"
+#include "engine/WholeBufferCipherHandler.hpp"
+#include "engine/XencFragmentParser.hpp"
 #include "engine/XencPlaintext.hpp"
 #include "engine/XencReferences.hpp"
 
@@ -33,8 +36,10 @@ namespace {
 
 const XMLCh kEncryptedKey[] = u"EncryptedKey";
 const XMLCh kIdPrefix[] = u"EncDataId-";
-// The document's note of the cipher made for it.
-const XMLCh kCipherMark[] = u"vqxml-xenc-cipher";
+// The document's URI names the cipher made for it. (User data would do too, but
+// it makes Xerces visit every node when the document is released.)
+const XMLCh kCipherMark[] = u"urn:vqxml:xenc-cipher:";
+std::atomic<unsigned long> g_ciphersMade{0};
 
 // Every Id-like attribute value of the document ("Id", "ID" or "id" in any
 // namespace, wsu:Id included), so that a new identifier collides with none.
@@ -54,7 +59,14 @@ std::set<XString> identifiersInUse(DOMDocument* doc) {
     return used;
 }
 
-XString decimal(unsigned n) {
+// A Type other than these is the engine's to refuse.
+bool holdsNodes(const XENCEncryptedData* data) {
+    const XMLCh* type = data->getType();
+    return type == nullptr || XMLString::equals(type, DSIGConstants::s_unicodeStrURIXENC_ELEMENT) ||
+           XMLString::equals(type, DSIGConstants::s_unicodeStrURIXENC_CONTENT);
+}
+
+XString decimal(unsigned long n) {
     const std::string digits = std::to_string(n);
     return XString(digits.begin(), digits.end());
 }
@@ -62,8 +74,10 @@ XString decimal(unsigned n) {
 }  // namespace
 
 VQXML_XENCCipher::VQXML_XENCCipher(XSECProvider& provider, DOMDocument* doc)
-    : m_provider(provider), m_engine(provider.newCipher(doc)) {
-    doc->setUserData(kCipherMark, this, nullptr);
+    : m_provider(provider),
+      m_engine(provider.newCipher(doc)),
+      m_mark(XString(kCipherMark) + decimal(++g_ciphersMade)) {
+    doc->setDocumentURI(m_mark.c_str());
 }
 
 VQXML_XENCCipher::~VQXML_XENCCipher() {
@@ -76,6 +90,8 @@ VQXML_XENCCipher::~VQXML_XENCCipher() {
 
 DOMDocument* VQXML_XENCCipher::decryptElement(DOMElement* element) {
     vqxml::checkKeyInformation(element);
+    if (decryptInPlace(element))
+        return getDocument();
     return m_engine->decryptElement(element);
 }
 DOMNode* VQXML_XENCCipher::decryptElementDetached(DOMElement* element) {
@@ -124,6 +140,7 @@ bool VQXML_XENCCipher::getExclusiveC14nSerialisation() const {
 }
 void VQXML_XENCCipher::setKey(XSECCryptoKey* key) {
     m_engine->setKey(key);
+    m_key = key;
 }
 void VQXML_XENCCipher::setKEK(XSECCryptoKey* key) {
     m_engine->setKEK(key);
@@ -201,6 +218,31 @@ XENCEncryptedData* VQXML_XENCCipher::encryptOctets(const vqxml::korean::SecureBy
     return m_engine->encryptTXFMChain(&chain, algorithmURI);
 }
 
+// The engine parses the plaintext into a document of its own and copies the
+// nodes over, which costs more than the cipher; this parses once, in place.
+bool VQXML_XENCCipher::decryptInPlace(DOMElement* element) {
+    DOMNode* parent = element->getParentNode();
+    if (m_key == nullptr || parent == nullptr || parent->getNodeType() != DOMNode::ELEMENT_NODE)
+        return false;
+    XENCEncryptedData* data = m_engine->loadEncryptedData(element);
+    XENCEncryptionMethod* method = data->getEncryptionMethod();
+    XENCCipherData* cipherData = data->getCipherData();
+    if (method == nullptr || cipherData == nullptr || cipherData->getCipherDataType() != XENCCipherData::VALUE_TYPE ||
+        cipherData->getCipherValue() == nullptr || !holdsNodes(data))
+        return false;
+    const auto* handler = dynamic_cast<const WholeBufferCipherHandler*>(
+        XSECPlatformUtils::g_algorithmMapper->mapURIToHandler(method->getAlgorithm()));
+    if (handler == nullptr)
+        return false;
+    const vqxml::korean::SecureBytes plain =
+        handler->decryptCipherValue(method, m_key, cipherData->getCipherValue()->getCipherString());
+    DOMDocumentFragment* nodes = vqxml::xenc::parseInPlace(plain, element);
+    parent->replaceChild(nodes, element);
+    nodes->release();
+    element->release();
+    return true;
+}
+
 // The engine's decryptKey leaves the unwrapped key in a buffer it frees without
 // wiping; this runs the same algorithm handler into one that is wiped. Keys
 // carried by reference, or with no key-encryption key set, stay the engine's.
@@ -235,7 +277,7 @@ int VQXML_XENCCipher::decryptKey(XENCEncryptedKey* encryptedKey, XMLByte* rawKey
 // ---- additions ----
 
 bool VQXML_XENCCipher::serves(const DOMDocument* doc) const {
-    return doc != nullptr && doc == getDocument() && doc->getUserData(kCipherMark) == this;
+    return doc != nullptr && doc == getDocument() && XMLString::equals(doc->getDocumentURI(), m_mark.c_str());
 }
 
 const XMLCh* VQXML_XENCCipher::identifierOf(XENCEncryptedData* data) {

@@ -13,6 +13,9 @@
 //  - Key information the engine mishandles is refused before it loads an
 //    element (KeyInfoGuard.hpp).
 //  - decryptKey keeps the unwrapped key only in memory that is wiped when freed.
+//  - An EncryptedData inside an element whose cipher is one of the library's is
+//    decrypted in one piece and its plaintext parsed straight into the document
+//    (XencFragmentParser.hpp); anything else is left to the engine.
 //
 // Everything else is the engine's cipher, which this one makes from the provider
 // and gives back to it when destroyed. XSECProvider::releaseCipher deletes it.
@@ -90,10 +93,14 @@ public:
 private:
     void findDocumentKeys();
     XENCEncryptedData* encryptOctets(const vqxml::korean::SecureBytes& plain, const XMLCh* algorithmURI);
+    // Decrypts element in place if it can; false leaves it to the engine.
+    bool decryptInPlace(XERCES_CPP_NAMESPACE::DOMElement* element);
 
     XSECProvider& m_provider;
     XENCCipher* m_engine;
+    XSECCryptoKey* m_key = nullptr;  // the engine's cipher owns it
     XSECCryptoKey* m_kek = nullptr;  // the engine's cipher owns it
+    std::basic_string<XMLCh> m_mark;  // the document's URI while this cipher serves it
     std::vector<XENCEncryptedKey*> m_documentKeys;  // owned
     bool m_documentKeysFound = false;
     std::deque<std::basic_string<XMLCh>> m_identifiers;  // a deque never moves its elements

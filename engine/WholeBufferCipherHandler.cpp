@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include <xsec/framework/XSECException.hpp>
 #include <xsec/transformers/TXFMChain.hpp>
 #include <xsec/transformers/TXFMSB.hpp>
 #include <xsec/utils/XSECSafeBuffer.hpp>
@@ -41,4 +42,13 @@ bool WholeBufferCipherHandler::appendDecryptCipherTXFM(TXFMChain* cipherText,
     source->setInput(sb, unsigned(plain.size()));
     cipherText->appendTxfm(source.release());
     return true;
+}
+
+vqxml::korean::SecureBytes WholeBufferCipherHandler::decryptCipherValue(const XENCEncryptionMethod* method,
+                                                                        const XSECCryptoKey* key,
+                                                                        const XMLCh* base64) const {
+    vqxml::korean::SecureBytes framed;
+    if (!vqxml::base64Decode(base64, framed))
+        throw XSECException(XSECException::CipherError, "The CipherValue is not base64 text");
+    return decryptOctets(method, key, framed);
 }

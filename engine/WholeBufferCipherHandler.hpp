@@ -23,6 +23,12 @@ public:
                                  const XSECCryptoKey* key,
                                  XERCES_CPP_NAMESPACE::DOMDocument* doc) const override;
 
+    // The plaintext of a CipherValue's base64 text, decoded and decrypted in one
+    // piece rather than through the engine's transforms. Raises as below, and
+    // XSECException for text that is not base64.
+    vqxml::korean::SecureBytes decryptCipherValue(const XENCEncryptionMethod* method, const XSECCryptoKey* key,
+                                                  const XMLCh* base64) const;
+
 protected:
     // The CipherValue's octets (IV, then ciphertext) for plain, and back. They
     // raise XSECException for a key that does not fit the method and

@@ -9,6 +9,9 @@
 //    the same ds:KeyInfo are tried in document order: every recipient of a
 //    document with several can open it. When no name matches, the error is the
 //    first EncryptedKey's name mismatch; when none unwraps, the first failure.
+//  - A recipient name the EncryptedKey does not state is taken from the
+//    certificate it carries, when the caller gives its own certificate: a key
+//    meant for someone else is refused by name before the unwrapping fails on it.
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -21,6 +24,7 @@
 #include <xercesc/dom/DOM.hpp>
 #include <xsec/dsig/DSIGKeyInfoList.hpp>
 #include <xsec/dsig/DSIGKeyInfoX509.hpp>
+#include <xsec/enc/OpenSSL/OpenSSLCryptoX509.hpp>
 #include <xsec/enc/XSECCryptoSymmetricKey.hpp>
 #include <xsec/xenc/XENCEncryptedData.hpp>
 #include <xsec/xenc/XENCEncryptedKey.hpp>
@@ -28,6 +32,7 @@
 
 #include "core/ErrorFrame.hpp"
 #include "core/Transcode.hpp"
+#include "engine/CertificateNames.hpp"
 #include "engine/NameComparison.hpp"
 #include "engine/VQTKCryptoKeyRSA.hpp"
 #include "engine/VQTKCryptoSymmetricKey.hpp"
@@ -73,13 +78,38 @@ CText converted(const std::string& utf8, const char* encoding) {
     return CText(vqxml::transcodeOut(vqxml::XMLT("UTF-8", utf8.c_str()).c_str(), encoding));
 }
 
+CText copyOf(const char* text) {
+    return CText(text != nullptr ? strdup(text) : nullptr);
+}
+
 RecipientNames namesOf(const VQTKCryptoKeyRSA& key, const char* subjectEncoding) {
     return {converted(key.subjectName(), subjectEncoding), converted(key.issuerName(), nullptr),
             converted(key.serialNumber(), nullptr)};
 }
 
-RecipientNames namesIn(XENCEncryptedKey* key, const char* subjectEncoding) {
+// A name the document does not state is taken from the certificate it carries,
+// so that a recipient named only by its certificate is still told apart.
+void fillFromCertificate(RecipientNames& names, const X509* cert, const char* subjectEncoding) {
+    if (cert == nullptr)
+        return;
+    if (!names.subject)
+        names.subject = converted(vqxml::certificateSubject(cert), subjectEncoding);
+    if (!names.issuer)
+        names.issuer = converted(vqxml::certificateIssuer(cert), nullptr);
+    if (!names.serial)
+        names.serial = converted(vqxml::certificateSerialDecimal(cert), nullptr);
+}
+
+const X509* firstCertificateOf(const DSIGKeyInfoX509* x509) {
+    if (x509->getCertificateListSize() == 0)
+        return nullptr;
+    const auto* openssl = dynamic_cast<const OpenSSLCryptoX509*>(x509->getCertificateCryptoItem(0));
+    return openssl != nullptr ? openssl->getOpenSSLX509() : nullptr;
+}
+
+RecipientNames namesIn(XENCEncryptedKey* key, const char* subjectEncoding, bool completeFromCertificate) {
     RecipientNames names;
+    const X509* cert = nullptr;
     DSIGKeyInfoList* list = key->getKeyInfoList();
     for (DSIGKeyInfoList::size_type i = 0; i < list->getSize(); ++i) {
         if (list->item(i)->getKeyInfoType() != DSIGKeyInfo::KEYINFO_X509)
@@ -91,12 +121,24 @@ RecipientNames namesIn(XENCEncryptedKey* key, const char* subjectEncoding) {
             names.issuer.reset(vqxml::transcodeOut(x509->getX509IssuerName(), nullptr));
         if (x509->getX509IssuerSerialNumber() != nullptr)
             names.serial.reset(vqxml::transcodeOut(x509->getX509IssuerSerialNumber(), nullptr));
+        if (cert == nullptr)
+            cert = firstCertificateOf(x509);
     }
+    if (completeFromCertificate)
+        fillFromCertificate(names, cert, subjectEncoding);
     return names;
 }
 
-CText copyOf(const char* text) {
-    return CText(text != nullptr ? strdup(text) : nullptr);
+// The names read for the EncryptedKey read last, completed from its certificate.
+RecipientNames namesRead(const char* subject, const char* issuer, const char* serial, const unsigned char* cert,
+                         int certLen, const char* subjectEncoding) {
+    RecipientNames names{copyOf(subject), copyOf(issuer), copyOf(serial)};
+    if (cert != nullptr && certLen > 0) {
+        const unsigned char* der = cert;
+        std::unique_ptr<X509, decltype(&X509_free)> x509(d2i_X509(nullptr, &der, certLen), X509_free);
+        fillFromCertificate(names, x509.get(), subjectEncoding);
+    }
+    return names;
 }
 
 bool differs(const CText& stated, const CText& actual) {
@@ -248,6 +290,9 @@ int VQXML_XMLSecurity::XMLENC_decryptKeyWrapKey(unsigned char* cert, int certLen
             throw VQXML_XSECException(10304);
         CallerKey caller(*this, cert, certLen, priKey, priKeyLen);
         const std::string encoding = subjectEncoding();
+        // A caller who gives no certificate has no names to compare with the
+        // certificate the document carries.
+        const bool byCertificate = cert != nullptr && certLen > 0;
 
         // Which EncryptedKeys may be the caller's: for RSA, those whose recipient
         // names (the ones read for the first) match the caller's certificate.
@@ -261,8 +306,9 @@ int VQXML_XMLSecurity::XMLENC_decryptKeyWrapKey(unsigned char* cert, int certLen
                     const RecipientNames mine = namesOf(caller.rsa(), encoding.c_str());
                     const RecipientNames stated =
                         c.key == m_encryptedKey
-                            ? RecipientNames{copyOf(m_subjectName), copyOf(m_issuer), copyOf(m_serialNumber)}
-                            : namesIn(c.key, encoding.c_str());
+                            ? namesRead(m_subjectName, m_issuer, m_serialNumber, byCertificate ? m_cert : nullptr,
+                                        m_certLen, encoding.c_str())
+                            : namesIn(c.key, encoding.c_str(), byCertificate);
                     if (const int mismatch = recipientMismatch(stated, mine))
                         throw VQXML_XSECException(mismatch);
                 }

@@ -61,20 +61,26 @@ int unwrap(Context& ctx, const Recipient& r) {
     return ctx.XMLENC_decryptKeyWrapKey(cert.empty() ? nullptr : bytes(cert), size(cert), bytes(key), size(key));
 }
 
+// Names the document states, or, when it carries only the certificate, the
+// names in that certificate: someone else's key is refused before any unwrapping.
 TEST(CertificateChecks, AnotherRecipientLeavesTheSessionKeyAlone) {
     struct Case {
         std::string cert, key;
+        bool names;        // the EncryptedKey states subject and issuer-serial
         std::string edit;  // an X509SerialNumber to write instead of the real one
         int code;
     };
+    const std::string otherIssuerCert = testfiles::read(testfiles::dataPath("dsig/signer-cert.der"));
+    const std::string otherIssuerKey = testfiles::read(testfiles::dataPath("dsig/signer-key.pk8.der"));
     const Case cases[] = {
-        {testfiles::read(testfiles::dataPath("dsig/signer-cert.der")),
-         testfiles::read(testfiles::dataPath("dsig/signer-key.pk8.der")), "", 10308},
-        {pki("ee-rsa-b.crt.der"), pki("ee-rsa-b.key.der"), "", 10309},
-        {pki("ee-rsa.crt.der"), pki("ee-rsa.key.der"), "4099", 10310},
+        {otherIssuerCert, otherIssuerKey, true, "", 10308},
+        {pki("ee-rsa-b.crt.der"), pki("ee-rsa-b.key.der"), true, "", 10309},
+        {pki("ee-rsa.crt.der"), pki("ee-rsa.key.der"), true, "4099", 10310},
+        {otherIssuerCert, otherIssuerKey, false, "", 10308},
+        {pki("ee-rsa-b.crt.der"), pki("ee-rsa-b.key.der"), false, "", 10309},
     };
     for (const Case& c : cases) {
-        std::string text = encryptedFor(kRsa);
+        std::string text = encryptedFor(kRsa, 1, c.names);
         if (!c.edit.empty())
             text = replaced(text, "<ds:X509SerialNumber>", "4097", c.edit);
         Context ctx;
@@ -84,6 +90,9 @@ TEST(CertificateChecks, AnotherRecipientLeavesTheSessionKeyAlone) {
             << ctx.error();
         EXPECT_EQ(ctx.sessionKey(), kPlaceholder);
     }
+    std::string opened;
+    EXPECT_EQ(decrypt(encryptedFor(kRsa, 2, false), kRsa, &opened), 0) << opened;
+    EXPECT_NE(opened.find("<Amount>1100000</Amount>"), std::string::npos);
 }
 
 // With no names to compare, a wrong key fails inside the unwrapping, which has

@@ -1,0 +1,219 @@
+#include "engine/XencFragmentParser.hpp"
+
+#include <memory>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <xercesc/dom/DOM.hpp>
+#include <xercesc/framework/MemBufInputSource.hpp>
+#include <xercesc/sax2/Attributes.hpp>
+#include <xercesc/sax2/DefaultHandler.hpp>
+#include <xercesc/sax2/SAX2XMLReader.hpp>
+#include <xercesc/sax2/XMLReaderFactory.hpp>
+#include <xercesc/util/TransService.hpp>
+#include <xercesc/util/XMLUni.hpp>
+#include <xsec/framework/XSECException.hpp>
+
+XERCES_CPP_NAMESPACE_USE
+
+namespace vqxml::xenc {
+
+namespace {
+
+using XString = std::basic_string<XMLCh>;
+
+const XMLCh kXmlnsNamespace[] = u"http://www.w3.org/2000/xmlns/";
+const char kWrapperStart[] = "<vqxml-plaintext";
+const char kWrapperEnd[] = "</vqxml-plaintext>";
+
+const XMLCh* orNull(const XMLCh* uri) {
+    return uri != nullptr && *uri != 0 ? uri : nullptr;
+}
+
+bool isDeclaration(const XMLCh* qname) {
+    return XMLString::equals(qname, u"xmlns") || XMLString::startsWith(qname, u"xmlns:");
+}
+
+// Prefix and namespace of every binding in scope at node, nearest first.
+std::vector<std::pair<XString, XString>> bindingsInScope(const DOMNode* node) {
+    std::vector<std::pair<XString, XString>> bindings;
+    std::set<XString> seen{u"xml", u"xmlns"};
+    for (; node != nullptr && node->getNodeType() == DOMNode::ELEMENT_NODE; node = node->getParentNode()) {
+        const DOMNamedNodeMap* attributes = node->getAttributes();
+        for (XMLSize_t i = 0; attributes != nullptr && i < attributes->getLength(); ++i) {
+            const DOMNode* a = attributes->item(i);
+            if (!XMLString::equals(a->getNamespaceURI(), kXmlnsNamespace))
+                continue;
+            XString prefix = XMLString::equals(a->getLocalName(), u"xmlns") ? XString() : XString(a->getLocalName());
+            if (seen.insert(prefix).second)
+                bindings.emplace_back(std::move(prefix), a->getNodeValue());
+        }
+        // An element made without declarations still binds its own prefix.
+        if (const XMLCh* uri = orNull(node->getNamespaceURI())) {
+            XString prefix = node->getPrefix() != nullptr ? XString(node->getPrefix()) : XString();
+            if (seen.insert(prefix).second)
+                bindings.emplace_back(std::move(prefix), uri);
+        }
+    }
+    return bindings;
+}
+
+void appendUtf8(std::string& out, const XString& text) {
+    TranscodeToStr utf8(reinterpret_cast<const XMLCh*>(text.c_str()), text.size(), "UTF-8");
+    out.append(reinterpret_cast<const char*>(utf8.str()), utf8.length());
+}
+
+std::string wrapperStart(const DOMNode* context) {
+    std::string start = kWrapperStart;
+    for (const auto& [prefix, uri] : bindingsInScope(context)) {
+        start += prefix.empty() ? " xmlns=\"" : " xmlns:";
+        if (!prefix.empty()) {
+            appendUtf8(start, prefix);
+            start += "=\"";
+        }
+        XString escaped;
+        for (XMLCh c : uri) {
+            if (c == u'&')
+                escaped += u"&amp;";
+            else if (c == u'<')
+                escaped += u"&lt;";
+            else if (c == u'"')
+                escaped += u"&quot;";
+            else
+                escaped += c;
+        }
+        appendUtf8(start, escaped);
+        start += "\"";
+    }
+    return start + ">";
+}
+
+// Builds the wrapper's content as nodes of doc under one fragment.
+class FragmentBuilder : public DefaultHandler {
+public:
+    explicit FragmentBuilder(DOMDocument* doc)
+        : m_doc(doc), m_fragment(doc->createDocumentFragment()) {}
+    ~FragmentBuilder() override {
+        // Elements still open (a parse that failed) belong to no tree yet.
+        for (auto it = m_open.rbegin(); it != m_open.rend(); ++it)
+            (*it)->release();
+        if (m_fragment != nullptr)
+            m_fragment->release();
+    }
+    FragmentBuilder(const FragmentBuilder&) = delete;
+    FragmentBuilder& operator=(const FragmentBuilder&) = delete;
+
+    DOMDocumentFragment* release() { return std::exchange(m_fragment, nullptr); }
+
+    void startElement(const XMLCh* const uri, const XMLCh* const, const XMLCh* const qname,
+                      const Attributes& attributes) override {
+        flushText();
+        if (m_depth++ == 0)
+            return;
+        DOMElement* element = m_doc->createElementNS(orNull(uri), qname);
+        for (XMLSize_t i = 0; i < attributes.getLength(); ++i) {
+            const XMLCh* name = attributes.getQName(i);
+            element->setAttributeNS(isDeclaration(name) ? kXmlnsNamespace : orNull(attributes.getURI(i)), name,
+                                    attributes.getValue(i));
+        }
+        m_open.push_back(element);
+    }
+
+    void endElement(const XMLCh* const, const XMLCh* const, const XMLCh* const) override {
+        flushText();
+        if (--m_depth == 0)
+            return;
+        DOMElement* element = m_open.back();
+        m_open.pop_back();
+        parent()->appendChild(element);
+    }
+
+    void characters(const XMLCh* const chars, const XMLSize_t length) override {
+        (m_inCdata ? m_cdata : m_text).append(chars, length);
+    }
+
+    void ignorableWhitespace(const XMLCh* const chars, const XMLSize_t length) override { characters(chars, length); }
+
+    void processingInstruction(const XMLCh* const target, const XMLCh* const data) override {
+        flushText();
+        parent()->appendChild(m_doc->createProcessingInstruction(target, data));
+    }
+
+    void comment(const XMLCh* const chars, const XMLSize_t length) override {
+        flushText();
+        parent()->appendChild(m_doc->createComment(XString(chars, length).c_str()));
+    }
+
+    void startCDATA() override {
+        flushText();
+        m_inCdata = true;
+    }
+
+    void endCDATA() override {
+        parent()->appendChild(m_doc->createCDATASection(m_cdata.c_str()));
+        m_cdata.clear();
+        m_inCdata = false;
+    }
+
+    void error(const SAXParseException& e) override { refuse(e); }
+    void fatalError(const SAXParseException& e) override { refuse(e); }
+
+private:
+    [[noreturn]] static void refuse(const SAXParseException& e) {
+        throw XSECException(XSECException::CipherError, e.getMessage());
+    }
+
+    // An element joins its parent when it ends: until then it stands alone, so
+    // adding a child does not walk up a long line of ancestors.
+    DOMNode* parent() const { return m_open.empty() ? static_cast<DOMNode*>(m_fragment) : m_open.back(); }
+
+    // Adjacent character data makes one text node, as a DOM parser makes it.
+    void flushText() {
+        if (m_text.empty())
+            return;
+        parent()->appendChild(m_doc->createTextNode(m_text.c_str()));
+        m_text.clear();
+    }
+
+    DOMDocument* m_doc;
+    DOMDocumentFragment* m_fragment;
+    std::vector<DOMElement*> m_open;  // made, not yet in the fragment
+    int m_depth = 0;
+    bool m_inCdata = false;
+    XString m_text;
+    XString m_cdata;
+};
+
+}  // namespace
+
+DOMDocumentFragment* parseInPlace(const korean::SecureBytes& plain, const DOMElement* encryptedData) {
+    const std::string start = wrapperStart(encryptedData->getParentNode());
+    korean::SecureBytes wrapped;
+    wrapped.reserve(start.size() + plain.size() + sizeof kWrapperEnd);
+    wrapped.insert(wrapped.end(), start.begin(), start.end());
+    wrapped.insert(wrapped.end(), plain.begin(), plain.end());
+    wrapped.insert(wrapped.end(), kWrapperEnd, kWrapperEnd + sizeof kWrapperEnd - 1);
+
+    std::unique_ptr<SAX2XMLReader> reader(XMLReaderFactory::createXMLReader());
+    reader->setFeature(XMLUni::fgSAX2CoreNameSpaces, true);
+    reader->setFeature(XMLUni::fgSAX2CoreNameSpacePrefixes, true);
+    reader->setFeature(XMLUni::fgSAX2CoreValidation, false);
+    reader->setFeature(XMLUni::fgXercesLoadExternalDTD, false);
+    reader->setFeature(XMLUni::fgXercesDisableDefaultEntityResolution, true);
+    FragmentBuilder builder(encryptedData->getOwnerDocument());
+    reader->setContentHandler(&builder);
+    reader->setLexicalHandler(&builder);
+    reader->setErrorHandler(&builder);
+    MemBufInputSource source(wrapped.data(), wrapped.size(), "vqxml-plaintext", false);
+    source.setEncoding(XMLUni::fgUTF8EncodingString);
+    try {
+        reader->parse(source);
+    } catch (const XMLException& e) {
+        throw XSECException(XSECException::CipherError, e.getMessage());
+    }
+    return builder.release();
+}
+
+}  // namespace vqxml::xenc
