@@ -136,4 +136,29 @@ TEST(Namespaces, DecryptedElementsKeepTheirNamespace) {
     }
 }
 
+// Every kind of node the plaintext may hold is rebuilt as it was: text with
+// references, CDATA (one holding "]]>"), comments, processing instructions,
+// attributes in namespaces bound on ancestors, characters outside the BMP.
+TEST(Namespaces, EveryKindOfNodeComesBack) {
+    const std::string text =
+        "<r:Root xmlns:r=\"urn:r\" xmlns:a=\"urn:a\" xmlns=\"urn:default\"><Outer a:flag=\"1 &amp; &lt;2&gt;\">"
+        "\n  <Target a:id=\"t\" plain=\"&quot;q&quot;\">x &amp; y &lt; z<![CDATA[<raw> ]]]]><![CDATA[> &]]>"
+        "<!-- note --><?proc data?><a:Inner xmlns:b=\"urn:b\" b:x=\"\U0001F600\">\t&#xD;</a:Inner>"
+        "<Empty/><NoNs xmlns=\"\"><Deep/></NoNs></Target>\n</Outer></r:Root>";
+    for (int mode : {1, 2}) {
+        for (int symmetric : {1, 2}) {
+            Encryption e;
+            e.symmetric = symmetric;
+            e.targets = {"Target"};
+            e.mode = mode;
+            e.recipients = {kKeyWrap};
+            const std::string encrypted = encrypt(text, e);
+            ASSERT_EQ(encrypted.find("proc data"), std::string::npos);
+            std::string opened;
+            ASSERT_EQ(decrypt(encrypted, kKeyWrap, &opened), 0) << opened;
+            EXPECT_EQ(opened, reserialised(text)) << mode << " " << symmetric;
+        }
+    }
+}
+
 }  // namespace
