@@ -185,8 +185,9 @@ DOMDocument* VQXML_XENCCipher::encryptElement(DOMElement* element, const XMLCh* 
     DOMNode* parent = element->getParentNode();
     if (parent == nullptr)
         throw XSECException(XSECException::CipherError, "The element to encrypt has no parent");
+    // The replaced nodes are left to the document, which frees them with itself:
+    // releasing them one by one costs Xerces a walk over every node.
     parent->replaceChild(encryptElementDetached(element, algorithmURI), element);
-    element->release();
     return getDocument();
 }
 
@@ -202,7 +203,7 @@ DOMNode* VQXML_XENCCipher::encryptElementContentDetached(DOMElement* element, co
 DOMDocument* VQXML_XENCCipher::encryptElementContent(DOMElement* element, const XMLCh* algorithmURI) {
     DOMNode* encrypted = encryptElementContentDetached(element, algorithmURI);
     while (DOMNode* child = element->getFirstChild())
-        element->removeChild(child)->release();
+        element->removeChild(child);  // left to the document, as above
     element->appendChild(encrypted);
     return getDocument();
 }
@@ -239,7 +240,6 @@ bool VQXML_XENCCipher::decryptInPlace(DOMElement* element) {
     DOMDocumentFragment* nodes = vqxml::xenc::parseInPlace(plain, element);
     parent->replaceChild(nodes, element);
     nodes->release();
-    element->release();
     return true;
 }
 
