@@ -92,6 +92,7 @@ DOMDocument* VQXML_XENCCipher::decryptElement(DOMElement* element) {
     vqxml::checkKeyInformation(element);
     if (decryptInPlace(element))
         return getDocument();
+    m_newXencElements = true;
     return m_engine->decryptElement(element);
 }
 DOMNode* VQXML_XENCCipher::decryptElementDetached(DOMElement* element) {
@@ -237,7 +238,9 @@ bool VQXML_XENCCipher::decryptInPlace(DOMElement* element) {
         return false;
     const vqxml::korean::SecureBytes plain =
         handler->decryptCipherValue(method, m_key, cipherData->getCipherValue()->getCipherString());
-    DOMDocumentFragment* nodes = vqxml::xenc::parseInPlace(plain, element);
+    bool holdsXenc = false;
+    DOMDocumentFragment* nodes = vqxml::xenc::parseInPlace(plain, element, &holdsXenc);
+    m_newXencElements = m_newXencElements || holdsXenc;
     parent->replaceChild(nodes, element);
     nodes->release();
     return true;

@@ -25,6 +25,7 @@
 #include <deque>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <xsec/xenc/XENCCipher.hpp>
@@ -89,6 +90,9 @@ public:
     // Takes key (made by encryptKey) into the document-level list.
     void adoptDocumentKey(XENCEncryptedKey* key);
     bool isDocumentKey(const XENCEncryptedKey* key) const;
+    // Whether a decryption since the last call may have brought XML Encryption
+    // elements into the document (always so when the engine did the work).
+    bool takeNewXencElements() { return std::exchange(m_newXencElements, false); }
 
 private:
     void findDocumentKeys();
@@ -100,6 +104,7 @@ private:
     XENCCipher* m_engine;
     XSECCryptoKey* m_key = nullptr;  // the engine's cipher owns it
     XSECCryptoKey* m_kek = nullptr;  // the engine's cipher owns it
+    bool m_newXencElements = false;
     std::basic_string<XMLCh> m_mark;  // the document's URI while this cipher serves it
     std::vector<XENCEncryptedKey*> m_documentKeys;  // owned
     bool m_documentKeysFound = false;

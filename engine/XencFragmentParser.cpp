@@ -14,6 +14,7 @@
 #include <xercesc/sax2/XMLReaderFactory.hpp>
 #include <xercesc/util/TransService.hpp>
 #include <xercesc/util/XMLUni.hpp>
+#include <xsec/dsig/DSIGConstants.hpp>
 #include <xsec/framework/XSECException.hpp>
 
 XERCES_CPP_NAMESPACE_USE
@@ -106,12 +107,14 @@ public:
     FragmentBuilder& operator=(const FragmentBuilder&) = delete;
 
     DOMDocumentFragment* release() { return std::exchange(m_fragment, nullptr); }
+    bool holdsXenc() const { return m_holdsXenc; }
 
     void startElement(const XMLCh* const uri, const XMLCh* const, const XMLCh* const qname,
                       const Attributes& attributes) override {
         flushText();
         if (m_depth++ == 0)
             return;
+        m_holdsXenc = m_holdsXenc || XMLString::equals(uri, DSIGConstants::s_unicodeStrURIXENC);
         DOMElement* element = m_doc->createElementNS(orNull(uri), qname);
         for (XMLSize_t i = 0; i < attributes.getLength(); ++i) {
             const XMLCh* name = attributes.getQName(i);
@@ -182,13 +185,14 @@ private:
     std::vector<DOMElement*> m_open;  // made, not yet in the fragment
     int m_depth = 0;
     bool m_inCdata = false;
+    bool m_holdsXenc = false;
     XString m_text;
     XString m_cdata;
 };
 
 }  // namespace
 
-DOMDocumentFragment* parseInPlace(const korean::SecureBytes& plain, const DOMElement* encryptedData) {
+DOMDocumentFragment* parseInPlace(const korean::SecureBytes& plain, const DOMElement* encryptedData, bool* holdsXenc) {
     const std::string start = wrapperStart(encryptedData->getParentNode());
     korean::SecureBytes wrapped;
     wrapped.reserve(start.size() + plain.size() + sizeof kWrapperEnd);
@@ -213,6 +217,7 @@ DOMDocumentFragment* parseInPlace(const korean::SecureBytes& plain, const DOMEle
     } catch (const XMLException& e) {
         throw XSECException(XSECException::CipherError, e.getMessage());
     }
+    *holdsXenc = builder.holdsXenc();
     return builder.release();
 }
 

@@ -16,9 +16,12 @@
 namespace vqxml::xenc {
 
 // A new fragment of encryptedData's document holding the nodes of plain (UTF-8),
-// read where encryptedData stands. Raises XSECException when plain does not parse.
+// read where encryptedData stands; *holdsXenc tells whether any of them is an
+// element in the XML Encryption namespace. Raises XSECException when plain does
+// not parse.
 XERCES_CPP_NAMESPACE::DOMDocumentFragment* parseInPlace(const korean::SecureBytes& plain,
-                                                         const XERCES_CPP_NAMESPACE::DOMElement* encryptedData);
+                                                         const XERCES_CPP_NAMESPACE::DOMElement* encryptedData,
+                                                         bool* holdsXenc);
 
 }  // namespace vqxml::xenc
 

@@ -9,6 +9,7 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <vector>
 
 #include <xercesc/dom/DOM.hpp>
 #include <xsec/dsig/DSIGConstants.hpp>
@@ -38,11 +39,54 @@ bool holdsOctets(const XENCEncryptedData* data) {
            !XMLString::equals(data->getType(), DSIGConstants::s_unicodeStrURIXENC_ELEMENT);
 }
 
+std::vector<DOMElement*> xencElements(DOMDocument* doc, const XMLCh* localName) {
+    DOMNodeList* found = doc->getElementsByTagNameNS(DSIGConstants::s_unicodeStrURIXENC, localName);
+    std::vector<DOMElement*> elements;
+    for (XMLSize_t i = 0, n = found->getLength(); i < n; ++i)
+        elements.push_back(static_cast<DOMElement*>(found->item(i)));
+    return elements;
+}
+
+bool inDocument(const DOMNode* node) {
+    while (node->getParentNode() != nullptr)
+        node = node->getParentNode();
+    return node->getNodeType() == DOMNode::DOCUMENT_NODE;
+}
+
+// The XML Encryption elements still in the document, in document order, found
+// with one walk rather than one per decrypted element: decrypting only takes
+// elements away, unless the plaintext brings new ones, which calls for a new walk.
+class XencElementsLeft {
+public:
+    explicit XencElementsLeft(DOMDocument* doc) : m_doc(doc) { walk(); }
+
+    void walk() {
+        m_data = xencElements(m_doc, u"EncryptedData");
+        m_keys = xencElements(m_doc, u"EncryptedKey");
+        m_next = 0;
+    }
+
+    DOMElement* firstData() {
+        while (m_next < m_data.size() && !inDocument(m_data[m_next]))
+            ++m_next;
+        return m_next < m_data.size() ? m_data[m_next] : nullptr;
+    }
+
+    const std::vector<DOMElement*>& keys() const { return m_keys; }
+
+private:
+    DOMDocument* m_doc;
+    std::vector<DOMElement*> m_data;
+    std::vector<DOMElement*> m_keys;
+    std::size_t m_next = 0;
+};
+
 }  // namespace
 
+// The list's length would walk the whole document; its first item stops at the first match.
 DOMElement* VQXML_XMLSecurity::findXENCElement(const XMLCh* localName) const {
     DOMNodeList* found = m_document->getElementsByTagNameNS(DSIGConstants::s_unicodeStrURIXENC, localName);
-    return found->getLength() > 0 ? static_cast<DOMElement*>(found->item(0)) : nullptr;
+    return static_cast<DOMElement*>(found->item(0));
 }
 
 // An EncryptedKey read from inside an EncryptedData belongs to that object,
@@ -58,8 +102,10 @@ int VQXML_XMLSecurity::XMLENC_setEncXMLDocument(char* xml, int len) {
 
 int VQXML_XMLSecurity::XMLENC_decrypt() {
     return vqxml::guarded(*this, "XMLENC_decrypt > ", [&] {
-        XENCCipher& cipher = requireCipher(kNoDocument);
+        auto& cipher = static_cast<VQXML_XENCCipher&>(requireCipher(kNoDocument));
         XENCEncryptedData* data = cipher.getEncryptedData();
+        XencElementsLeft left(m_document);
+        cipher.takeNewXencElements();
         while (data != nullptr) {
             const vqxml::SymmetricAlgorithm* algorithm = vqxml::symmetricByURI(algorithmOf(data));
             if (algorithm == nullptr)
@@ -77,13 +123,16 @@ int VQXML_XMLSecurity::XMLENC_decrypt() {
                 return;
             }
             cipher.decryptElement(data->getElement());
-            DOMElement* next = findXENCElement(u"EncryptedData");
+            if (cipher.takeNewXencElements())
+                left.walk();
+            DOMElement* next = left.firstData();
             data = next != nullptr ? cipher.loadEncryptedData(next) : nullptr;
         }
         // The removed elements are left to the document, which frees them with
         // itself: document-level key objects may still point at them.
-        while (DOMElement* key = findXENCElement(u"EncryptedKey"))
-            key->getParentNode()->removeChild(key);
+        for (DOMElement* key : left.keys())
+            if (inDocument(key))
+                key->getParentNode()->removeChild(key);
         storeResultDocument();
     });
 }

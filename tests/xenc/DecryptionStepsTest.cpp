@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "XencFixture.hpp"
 #include "vqxml/VQXML_XMLSecurity.h"
@@ -132,6 +133,23 @@ TEST(CallOrder, EachStepNeedsTheOneBefore) {
     EXPECT_EQ(VQTK_XMLENC_Decrypt(h), 0);
     EXPECT_EQ(VQTK_XMLENC_DecryptKeyWrapKey(h, nullptr, 0, bytes(sharedKek()), 24), 10304)
         << "the key went with its EncryptedData";
+}
+
+// An EncryptedData that comes out of another one's plaintext is decrypted too,
+// and EncryptedData elements side by side each are, in document order.
+TEST(CallOrder, DecryptOpensEveryEncryptedDataEvenNestedOnes) {
+    const std::string doc = "<Root><Body><Amount>1100000</Amount><Memo>메모</Memo></Body><Tail>끝</Tail></Root>";
+    for (const std::vector<std::string>& targets :
+         {std::vector<std::string>{"Amount", "Body"}, std::vector<std::string>{"Amount", "Memo", "Tail"}}) {
+        Encryption e;
+        e.targets = targets;
+        e.recipients = {kKeyWrap};
+        const std::string encrypted = encrypt(doc, e);
+        ASSERT_EQ(encrypted.find("1100000"), std::string::npos);
+        std::string opened;
+        ASSERT_EQ(decrypt(encrypted, kKeyWrap, &opened), 0) << opened;
+        EXPECT_EQ(opened.substr(opened.find("<Root")), doc);
+    }
 }
 
 // The walk's position belongs to the handle, not to the document.
