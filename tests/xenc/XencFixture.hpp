@@ -124,6 +124,16 @@ inline int decrypt(const std::string& text, const Recipient& r, std::string* out
     return rc;
 }
 
+// Encrypts text as e says, checks that hidden no longer shows, and opens it again
+// as e's first recipient: the opened document (a failure when it does not open).
+inline std::string reopened(const std::string& text, const Encryption& e, const std::string& hidden) {
+    const std::string encrypted = encrypt(text, e);
+    EXPECT_EQ(encrypted.find(hidden), std::string::npos) << encrypted;
+    std::string opened;
+    EXPECT_EQ(decrypt(encrypted, e.recipients.front(), &opened), 0) << opened;
+    return opened;
+}
+
 }  // namespace xenctest
 
 #endif
