@@ -209,8 +209,19 @@ DOMDocument* VQXML_XENCCipher::encryptElementContent(DOMElement* element, const 
     return getDocument();
 }
 
+// The library's ciphers write the CipherValue text straight into a new
+// EncryptedData; others go through the engine's transforms.
 XENCEncryptedData* VQXML_XENCCipher::encryptOctets(const vqxml::korean::SecureBytes& plain,
                                                    const XMLCh* algorithmURI) {
+    const auto* handler = algorithmURI != nullptr ? dynamic_cast<const WholeBufferCipherHandler*>(
+                                                        XSECPlatformUtils::g_algorithmMapper->mapURIToHandler(algorithmURI))
+                                                  : nullptr;
+    if (handler != nullptr && m_key != nullptr) {
+        XENCEncryptedData* data = m_engine->createEncryptedData(XENCCipherData::VALUE_TYPE, algorithmURI, u"");
+        const vqxml::XString value = handler->encryptToCipherValue(data->getEncryptionMethod(), m_key, plain);
+        data->getCipherData()->getCipherValue()->setCipherString(value.c_str());
+        return data;
+    }
     safeBuffer octets;
     octets.isSensitive();
     octets.sbMemcpyIn(plain.data(), plain.size());

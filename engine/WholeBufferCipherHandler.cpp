@@ -52,3 +52,9 @@ vqxml::korean::SecureBytes WholeBufferCipherHandler::decryptCipherValue(const XE
         throw XSECException(XSECException::CipherError, "The CipherValue is not base64 text");
     return decryptOctets(method, key, framed);
 }
+
+vqxml::XString WholeBufferCipherHandler::encryptToCipherValue(const XENCEncryptionMethod* method,
+                                                              const XSECCryptoKey* key,
+                                                              const vqxml::korean::SecureBytes& plain) const {
+    return vqxml::base64Encode(encryptOctets(method, key, plain));
+}

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "core/Transcode.hpp"
 #include "engine/UnsupportedAlgorithmHandler.hpp"
 #include "engine/korean/SecureBytes.hpp"
 
@@ -23,6 +24,10 @@ public:
                                  const XSECCryptoKey* key,
                                  XERCES_CPP_NAMESPACE::DOMDocument* doc) const override;
 
+    // The CipherValue's base64 text for plain, without the engine's transforms.
+    // Raises as below.
+    vqxml::XString encryptToCipherValue(const XENCEncryptionMethod* method, const XSECCryptoKey* key,
+                                        const vqxml::korean::SecureBytes& plain) const;
     // The plaintext of a CipherValue's base64 text, decoded and decrypted in one
     // piece rather than through the engine's transforms. Raises as below, and
     // XSECException for text that is not base64.
