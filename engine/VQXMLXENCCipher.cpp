@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <memory>
 #include <cstring>
 #include <set>
 #include <string>
@@ -64,6 +65,39 @@ bool holdsNodes(const XENCEncryptedData* data) {
     const XMLCh* type = data->getType();
     return type == nullptr || XMLString::equals(type, DSIGConstants::s_unicodeStrURIXENC_ELEMENT) ||
            XMLString::equals(type, DSIGConstants::s_unicodeStrURIXENC_CONTENT);
+}
+
+struct NodeRelease {
+    void operator()(DOMNode* node) const { node->release(); }
+};
+
+bool isWhitespace(const XMLCh* text) {
+    for (; *text != 0; ++text)
+        if (*text != u' ' && *text != u'\t' && *text != u'\r' && *text != u'\n')
+            return false;
+    return true;
+}
+
+// The document element replaced by the one element the plaintext holds, with
+// the comments and processing instructions beside it; whitespace has no place
+// outside the document element and is dropped.
+void replaceDocumentElement(DOMDocument* doc, DOMElement* old, DOMDocumentFragment* nodes) {
+    int elements = 0;
+    bool strayText = false;
+    for (const DOMNode* n = nodes->getFirstChild(); n != nullptr; n = n->getNextSibling()) {
+        elements += n->getNodeType() == DOMNode::ELEMENT_NODE;
+        strayText = strayText || n->getNodeType() == DOMNode::CDATA_SECTION_NODE ||
+                    (n->getNodeType() == DOMNode::TEXT_NODE && !isWhitespace(n->getNodeValue()));
+    }
+    if (elements != 1 || strayText)
+        throw XSECException(XSECException::CipherError, "The decrypted document element is not one element");
+    DOMNode* next = old->getNextSibling();
+    doc->removeChild(old);
+    while (DOMNode* child = nodes->getFirstChild()) {
+        nodes->removeChild(child);
+        if (child->getNodeType() != DOMNode::TEXT_NODE)
+            doc->insertBefore(child, next);
+    }
 }
 
 XString decimal(unsigned long n) {
@@ -235,7 +269,7 @@ XENCEncryptedData* VQXML_XENCCipher::encryptOctets(const vqxml::korean::SecureBy
 // nodes over, which costs more than the cipher; this parses once, in place.
 bool VQXML_XENCCipher::decryptInPlace(DOMElement* element) {
     DOMNode* parent = element->getParentNode();
-    if (m_key == nullptr || parent == nullptr || parent->getNodeType() != DOMNode::ELEMENT_NODE)
+    if (m_key == nullptr || parent == nullptr)
         return false;
     XENCEncryptedData* data = m_engine->loadEncryptedData(element);
     XENCEncryptionMethod* method = data->getEncryptionMethod();
@@ -250,10 +284,13 @@ bool VQXML_XENCCipher::decryptInPlace(DOMElement* element) {
     const vqxml::korean::SecureBytes plain =
         handler->decryptCipherValue(method, m_key, cipherData->getCipherValue()->getCipherString());
     bool holdsXenc = false;
-    DOMDocumentFragment* nodes = vqxml::xenc::parseInPlace(plain, element, &holdsXenc);
+    const std::unique_ptr<DOMDocumentFragment, NodeRelease> nodes(
+        vqxml::xenc::parseInPlace(plain, element, &holdsXenc));
     m_newXencElements = m_newXencElements || holdsXenc;
-    parent->replaceChild(nodes, element);
-    nodes->release();
+    if (parent->getNodeType() == DOMNode::DOCUMENT_NODE)
+        replaceDocumentElement(static_cast<DOMDocument*>(parent), element, nodes.get());
+    else
+        parent->replaceChild(nodes.get(), element);
     return true;
 }
 

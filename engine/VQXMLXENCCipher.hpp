@@ -13,9 +13,10 @@
 //  - Key information the engine mishandles is refused before it loads an
 //    element (KeyInfoGuard.hpp).
 //  - decryptKey keeps the unwrapped key only in memory that is wiped when freed.
-//  - An EncryptedData inside an element whose cipher is one of the library's is
-//    decrypted in one piece and its plaintext parsed straight into the document
-//    (XencFragmentParser.hpp); anything else is left to the engine.
+//  - An EncryptedData whose cipher is one of the library's is decrypted in one
+//    piece and its plaintext parsed straight into the document
+//    (XencFragmentParser.hpp); as the document element it must hold one element.
+//    Anything else is left to the engine.
 //
 // Everything else is the engine's cipher, which this one makes from the provider
 // and gives back to it when destroyed. XSECProvider::releaseCipher deletes it.

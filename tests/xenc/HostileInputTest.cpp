@@ -176,6 +176,41 @@ TEST(Ciphertext, WrongSessionKeyFailsCleanly) {
     }
 }
 
+// An EncryptedData standing as the document element must decrypt to one element
+// (comments beside it may stay); two elements cannot make a document.
+TEST(Ciphertext, DocumentElementComesBackAsOneElement) {
+    struct Case {
+        std::string content;  // of the root whose content is encrypted
+        bool opens;
+    };
+    const Case cases[] = {{"<!--c--><a>x</a>", true}, {"<a/><b/>", false}, {"text", false}};
+    for (const Case& c : cases) {
+        Encryption e;
+        e.sessionKey = kPlaceholder;
+        e.targets = {" "};
+        e.mode = 1;
+        e.recipients = {kKeyWrap};
+        const std::string encrypted = encrypt("<Root>" + c.content + "</Root>", e);
+        const size_t from = encrypted.find("<xenc:EncryptedData");
+        const size_t to = encrypted.find("</xenc:EncryptedData>") + 21;
+        const std::string alone = replaced(encrypted.substr(from, to - from), "<xenc:EncryptedData", "#Content", "#Element");
+        Context ctx;
+        ASSERT_EQ(load(ctx, alone), 0) << ctx.error();
+        ASSERT_EQ(ctx.XMLENC_setSymmKey(bytes(kPlaceholder), 24, 1), 0);
+        const int rc = ctx.XMLENC_decrypt();
+        if (c.opens) {
+            ASSERT_EQ(rc, 0) << ctx.error();
+            const std::string opened = ctx.getXMLDocument();
+            EXPECT_NE(opened.find("<!--c-->"), std::string::npos) << opened;
+            EXPECT_NE(opened.find("<a>x</a>"), std::string::npos) << opened;
+            EXPECT_EQ(opened.find("EncryptedData"), std::string::npos) << opened;
+        } else {
+            EXPECT_NE(rc, 0) << c.content;
+            EXPECT_EQ(ctx.error().rfind("XMLENC_decrypt > ", 0), 0u) << ctx.error();
+        }
+    }
+}
+
 TEST(Structure, MalformedAndTruncatedDocumentsFailCleanly) {
     const std::string text = encryptedFor(kRsa);
     for (size_t len = 1; len < text.size(); len += 13) {
