@@ -1,5 +1,7 @@
 #include "engine/XencFragmentParser.hpp"
 
+#include <algorithm>
+#include <cstring>
 #include <memory>
 #include <set>
 #include <string>
@@ -7,7 +9,8 @@
 #include <vector>
 
 #include <xercesc/dom/DOM.hpp>
-#include <xercesc/framework/MemBufInputSource.hpp>
+#include <xercesc/sax/InputSource.hpp>
+#include <xercesc/util/BinInputStream.hpp>
 #include <xercesc/sax2/Attributes.hpp>
 #include <xercesc/sax2/DefaultHandler.hpp>
 #include <xercesc/sax2/SAX2XMLReader.hpp>
@@ -90,6 +93,52 @@ std::string wrapperStart(const DOMNode* context) {
     }
     return start + ">";
 }
+
+using Piece = std::pair<const XMLByte*, XMLSize_t>;
+
+// The wrapper's start, the plaintext and the wrapper's end read one after the
+// other where they lie: the plaintext, a megabyte or more, is not copied.
+class PiecesInputStream : public BinInputStream {
+public:
+    explicit PiecesInputStream(std::vector<Piece> pieces) : m_pieces(std::move(pieces)) {}
+
+    XMLFilePos curPos() const override { return m_read; }
+    const XMLCh* getContentType() const override { return nullptr; }
+
+    XMLSize_t readBytes(XMLByte* const toFill, const XMLSize_t maxToRead) override {
+        XMLSize_t filled = 0;
+        while (filled < maxToRead && m_piece < m_pieces.size()) {
+            const Piece& p = m_pieces[m_piece];
+            const XMLSize_t n = std::min(maxToRead - filled, p.second - m_offset);
+            std::memcpy(toFill + filled, p.first + m_offset, n);
+            filled += n;
+            m_offset += n;
+            if (m_offset == p.second) {
+                ++m_piece;
+                m_offset = 0;
+            }
+        }
+        m_read += filled;
+        return filled;
+    }
+
+private:
+    std::vector<Piece> m_pieces;
+    std::size_t m_piece = 0;
+    XMLSize_t m_offset = 0;
+    XMLFilePos m_read = 0;
+};
+
+class PiecesInputSource : public InputSource {
+public:
+    explicit PiecesInputSource(std::vector<Piece> pieces) : InputSource("vqxml-plaintext"), m_pieces(std::move(pieces)) {
+        setEncoding(XMLUni::fgUTF8EncodingString);
+    }
+    BinInputStream* makeStream() const override { return new PiecesInputStream(m_pieces); }
+
+private:
+    std::vector<Piece> m_pieces;
+};
 
 // Builds the wrapper's content as nodes of doc under one fragment.
 class FragmentBuilder : public DefaultHandler {
@@ -194,11 +243,6 @@ private:
 
 DOMDocumentFragment* parseInPlace(const korean::SecureBytes& plain, const DOMElement* encryptedData, bool* holdsXenc) {
     const std::string start = wrapperStart(encryptedData->getParentNode());
-    korean::SecureBytes wrapped;
-    wrapped.reserve(start.size() + plain.size() + sizeof kWrapperEnd);
-    wrapped.insert(wrapped.end(), start.begin(), start.end());
-    wrapped.insert(wrapped.end(), plain.begin(), plain.end());
-    wrapped.insert(wrapped.end(), kWrapperEnd, kWrapperEnd + sizeof kWrapperEnd - 1);
 
     std::unique_ptr<SAX2XMLReader> reader(XMLReaderFactory::createXMLReader());
     reader->setFeature(XMLUni::fgSAX2CoreNameSpaces, true);
@@ -210,8 +254,9 @@ DOMDocumentFragment* parseInPlace(const korean::SecureBytes& plain, const DOMEle
     reader->setContentHandler(&builder);
     reader->setLexicalHandler(&builder);
     reader->setErrorHandler(&builder);
-    MemBufInputSource source(wrapped.data(), wrapped.size(), "vqxml-plaintext", false);
-    source.setEncoding(XMLUni::fgUTF8EncodingString);
+    const PiecesInputSource source({{reinterpret_cast<const XMLByte*>(start.data()), start.size()},
+                                    {plain.data(), plain.size()},
+                                    {reinterpret_cast<const XMLByte*>(kWrapperEnd), sizeof kWrapperEnd - 1}});
     try {
         reader->parse(source);
     } catch (const XMLException& e) {
