@@ -8,25 +8,35 @@
 
 namespace vqxml {
 
+namespace {
+
 // Written here rather than with the provider's coder, whose buffers grow a
 // kilobyte at a time and made large CipherValues slow; the lines are the same.
-std::string base64Text(const std::vector<unsigned char>& bytes) {
+template <class Text>
+Text linesOfBase64(const std::vector<unsigned char>& bytes) {
     constexpr std::size_t kLineBytes = 57;  // 76 characters
-    std::string text;
+    Text text;
     text.reserve((bytes.size() + 2) / 3 * 4 + bytes.size() / kLineBytes + 1);
     unsigned char line[77];
     for (std::size_t at = 0; at < bytes.size(); at += kLineBytes) {
         const std::size_t n = std::min(kLineBytes, bytes.size() - at);
         const int written = EVP_EncodeBlock(line, bytes.data() + at, static_cast<int>(n));
-        text.append(reinterpret_cast<const char*>(line), static_cast<std::size_t>(written));
+        text.append(line, line + written);
         if (n == kLineBytes)
             text.push_back('\n');
     }
     return text;
 }
 
+}  // namespace
+
+std::string base64Text(const std::vector<unsigned char>& bytes) {
+    return linesOfBase64<std::string>(bytes);
+}
+
+// Made directly: a CipherValue's text is megabytes, and every copy counts.
 XString base64Encode(const std::vector<unsigned char>& bytes) {
-    return toXString(base64Text(bytes));
+    return linesOfBase64<XString>(bytes);
 }
 
 namespace {

@@ -211,7 +211,7 @@ XENCEncryptedData* VQXML_XENCCipher::loadEncryptedData(DOMElement* dataNode) {
 DOMNode* VQXML_XENCCipher::encryptElementDetached(DOMElement* element, const XMLCh* algorithmURI) {
     vqxml::korean::SecureBytes plain;
     vqxml::xenc::appendPlaintext(element, element->getParentNode(), plain);
-    XENCEncryptedData* data = encryptOctets(plain, algorithmURI);
+    XENCEncryptedData* data = encryptOctets(std::move(plain), algorithmURI);
     data->setType(DSIGConstants::s_unicodeStrURIXENC_ELEMENT);
     return data->getElement();
 }
@@ -230,7 +230,7 @@ DOMNode* VQXML_XENCCipher::encryptElementContentDetached(DOMElement* element, co
     vqxml::korean::SecureBytes plain;
     for (DOMNode* child = element->getFirstChild(); child != nullptr; child = child->getNextSibling())
         vqxml::xenc::appendPlaintext(child, element, plain);
-    XENCEncryptedData* data = encryptOctets(plain, algorithmURI);
+    XENCEncryptedData* data = encryptOctets(std::move(plain), algorithmURI);
     data->setType(DSIGConstants::s_unicodeStrURIXENC_CONTENT);
     return data->getElement();
 }
@@ -245,14 +245,15 @@ DOMDocument* VQXML_XENCCipher::encryptElementContent(DOMElement* element, const 
 
 // The library's ciphers write the CipherValue text straight into a new
 // EncryptedData; others go through the engine's transforms.
-XENCEncryptedData* VQXML_XENCCipher::encryptOctets(const vqxml::korean::SecureBytes& plain,
+XENCEncryptedData* VQXML_XENCCipher::encryptOctets(vqxml::korean::SecureBytes&& plain,
                                                    const XMLCh* algorithmURI) {
     const auto* handler = algorithmURI != nullptr ? dynamic_cast<const WholeBufferCipherHandler*>(
                                                         XSECPlatformUtils::g_algorithmMapper->mapURIToHandler(algorithmURI))
                                                   : nullptr;
     if (handler != nullptr && m_key != nullptr) {
         XENCEncryptedData* data = m_engine->createEncryptedData(XENCCipherData::VALUE_TYPE, algorithmURI, u"");
-        const vqxml::XString value = handler->encryptToCipherValue(data->getEncryptionMethod(), m_key, plain);
+        const vqxml::XString value =
+            handler->encryptToCipherValue(data->getEncryptionMethod(), m_key, std::move(plain));
         data->getCipherData()->getCipherValue()->setCipherString(value.c_str());
         return data;
     }

@@ -97,7 +97,8 @@ public:
 
 private:
     void findDocumentKeys();
-    XENCEncryptedData* encryptOctets(const vqxml::korean::SecureBytes& plain, const XMLCh* algorithmURI);
+    // Takes plain, to let go of it as soon as it is encrypted.
+    XENCEncryptedData* encryptOctets(vqxml::korean::SecureBytes&& plain, const XMLCh* algorithmURI);
     // Decrypts element in place if it can; false leaves it to the engine.
     bool decryptInPlace(XERCES_CPP_NAMESPACE::DOMElement* element);
 

@@ -55,6 +55,8 @@ vqxml::korean::SecureBytes WholeBufferCipherHandler::decryptCipherValue(const XE
 
 vqxml::XString WholeBufferCipherHandler::encryptToCipherValue(const XENCEncryptionMethod* method,
                                                               const XSECCryptoKey* key,
-                                                              const vqxml::korean::SecureBytes& plain) const {
-    return vqxml::base64Encode(encryptOctets(method, key, plain));
+                                                              vqxml::korean::SecureBytes&& plain) const {
+    const std::vector<std::uint8_t> framed = encryptOctets(method, key, plain);
+    vqxml::korean::SecureBytes().swap(plain);
+    return vqxml::base64Encode(framed);
 }
