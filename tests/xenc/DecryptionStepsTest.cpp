@@ -61,6 +61,18 @@ TEST(KeyInfoReading, RecipientOfOneElementComesFromTheNestedKey) {
     EXPECT_EQ(static_cast<VQXML_XMLSecurity*>(h.h)->getKeyWrapAlg(), 2);
 }
 
+// Key information of the EncryptedData's own is read afresh on every call: the
+// document-level walk, and its end (10313), concern document-level keys only.
+TEST(KeyInfoReading, NestedKeyIsReadAgainOnEveryCall) {
+    const std::string doc = encryptFor({kRsa}, {"Amount"});
+    ScopedHandle h;
+    ASSERT_EQ(VQTK_XMLENC_SetEncXMLDocument(h, chars(doc), size(doc)), 0);
+    for (int call = 0; call < 3; ++call) {
+        ASSERT_EQ(VQTK_XMLENC_GetEncKeyInfo(h), 0) << call;
+        EXPECT_EQ(read(h).serial, "4097") << call;
+    }
+}
+
 TEST(KeyInfoReading, NestedRecipientsShowTheLastOne) {
     const std::string doc = encryptFor({kRsa, kRsaB}, {"Amount"});
     ScopedHandle h;
