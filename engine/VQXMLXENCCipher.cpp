@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <atomic>
-#include <memory>
 #include <cstring>
+#include <memory>
 #include <set>
 #include <string>
 
