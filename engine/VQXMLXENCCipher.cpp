@@ -272,7 +272,10 @@ bool VQXML_XENCCipher::decryptInPlace(DOMElement* element) {
     DOMNode* parent = element->getParentNode();
     if (m_key == nullptr || parent == nullptr)
         return false;
-    XENCEncryptedData* data = m_engine->loadEncryptedData(element);
+    // Loading again would decode its key information (certificates included) again.
+    XENCEncryptedData* data = m_engine->getEncryptedData();
+    if (data == nullptr || data->getElement() != element)
+        data = m_engine->loadEncryptedData(element);
     XENCEncryptionMethod* method = data->getEncryptionMethod();
     XENCCipherData* cipherData = data->getCipherData();
     if (method == nullptr || cipherData == nullptr || cipherData->getCipherDataType() != XENCCipherData::VALUE_TYPE ||
