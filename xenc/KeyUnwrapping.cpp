@@ -9,9 +9,10 @@
 //    the same ds:KeyInfo are tried in document order: every recipient of a
 //    document with several can open it. When no name matches, the error is the
 //    first EncryptedKey's name mismatch; when none unwraps, the first failure.
-//  - A recipient name the EncryptedKey does not state is taken from the
-//    certificate it carries, when the caller gives its own certificate: a key
-//    meant for someone else is refused by name before the unwrapping fails on it.
+//  - An EncryptedKey that names its recipient by certificate alone (no subject,
+//    issuer or serial stated) is compared by the names in that certificate, when
+//    the caller gives its own: a key meant for someone else is refused by name
+//    before the unwrapping fails on it.
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -87,17 +88,14 @@ RecipientNames namesOf(const VQTKCryptoKeyRSA& key, const char* subjectEncoding)
             converted(key.serialNumber(), nullptr)};
 }
 
-// A name the document does not state is taken from the certificate it carries,
-// so that a recipient named only by its certificate is still told apart.
+// A recipient the document names by its certificate alone is told apart by the
+// names in that certificate. Names the document states are compared as they are.
 void fillFromCertificate(RecipientNames& names, const X509* cert, const char* subjectEncoding) {
-    if (cert == nullptr)
+    if (cert == nullptr || names.subject || names.issuer || names.serial)
         return;
-    if (!names.subject)
-        names.subject = converted(vqxml::certificateSubject(cert), subjectEncoding);
-    if (!names.issuer)
-        names.issuer = converted(vqxml::certificateIssuer(cert), nullptr);
-    if (!names.serial)
-        names.serial = converted(vqxml::certificateSerialDecimal(cert), nullptr);
+    names.subject = converted(vqxml::certificateSubject(cert), subjectEncoding);
+    names.issuer = converted(vqxml::certificateIssuer(cert), nullptr);
+    names.serial = converted(vqxml::certificateSerialDecimal(cert), nullptr);
 }
 
 const X509* firstCertificateOf(const DSIGKeyInfoX509* x509) {
