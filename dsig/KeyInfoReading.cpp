@@ -9,13 +9,13 @@
 #include <xsec/dsig/DSIGKeyInfoName.hpp>
 #include <xsec/dsig/DSIGKeyInfoX509.hpp>
 #include <xsec/dsig/DSIGSignature.hpp>
-#include <xsec/enc/OpenSSL/OpenSSLCryptoX509.hpp>
 #include <xsec/xenc/XENCEncryptedKey.hpp>
 #include <xsec/xenc/XENCEncryptionMethod.hpp>
 
 #include "core/ErrorFrame.hpp"
 #include "core/Transcode.hpp"
 #include "engine/VQTKCryptoKeyKCDSA.hpp"
+#include "engine/VQTKCryptoX509.hpp"
 #include "engine/korean/KcdsaEncoding.hpp"
 #include "engine/wssec/TokenKeys.hpp"
 #include "engine/wssec/VQXML_WSSecSecurity.hpp"
@@ -25,10 +25,7 @@ XERCES_CPP_NAMESPACE_USE
 
 namespace {
 
-const X509* opensslCertificate(const XSECCryptoX509* cert) {
-    const auto* openssl = dynamic_cast<const OpenSSLCryptoX509*>(cert);
-    return openssl != nullptr ? openssl->getOpenSSLX509() : nullptr;
-}
+using vqxml::opensslCertificate;
 
 // X509Data may carry a whole chain, in any order: the signer's certificate is the
 // one that issued none of the others. With no such single certificate, the first.
