@@ -118,7 +118,7 @@ void VQXML_XMLSecurity::readX509Data(DSIGKeyInfoX509* x509, const char* subjectE
     const XSECCryptoX509* cert = x509->getCertificateCryptoItem(signerCertificateIndex(x509));
     storeCertificate(cert);
     if (m_signature != nullptr)
-        m_signature->setSigningKey(publicKeyOf(cert));
+        setSigningKey(publicKeyOf(cert));
 }
 
 // OpenSSL cannot decode a KCDSA public key: such certificates get our key object.
@@ -190,7 +190,7 @@ int VQXML_XMLSecurity::getSecTokenRefInfo(VQXML_WSSecSecurityTokenReference* ref
                 if (m_wsSecurity != nullptr)
                     m_wsSecurity->setSigningKey(vqxml::wss::publicKeyOf(*cert));
                 else if (m_signature != nullptr)
-                    m_signature->setSigningKey(vqxml::wss::publicKeyOf(*cert));
+                    setSigningKey(vqxml::wss::publicKeyOf(*cert));
             }
             break;
         case VQXML_WSSecSecurityTokenReference::ISSUER_SERIAL:
