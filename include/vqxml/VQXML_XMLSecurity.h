@@ -196,6 +196,8 @@ public:
     XERCES_CPP_NAMESPACE::DOMNode* findDSIGNode(XERCES_CPP_NAMESPACE::DOMNode* node, const XMLCh* localName);
     int XMLDocument2char(XERCES_CPP_NAMESPACE::DOMImplementation* impl,
                          XERCES_CPP_NAMESPACE::DOMNode* node, char** out);
+    /* written bytes into a new buffer for *out (or into the held package). */
+    int storeBytes(const unsigned char* written, std::size_t len, char** out);
     /* Replaces m_xmlDocument by the serialised m_document. */
     void storeResultDocument();
 
