@@ -12,11 +12,18 @@
 
 namespace soaptest {
 
+inline const std::string kBodyContent =
+    "<m:order xmlns:m=\"urn:test\"><m:item>tea</m:item><m:count>3</m:count></m:order>";
+
 inline const std::string kEnvelope =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
     "<soap:Envelope xmlns:soap=\"http://schemas.xmlsoap.org/soap/envelope/\"><soap:Header/>"
-    "<soap:Body><m:order xmlns:m=\"urn:test\"><m:item>tea</m:item><m:count>3</m:count></m:order></soap:Body>"
-    "</soap:Envelope>";
+    "<soap:Body>" + kBodyContent + "</soap:Body></soap:Envelope>";
+
+inline const std::string kEnvelope12 =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
+    "<env:Envelope xmlns:env=\"http://www.w3.org/2003/05/soap-envelope\"><env:Header/>"
+    "<env:Body>" + kBodyContent + "</env:Body></env:Envelope>";
 
 inline std::string resultOf(void* h) {
     char* doc = nullptr;
