@@ -13,7 +13,7 @@ namespace {
 
 // Report lines: the signature or key transport algorithm and the parts of the
 // envelope WSS4J found covered.
-const std::string kBody = " parts=Body";
+const std::string kBody = " parts=Body trust-validated=true";
 const std::string kBodyContent3des = " parts=Body(content) cipher=http://www.w3.org/2001/04/xmlenc#tripledes-cbc";
 const std::string kRsaSha1 = "SIGNATURE verified alg=http://www.w3.org/2000/09/xmldsig#rsa-sha1" + kBody;
 const std::string kRsaSha256 = "SIGNATURE verified alg=http://www.w3.org/2001/04/xmldsig-more#rsa-sha256" + kBody;
@@ -60,6 +60,9 @@ const std::vector<Case>& cases() {
     static const std::vector<Case> all = {
         {"soap11-sign-bst-rsa-sha1", [](const Pki& p) { return sign(kEnvelope, 2, false, p.cert, p.key); },
          consumerKeys({}, false), {kRsaSha1}},
+        // Without the test CA as trust anchor WSS4J must not take the token's word.
+        {"soap11-sign-bst-untrusted", [](const Pki& p) { return sign(kEnvelope, 2, false, p.cert, p.key); }, "",
+         {"REFUSED "}},
         {"soap11-sign-bst-rsa-sha256", [](const Pki& p) { return sign(kEnvelope, 5, false, p.cert, p.key); },
          consumerKeys({}, false), {kRsaSha256}},
         {"soap11-sign-issuer-serial", [](const Pki& p) { return sign(kEnvelope, 2, true, p.cert, p.key); },

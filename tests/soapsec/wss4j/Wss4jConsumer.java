@@ -87,6 +87,8 @@ public final class Wss4jConsumer {
         }
     }
 
+    // JKS: an in-memory PKCS #12 store gave its keys back garbled ("final block not
+    // properly padded") once WSS4J had registered its JCE providers.
     private static Merlin cryptoFrom(String[] args) throws Exception {
         KeyStore keys = KeyStore.getInstance("JKS");
         keys.load(null, null);
