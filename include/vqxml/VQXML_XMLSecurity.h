@@ -226,6 +226,7 @@ protected:
     template <class Key>
     void describeSigner(DSIGKeyInfoX509* x509, const Key& key, bool withCertificate);
     void checkSignatureAndReferences();
+    XSECCryptoKey* verificationKey();
     bool signEnveloped();
     void setSigningKey(XSECCryptoKey* key);
     void storeVerifiedContent();
