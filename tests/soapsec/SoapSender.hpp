@@ -33,15 +33,17 @@ inline std::string sign(const std::string& envelope, int alg, bool issuerSerial,
     return resultOf(h);
 }
 
-// Encrypts the Body's content with symmetric selector symm for one recipient, or
-// two when second is not empty, named by issuer and serial.
+// Encrypts the Body's content (or target, of encryption type 1 or 2) with
+// symmetric selector symm for one recipient, or two when second is not empty,
+// named by issuer and serial.
 inline std::string encrypt(const std::string& envelope, int symm, int wrap, std::string recipient,
-                           std::string second) {
+                           std::string second, const char* target = nullptr, int type = 1) {
     ScopedHandle h;
     std::string xml = envelope;
+    std::string targetText = target != nullptr ? target : "";
     EXPECT_EQ(VQTK_SOAPSEC_SetSOAPDocument(h, &xml[0], len(xml)), 0);
     EXPECT_EQ(VQTK_SOAPSEC_SetSymmAlg(h, symm), 0);
-    EXPECT_EQ(VQTK_SOAPSEC_EncryptElement(h, nullptr, 1), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_EncryptElement(h, target != nullptr ? &targetText[0] : nullptr, type), 0);
     EXPECT_EQ(VQTK_SOAPSEC_SetIssuerSerial(h), 0);
     EXPECT_EQ(VQTK_SOAPSEC_EncryptKeyWrapKey(h, bytes(recipient), len(recipient), wrap), 0);
     if (!second.empty()) {
