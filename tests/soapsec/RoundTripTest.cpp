@@ -26,10 +26,7 @@ bool findKeyFor(void* h, const std::string& cert) {
     for (int walked = 0; walked < 8; ++walked) {
         int flag = 0;
         EXPECT_EQ(VQTK_SOAPSEC_GetEncKeyInfo(h, &flag), 0);
-        char* issuer = nullptr;
-        char* stated = nullptr;
-        EXPECT_EQ(VQTK_SOAPSEC_GetIssuerSerialNum(h, &issuer, &stated), 0);
-        if (flag == 1 && stated != nullptr && serial == stated)
+        if (flag == 1 && issuerAndSerial(h).second == serial)
             return true;
     }
     return false;

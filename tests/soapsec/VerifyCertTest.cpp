@@ -1,4 +1,6 @@
 // A signer named only by issuer and serial: the receiver supplies its certificate.
+#include <cstdio>
+
 #include "soapsec/SoapSender.hpp"
 
 using namespace soaptest;
@@ -51,6 +53,48 @@ TEST(SoapVerifyCert, OverridesTheMessagesToken) {
 TEST(SoapVerifyCert, KcdsaSignerNamedByIssuerSerial) {
     Pki pki;
     EXPECT_EQ(verifyWith(sign(kEnvelope, 3, true, pki.kcdsaCert, pki.kcdsaKey), pki.kcdsaCert), 0);
+}
+
+// The Body signed by Apache WSS4J's sender, the signer named by issuer and serial.
+std::string signedByWss4j(bool sha256) {
+#ifdef VQXML_WSS4J_JAVA
+    const std::string in = testfiles::scratch("wss4j-envelope.xml");
+    const std::string out = testfiles::scratch("wss4j-signed.xml");
+    testfiles::write(in, kEnvelope);
+    const std::string command = std::string(VQXML_WSS4J_JAVA) + " Wss4jProducer " + in + " " + out + " " +
+                                testfiles::dataPath("testpki/ee-rsa.crt.der") + " " +
+                                testfiles::dataPath("testpki/ee-rsa.key.der") + (sha256 ? " --sha256" : "");
+    EXPECT_EQ(testfiles::run(command), 0) << command;
+    std::string message = testfiles::read(out);
+    std::remove(in.c_str());
+    std::remove(out.c_str());
+    return message;
+#else
+    (void)sha256;
+    return std::string();
+#endif
+}
+
+TEST(SoapVerifyCert, Wss4jIssuerSerialSignature) {
+#ifndef VQXML_WSS4J_JAVA
+    GTEST_SKIP() << kWss4jMissing;
+#endif
+    Pki pki;
+    for (bool sha256 : {false, true}) {
+        SCOPED_TRACE(sha256 ? "rsa-sha256" : "rsa-sha1");
+        std::string message = signedByWss4j(sha256);
+        ASSERT_NE(message.find("X509IssuerSerial"), std::string::npos) << message;
+        ScopedHandle h;
+        ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], len(message)), 0);
+        int isSigned = 0;
+        ASSERT_EQ(VQTK_SOAPSEC_GetSignKeyInfo(h, &isSigned), 0);
+        const auto named = issuerAndSerial(h);
+        EXPECT_EQ(named.second, "4097");
+        EXPECT_NE(named.first.find("VQXML Test Root CA"), std::string::npos) << named.first;
+        EXPECT_EQ(verifyWith(message, pki.otherCert), 11213);
+        EXPECT_EQ(verifyWith(tampered(message), pki.cert), 11213);
+        EXPECT_EQ(verifyWith(message, pki.cert), 0);
+    }
 }
 
 TEST(SoapVerifyCert, BadArgumentsAndUnsignedMessages) {

@@ -131,7 +131,7 @@ std::string bodyContent(const std::string& envelope) {
 // outcomes by case name.
 std::map<std::string, Outcome> processAll() {
     std::map<std::string, Outcome> outcomes;
-#ifdef VQXML_WSS4J_COMMAND
+#ifdef VQXML_WSS4J_JAVA
     const Pki pki;
     const std::string dir = testfiles::scratch("wss4j");
     EXPECT_EQ(testfiles::run("mkdir -p " + dir), 0);
@@ -142,7 +142,7 @@ std::map<std::string, Outcome> processAll() {
         list += in + "\t" + in + ".out" + c.keys + "\n";
     }
     testfiles::write(dir + "/batch", list);
-    const std::string command = std::string(VQXML_WSS4J_COMMAND) + " --batch " + dir + "/batch";
+    const std::string command = std::string(VQXML_WSS4J_JAVA) + " Wss4jConsumer --batch " + dir + "/batch";
     const int status = testfiles::run(command);
     EXPECT_TRUE(status == 0 || status == 1) << "the WSS4J consumer did not run (" << status << "): " << command;
     for (const Case& c : cases()) {
@@ -155,9 +155,8 @@ std::map<std::string, Outcome> processAll() {
 }
 
 TEST(Wss4jConsumer, ProcessesWhatTheLibrarySecures) {
-#ifndef VQXML_WSS4J_COMMAND
-    GTEST_SKIP() << "WSS4J consumer not built: needs javac and Debian's libwss4j-java, libxml-security-java and "
-                    "libbcprov-java (scripts/setup.sh installs them)";
+#ifndef VQXML_WSS4J_JAVA
+    GTEST_SKIP() << kWss4jMissing;
 #endif
     std::map<std::string, Outcome> outcomes = processAll();
     for (const Case& c : cases()) {

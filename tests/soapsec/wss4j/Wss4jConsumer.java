@@ -11,28 +11,17 @@
 // (2 for a usage error). A batch LIST holds one run's arguments per line,
 // separated by tabs; each run's lines go to its OUT plus ".report" (one JVM
 // start for many messages), and the exit status is 1 if any run was refused.
-import java.io.ByteArrayInputStream;
 import java.io.File;
 import java.io.PrintStream;
 import java.nio.file.Files;
-import java.security.KeyFactory;
 import java.security.KeyStore;
-import java.security.PrivateKey;
-import java.security.cert.CertificateFactory;
 import java.security.cert.X509Certificate;
-import java.security.spec.PKCS8EncodedKeySpec;
 import java.util.List;
 
-import javax.security.auth.callback.Callback;
 import javax.security.auth.callback.CallbackHandler;
-import javax.xml.parsers.DocumentBuilderFactory;
-import javax.xml.transform.TransformerFactory;
-import javax.xml.transform.dom.DOMSource;
-import javax.xml.transform.stream.StreamResult;
 
 import org.apache.ws.security.WSConstants;
 import org.apache.ws.security.WSDataRef;
-import org.apache.ws.security.WSPasswordCallback;
 import org.apache.ws.security.WSSConfig;
 import org.apache.ws.security.WSSecurityEngine;
 import org.apache.ws.security.WSSecurityEngineResult;
@@ -40,8 +29,6 @@ import org.apache.ws.security.components.crypto.Merlin;
 import org.w3c.dom.Document;
 
 public final class Wss4jConsumer {
-    private static final char[] PASSWORD = "wss4j-test".toCharArray();
-
     public static void main(String[] args) throws Exception {
         if (args.length == 2 && args[0].equals("--batch")) {
             boolean allAccepted = true;
@@ -66,18 +53,17 @@ public final class Wss4jConsumer {
         }
         try {
             Merlin crypto = cryptoFrom(args);
-            Document doc = parse(new File(args[0]));
+            Document doc = Wss4jSupport.parse(args[0]);
             WSSecurityEngine engine = new WSSecurityEngine();
             engine.setWssConfig(WSSConfig.getNewInstance());
-            CallbackHandler passwords = Wss4jConsumer::answerPasswords;
+            CallbackHandler passwords = Wss4jSupport::answerPasswords;
             List<WSSecurityEngineResult> results = engine.processSecurityHeader(doc, null, passwords, crypto, crypto);
             if (results == null || results.isEmpty())
                 throw new IllegalStateException("no security header was processed");
             // WSS4J lists the last processed entry first.
             for (int i = results.size() - 1; i >= 0; --i)
                 out.println(describe(results.get(i)));
-            TransformerFactory.newInstance().newTransformer()
-                .transform(new DOMSource(doc), new StreamResult(new File(args[1])));
+            Wss4jSupport.write(doc, args[1]);
             return 0;
         } catch (Exception e) {
             out.println("REFUSED " + e);
@@ -87,55 +73,23 @@ public final class Wss4jConsumer {
         }
     }
 
-    // JKS: an in-memory PKCS #12 store gave its keys back garbled ("final block not
-    // properly padded") once WSS4J had registered its JCE providers.
     private static Merlin cryptoFrom(String[] args) throws Exception {
-        KeyStore keys = KeyStore.getInstance("JKS");
-        keys.load(null, null);
-        KeyStore trust = KeyStore.getInstance("JKS");
-        trust.load(null, null);
+        KeyStore keys = Wss4jSupport.newStore();
+        KeyStore trust = Wss4jSupport.newStore();
         for (int i = 2; i < args.length; ++i) {
             String option = args[i];
             if (option.equals("--ca") && i + 1 < args.length) {
-                trust.setCertificateEntry("ca" + i, certificate(args[++i]));
+                trust.setCertificateEntry("ca" + i, Wss4jSupport.certificate(args[++i]));
             } else if (option.equals("--cert") && i + 1 < args.length) {
-                keys.setCertificateEntry("cert" + i, certificate(args[++i]));
+                keys.setCertificateEntry("cert" + i, Wss4jSupport.certificate(args[++i]));
             } else if (option.equals("--pair") && i + 2 < args.length) {
-                X509Certificate cert = certificate(args[++i]);
-                keys.setKeyEntry("pair" + i, privateKey(args[++i]), PASSWORD, new X509Certificate[] {cert});
+                Wss4jSupport.addPair(keys, "pair" + i, args[i + 1], args[i + 2]);
+                i += 2;
             } else {
                 throw new IllegalArgumentException("bad argument " + option);
             }
         }
-        Merlin crypto = new Merlin();
-        crypto.setKeyStore(keys);
-        crypto.setTrustStore(trust);
-        return crypto;
-    }
-
-    private static X509Certificate certificate(String path) throws Exception {
-        byte[] bytes = Files.readAllBytes(new File(path).toPath());
-        return (X509Certificate) CertificateFactory.getInstance("X.509")
-            .generateCertificate(new ByteArrayInputStream(bytes));
-    }
-
-    private static PrivateKey privateKey(String path) throws Exception {
-        byte[] der = Files.readAllBytes(new File(path).toPath());
-        return KeyFactory.getInstance("RSA").generatePrivate(new PKCS8EncodedKeySpec(der));
-    }
-
-    private static Document parse(File file) throws Exception {
-        DocumentBuilderFactory factory = DocumentBuilderFactory.newInstance();
-        factory.setNamespaceAware(true);
-        factory.setFeature("http://apache.org/xml/features/disallow-doctype-decl", true);
-        return factory.newDocumentBuilder().parse(file);
-    }
-
-    // Every private key of the store shares one password.
-    private static void answerPasswords(Callback[] callbacks) {
-        for (Callback callback : callbacks)
-            if (callback instanceof WSPasswordCallback)
-                ((WSPasswordCallback) callback).setPassword(new String(PASSWORD));
+        return Wss4jSupport.merlin(keys, trust);
     }
 
     private static String describe(WSSecurityEngineResult result) {
