@@ -135,9 +135,9 @@ int VQXML_XMLSecurity::SOAPSEC_setVerifyCert(unsigned char* cert, int certLen) {
         if (!engine.isWSSecSignature())
             throw VQXML_XSECException(10406, "The message carries no signature");
         if (engine.getSignatureMethod() == 5)
-            engine.setSigningKey(createKCDSAKey(cert, certLen, nullptr, 0));
+            engine.setVerificationKey(createKCDSAKey(cert, certLen, nullptr, 0));
         else if (engine.getSignatureMethod() == 3)
-            engine.setSigningKey(createRSAKey(cert, certLen, nullptr, 0, nullptr, nullptr, nullptr, nullptr));
+            engine.setVerificationKey(createRSAKey(cert, certLen, nullptr, 0, nullptr, nullptr, nullptr, nullptr));
         else
             throw VQXML_XSECException(10406);
     });

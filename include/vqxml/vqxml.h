@@ -263,8 +263,8 @@ VQXML_EXPORT int VQTK_EBXML_GetSignCert(void* handle, unsigned char** cert, int*
  * Processing: SetSOAPSecXMLDocument -> GetSignKeyInfo and the getters ->
  * GetEncKeyInfo (once per encrypted key) and the getters -> DecryptKeyWrapKey ->
  * ProcessSOAP (decrypts and verifies in the sender's order, removes the header).
- * SetVerifyCert, after GetSignKeyInfo, gives the signer's certificate (DER or
- * PEM) to verify with, for a signer the message names only by issuer and serial:
+ * SetVerifyCert gives the signer's certificate (DER or PEM) to verify with, ahead
+ * of any the message carries, for a signer it names only by issuer and serial:
  * 10405 no certificate, 10406 the message's signature is neither RSA nor KCDSA;
  * a certificate of another key makes ProcessSOAP fail with 11213. */
 VQXML_EXPORT int VQTK_SOAPSEC_SetSOAPDocument(void* handle, char* xml, int len);

@@ -27,6 +27,8 @@ TEST(SoapVerifyCert, IssuerSerialSignatureVerifiesWithTheSignersCertificate) {
     ASSERT_EQ(message.find("BinarySecurityToken"), std::string::npos);
     ASSERT_NE(message.find("X509IssuerSerial"), std::string::npos);
     EXPECT_EQ(verifyWith(message, pki.cert), 0);
+    std::string pem = testfiles::read(testfiles::dataPath("testpki/ee-rsa.crt.pem"));
+    EXPECT_EQ(verifyWith(message, pem), 0);
 }
 
 TEST(SoapVerifyCert, IssuerSerialSignatureWithoutACertificateIsRefused) {
@@ -42,12 +44,20 @@ TEST(SoapVerifyCert, AnotherCertificateFailsVerification) {
     EXPECT_EQ(verifyWith(sign(kEnvelope, 5, true, pki.cert, pki.key), pki.otherCert), 11213);
 }
 
-// The caller's certificate comes before the message's own token.
+// The caller's certificate comes before the message's own token, also when the
+// token's key is read after it.
 TEST(SoapVerifyCert, OverridesTheMessagesToken) {
     Pki pki;
-    const std::string message = sign(kEnvelope, 2, false, pki.cert, pki.key);
+    std::string message = sign(kEnvelope, 2, false, pki.cert, pki.key);
     EXPECT_EQ(verifyWith(message, pki.otherCert), 11213);
     EXPECT_EQ(verifyWith(message, pki.cert), 0);
+    ScopedHandle h;
+    ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], len(message)), 0);
+    int isSigned = 0;
+    ASSERT_EQ(VQTK_SOAPSEC_GetSignKeyInfo(h, &isSigned), 0);
+    ASSERT_EQ(VQTK_SOAPSEC_SetVerifyCert(h, bytes(pki.otherCert), len(pki.otherCert)), 0);
+    ASSERT_EQ(VQTK_SOAPSEC_GetSignKeyInfo(h, &isSigned), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_ProcessSOAP(h), 11213);
 }
 
 TEST(SoapVerifyCert, KcdsaSignerNamedByIssuerSerial) {
