@@ -171,6 +171,9 @@ public:
     int SOAPSEC_getSOAPEncInfo(int* isEncrypted);
     int SOAPSEC_decryptKeyWrapKey(unsigned char* cert, int certLen, unsigned char* key, int keyLen);
     int SOAPSEC_processSOAP();
+    /* The signer's certificate (DER or PEM) for a message that names it only by
+     * issuer and serial; its key verifies the signature ahead of any token. */
+    int SOAPSEC_setVerifyCert(unsigned char* cert, int certLen);
     /* Reads one wsse:SecurityTokenReference (key information reading). */
     int getSecTokenRefInfo(class VQXML_WSSecSecurityTokenReference* ref);
 
