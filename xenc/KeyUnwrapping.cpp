@@ -25,7 +25,6 @@
 #include <xercesc/dom/DOM.hpp>
 #include <xsec/dsig/DSIGKeyInfoList.hpp>
 #include <xsec/dsig/DSIGKeyInfoX509.hpp>
-#include <xsec/enc/OpenSSL/OpenSSLCryptoX509.hpp>
 #include <xsec/enc/XSECCryptoSymmetricKey.hpp>
 #include <xsec/xenc/XENCEncryptedData.hpp>
 #include <xsec/xenc/XENCEncryptedKey.hpp>
@@ -37,6 +36,7 @@
 #include "engine/NameComparison.hpp"
 #include "engine/VQTKCryptoKeyRSA.hpp"
 #include "engine/VQTKCryptoSymmetricKey.hpp"
+#include "engine/VQTKCryptoX509.hpp"
 #include "engine/VQXMLXENCCipher.hpp"
 #include "engine/XencReferences.hpp"
 #include "xenc/KeyBuffer.hpp"
@@ -99,10 +99,7 @@ void fillFromCertificate(RecipientNames& names, const X509* cert, const char* su
 }
 
 const X509* firstCertificateOf(const DSIGKeyInfoX509* x509) {
-    if (x509->getCertificateListSize() == 0)
-        return nullptr;
-    const auto* openssl = dynamic_cast<const OpenSSLCryptoX509*>(x509->getCertificateCryptoItem(0));
-    return openssl != nullptr ? openssl->getOpenSSLX509() : nullptr;
+    return x509->getCertificateListSize() > 0 ? vqxml::opensslCertificate(x509->getCertificateCryptoItem(0)) : nullptr;
 }
 
 RecipientNames namesIn(XENCEncryptedKey* key, const char* subjectEncoding, bool completeFromCertificate) {
