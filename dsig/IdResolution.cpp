@@ -44,9 +44,18 @@ int elementsWithId(const DOMDocument* doc, const XMLCh* id) {
 
 }  // namespace
 
-void enableIdAttributes(DSIGSignature* signature) {
+void enableIdAttributes(DSIGSignature*& signature) {
     signature->setIdByAttributeName(true);
-    signature->registerIdAttributeNameNS(kWsuNamespace, u"Id");
+    try {
+        signature->registerIdAttributeNameNS(kWsuNamespace, u"Id");
+    } catch (...) {
+        // The engine lists the name's entry before copying the strings into it, so
+        // an allocation failure there leaves an indeterminate pointer that the
+        // signature's destructor would free. Such a signature can never be
+        // destroyed safely: it is given up (left allocated) rather than crash.
+        signature = nullptr;
+        throw;
+    }
 }
 
 void checkReferencedIds(const DSIGSignature* signature) {

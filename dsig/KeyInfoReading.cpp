@@ -16,6 +16,7 @@
 #include "core/ErrorFrame.hpp"
 #include "core/Transcode.hpp"
 #include "engine/VQTKCryptoKeyKCDSA.hpp"
+#include "engine/VQTKCryptoKeyRSA.hpp"
 #include "engine/korean/KcdsaEncoding.hpp"
 #include "engine/wssec/TokenKeys.hpp"
 #include "engine/wssec/VQXML_WSSecSecurity.hpp"
@@ -129,6 +130,8 @@ XSECCryptoKey* VQXML_XMLSecurity::publicKeyOf(const XSECCryptoX509* cert) {
     const X509* x509 = opensslCertificate(cert);
     if (x509 != nullptr && vqxml::korean::isKcdsaPublicKey(X509_get_X509_PUBKEY(x509)))
         return createKCDSAKey(m_cert, m_certLen, nullptr, 0);
+    if (x509 != nullptr && VQTKCryptoKeyRSA::hasRsaKey(x509))
+        return VQTKCryptoKeyRSA::publicKeyOf(x509);
     return cert->clonePublicKey();
 }
 

@@ -27,8 +27,7 @@ int VQXML_XMLSecurity::XMLDSIG_setSignXMLDocument(char* xml, int len) {
             throw VQXML_XSECException(10212);
         loadDocument(xml, len);
         m_signature = g_provider->newSignatureFromDOM(m_document);
-        VQXML_URIResolver verifyingReader(m_allowExternalReferences);
-        m_signature->setURIResolver(&verifyingReader);
+        vqxml::installURIResolver(*m_signature, m_allowExternalReferences);
         vqxml::enableIdAttributes(m_signature);
         // A key the key information reader installs comes first; the engine's own
         // resolver serves signatures that carry only a KeyValue.

@@ -5,6 +5,7 @@
 #include <openssl/provider.h>
 #include <xercesc/util/XMLUniDefs.hpp>
 
+#include "engine/VQTKCryptoHash.hpp"
 #include "engine/VQTKCryptoKeyKCDSA.hpp"
 #include "engine/VQTKCryptoSymmetricKey.hpp"
 
@@ -29,6 +30,10 @@ XSECCryptoSymmetricKey* VQTKCryptoProvider::keySymmetric(int type) const {
     if (type >= XSECCryptoSymmetricKey::KEY_3DES_192 && type <= XSECCryptoSymmetricKey::KEY_AES_256)
         return keySymmetric(static_cast<XSECCryptoSymmetricKey::SymmetricKeyType>(type));
     return VQTKCryptoSymmetricKey::forTypeCode(type);
+}
+
+XSECCryptoHash* VQTKCryptoProvider::hash(XSECCryptoHash::HashType type) const {
+    return new VQTKCryptoHash(type);
 }
 
 VQTKCryptoKeyKCDSA* VQTKCryptoProvider::keyKCDSA() const {

@@ -18,6 +18,9 @@ public:
     // VQTKCryptoSymmetricKey); null for any other type. The caller owns it.
     XSECCryptoSymmetricKey* keySymmetric(int type) const;
 
+    // A digest that reports OpenSSL's failures (VQTKCryptoHash.hpp says why).
+    XSECCryptoHash* hash(XSECCryptoHash::HashType type) const override;
+
     // An empty KCDSA key object to load a certificate and/or private key into.
     VQTKCryptoKeyKCDSA* keyKCDSA() const;
 };

@@ -12,6 +12,7 @@
 #include "engine/CertificateNames.hpp"
 #include "engine/NameComparison.hpp"
 #include "engine/VQTKCryptoKeyKCDSA.hpp"
+#include "engine/VQTKCryptoKeyRSA.hpp"
 #include "engine/korean/KcdsaEncoding.hpp"
 #include "engine/wssec/VQXML_WSSecSecurityTokenReference.hpp"
 #include "engine/wssec/WssNames.hpp"
@@ -37,6 +38,8 @@ bool sameText(const XMLCh* stated, const std::string& actual) {
 
 XSECCryptoKey* publicKeyOf(const XSECCryptoX509& cert) {
     const X509* x509 = opensslCertificate(cert);
+    if (VQTKCryptoKeyRSA::hasRsaKey(x509))
+        return VQTKCryptoKeyRSA::publicKeyOf(x509);
     if (!vqxml::korean::isKcdsaPublicKey(X509_get_X509_PUBKEY(x509)))
         return cert.clonePublicKey();
     unsigned char* der = nullptr;
