@@ -1,6 +1,7 @@
 #include "dsig/IdResolution.hpp"
 
 #include <xercesc/dom/DOM.hpp>
+#include <xercesc/util/OutOfMemoryException.hpp>
 #include <xsec/dsig/DSIGReference.hpp>
 #include <xsec/dsig/DSIGReferenceList.hpp>
 #include <xsec/dsig/DSIGSignature.hpp>
@@ -48,11 +49,12 @@ void enableIdAttributes(DSIGSignature*& signature) {
     signature->setIdByAttributeName(true);
     try {
         signature->registerIdAttributeNameNS(kWsuNamespace, u"Id");
-    } catch (...) {
-        // The engine lists the name's entry before copying the strings into it, so
-        // an allocation failure there leaves an indeterminate pointer that the
-        // signature's destructor would free. Such a signature can never be
-        // destroyed safely: it is given up (left allocated) rather than crash.
+    } catch (const OutOfMemoryException&) {
+        // The engine lists the name's entry before copying the strings into it
+        // (copies that fail with this exception), so the entry keeps an
+        // indeterminate pointer that the signature's destructor would free. Such a
+        // signature can never be destroyed safely: it is given up (left allocated)
+        // rather than crash. A failure before the entry is listed is std::bad_alloc.
         signature = nullptr;
         throw;
     }

@@ -8,7 +8,8 @@ namespace vqxml {
 
 // Lets "#x" references find elements by an attribute named Id or id (and wsu:Id),
 // as well as by attributes the document declares as IDs. If that fails for want of
-// memory, signature is set to null: the object cannot be released safely.
+// memory at the wrong moment, signature is set to null: the object cannot be
+// released safely.
 void enableIdAttributes(DSIGSignature*& signature);
 
 // Refuses (XSECException, naming the Id) a signature that references an Id no
