@@ -9,14 +9,15 @@
 #include <xsec/dsig/DSIGKeyInfoName.hpp>
 #include <xsec/dsig/DSIGKeyInfoX509.hpp>
 #include <xsec/dsig/DSIGSignature.hpp>
-#include <xsec/enc/OpenSSL/OpenSSLCryptoX509.hpp>
 #include <xsec/xenc/XENCEncryptedKey.hpp>
 #include <xsec/xenc/XENCEncryptionMethod.hpp>
 
 #include "core/ErrorFrame.hpp"
 #include "core/Transcode.hpp"
+#include "engine/CertificateEncoding.hpp"
 #include "engine/VQTKCryptoKeyKCDSA.hpp"
 #include "engine/VQTKCryptoKeyRSA.hpp"
+#include "engine/VQTKCryptoX509.hpp"
 #include "engine/korean/KcdsaEncoding.hpp"
 #include "engine/wssec/TokenKeys.hpp"
 #include "engine/wssec/VQXML_WSSecSecurity.hpp"
@@ -26,10 +27,7 @@ XERCES_CPP_NAMESPACE_USE
 
 namespace {
 
-const X509* opensslCertificate(const XSECCryptoX509* cert) {
-    const auto* openssl = dynamic_cast<const OpenSSLCryptoX509*>(cert);
-    return openssl != nullptr ? openssl->getOpenSSLX509() : nullptr;
-}
+using vqxml::opensslCertificate;
 
 // X509Data may carry a whole chain, in any order: the signer's certificate is the
 // one that issued none of the others. With no such single certificate, the first.
@@ -122,7 +120,7 @@ void VQXML_XMLSecurity::readX509Data(DSIGKeyInfoX509* x509, const char* subjectE
     const XSECCryptoX509* cert = x509->getCertificateCryptoItem(signerCertificateIndex(x509));
     storeCertificate(cert);
     if (m_signature != nullptr)
-        m_signature->setSigningKey(publicKeyOf(cert));
+        setSigningKey(publicKeyOf(cert));
 }
 
 // OpenSSL cannot decode a KCDSA public key: such certificates get our key object.
@@ -140,18 +138,15 @@ void VQXML_XMLSecurity::storeCertificate(const XSECCryptoX509* cert) {
     const X509* x509 = opensslCertificate(cert);
     if (x509 == nullptr)
         throw VQXML_XSECException(VQXML_ERR_CRYPTO_PROVIDER, "The certificate could not be read");
-    unsigned char* der = nullptr;
-    const int len = i2d_X509(x509, &der);
-    if (len <= 0)
+    const std::vector<unsigned char> der = vqxml::encodeCertificate(x509);
+    if (der.empty())
         throw VQXML_XSECException(VQXML_ERR_CRYPTO_PROVIDER, "The certificate could not be encoded");
     freeAndClear(m_cert);
-    m_cert = static_cast<unsigned char*>(std::malloc(static_cast<size_t>(len)));
-    if (m_cert != nullptr)
-        std::memcpy(m_cert, der, static_cast<size_t>(len));
-    OPENSSL_free(der);
+    m_cert = static_cast<unsigned char*>(std::malloc(der.size()));
     if (m_cert == nullptr)
         throw std::bad_alloc();
-    m_certLen = len;
+    std::memcpy(m_cert, der.data(), der.size());
+    m_certLen = static_cast<int>(der.size());
 }
 
 int VQXML_XMLSecurity::getEncryptedKeyInfo(XENCEncryptedKey* key) {
@@ -196,7 +191,7 @@ int VQXML_XMLSecurity::getSecTokenRefInfo(VQXML_WSSecSecurityTokenReference* ref
                 if (m_wsSecurity != nullptr)
                     m_wsSecurity->setSigningKey(vqxml::wss::publicKeyOf(*cert));
                 else if (m_signature != nullptr)
-                    m_signature->setSigningKey(vqxml::wss::publicKeyOf(*cert));
+                    setSigningKey(vqxml::wss::publicKeyOf(*cert));
             }
             break;
         case VQXML_WSSecSecurityTokenReference::ISSUER_SERIAL:

@@ -10,6 +10,7 @@
 #include <xsec/enc/XSECCryptoException.hpp>
 
 #include "engine/Base64.hpp"
+#include "engine/CertificateEncoding.hpp"
 #include "engine/CertificateNames.hpp"
 #include "engine/KeyCache.hpp"
 #include "engine/OpenSSLInput.hpp"
@@ -21,12 +22,13 @@ namespace {
 }
 
 std::vector<unsigned char> publicParameter(EVP_PKEY* key, const char* name) {
-    BIGNUM* n = nullptr;
-    if (EVP_PKEY_get_bn_param(key, name, &n) != 1)
+    BIGNUM* raw = nullptr;
+    const int got = EVP_PKEY_get_bn_param(key, name, &raw);
+    const std::unique_ptr<BIGNUM, void (*)(BIGNUM*)> n(raw, &BN_free);  // also when got failed
+    if (got != 1)
         fail("The RSA key has no public part");
-    std::vector<unsigned char> out(static_cast<size_t>(BN_num_bytes(n)));
-    BN_bn2bin(n, out.data());
-    BN_free(n);
+    std::vector<unsigned char> out(static_cast<size_t>(BN_num_bytes(n.get())));
+    BN_bn2bin(n.get(), out.data());
     return out;
 }
 
@@ -150,12 +152,8 @@ VQTKCryptoKeyRSA::VQTKCryptoKeyRSA(std::shared_ptr<EVP_PKEY> key, std::shared_pt
     if (getKeyType() != expected)
         fail("OpenSSL:RSA - cannot copy the key");
     if (m_cert) {
-        unsigned char* der = nullptr;
-        const int len = i2d_X509(m_cert.get(), &der);
-        if (len > 0)
-            m_certDER.assign(der, der + len);
-        OPENSSL_free(der);
-        if (len <= 0)
+        m_certDER = vqxml::encodeCertificate(m_cert.get());
+        if (m_certDER.empty())
             throw XSECCryptoException(XSECCryptoException::RSAError, "OpenSSL:RSA - cannot encode the certificate");
     }
 }

@@ -8,6 +8,7 @@
 #include "engine/VQTKCryptoHash.hpp"
 #include "engine/VQTKCryptoKeyKCDSA.hpp"
 #include "engine/VQTKCryptoSymmetricKey.hpp"
+#include "engine/VQTKCryptoX509.hpp"
 
 XERCES_CPP_NAMESPACE_USE
 
@@ -34,6 +35,10 @@ XSECCryptoSymmetricKey* VQTKCryptoProvider::keySymmetric(int type) const {
 
 XSECCryptoHash* VQTKCryptoProvider::hash(XSECCryptoHash::HashType type) const {
     return new VQTKCryptoHash(type);
+}
+
+XSECCryptoX509* VQTKCryptoProvider::X509() const {
+    return new VQTKCryptoX509();
 }
 
 VQTKCryptoKeyKCDSA* VQTKCryptoProvider::keyKCDSA() const {

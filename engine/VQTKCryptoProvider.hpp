@@ -21,6 +21,9 @@ public:
     // A digest that reports OpenSSL's failures (VQTKCryptoHash.hpp says why).
     XSECCryptoHash* hash(XSECCryptoHash::HashType type) const override;
 
+    // A certificate object that shares decoded certificates (VQTKCryptoX509).
+    XSECCryptoX509* X509() const override;
+
     // An empty KCDSA key object to load a certificate and/or private key into.
     VQTKCryptoKeyKCDSA* keyKCDSA() const;
 };

@@ -61,9 +61,17 @@ XString decimal(unsigned n) {
 
 }  // namespace
 
+// The engine's cipher is made after every member (a member that fails to
+// construct would otherwise leak it) and given back if marking the document fails.
 VQXML_XENCCipher::VQXML_XENCCipher(XSECProvider& provider, DOMDocument* doc)
-    : m_provider(provider), m_engine(provider.newCipher(doc)) {
-    doc->setUserData(kCipherMark, this, nullptr);
+    : m_provider(provider), m_engine(nullptr) {
+    m_engine = provider.newCipher(doc);
+    try {
+        doc->setUserData(kCipherMark, this, nullptr);
+    } catch (...) {
+        provider.releaseCipher(m_engine);
+        throw;
+    }
 }
 
 VQXML_XENCCipher::~VQXML_XENCCipher() {

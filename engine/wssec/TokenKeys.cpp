@@ -5,14 +5,15 @@
 
 #include <openssl/x509.h>
 #include <xercesc/dom/DOM.hpp>
-#include <xsec/enc/OpenSSL/OpenSSLCryptoX509.hpp>
 
 #include "core/Transcode.hpp"
 #include "core/VQXMLException.hpp"
+#include "engine/CertificateEncoding.hpp"
 #include "engine/CertificateNames.hpp"
 #include "engine/NameComparison.hpp"
 #include "engine/VQTKCryptoKeyKCDSA.hpp"
 #include "engine/VQTKCryptoKeyRSA.hpp"
+#include "engine/VQTKCryptoX509.hpp"
 #include "engine/korean/KcdsaEncoding.hpp"
 #include "engine/wssec/VQXML_WSSecSecurityTokenReference.hpp"
 #include "engine/wssec/WssNames.hpp"
@@ -24,10 +25,10 @@ namespace vqxml::wss {
 namespace {
 
 const X509* opensslCertificate(const XSECCryptoX509& cert) {
-    const auto* openssl = dynamic_cast<const OpenSSLCryptoX509*>(&cert);
-    if (openssl == nullptr || openssl->getOpenSSLX509() == nullptr)
+    const X509* x509 = vqxml::opensslCertificate(&cert);
+    if (x509 == nullptr)
         throw VQXML_XSECException(10508, "The security token holds no readable certificate");
-    return openssl->getOpenSSLX509();
+    return x509;
 }
 
 bool sameText(const XMLCh* stated, const std::string& actual) {
@@ -42,12 +43,10 @@ XSECCryptoKey* publicKeyOf(const XSECCryptoX509& cert) {
         return VQTKCryptoKeyRSA::publicKeyOf(x509);
     if (!vqxml::korean::isKcdsaPublicKey(X509_get_X509_PUBKEY(x509)))
         return cert.clonePublicKey();
-    unsigned char* der = nullptr;
-    const int len = i2d_X509(x509, &der);
-    if (len <= 0)
+    const std::vector<unsigned char> der = vqxml::encodeCertificate(x509);
+    if (der.empty())
         throw VQXML_XSECException(10508, "The certificate could not be encoded");
-    std::unique_ptr<unsigned char, void (*)(void*)> owned(der, [](void* p) { OPENSSL_free(p); });
-    return vqxml::createKCDSAKey(der, len, nullptr, 0);
+    return vqxml::createKCDSAKey(der.data(), static_cast<int>(der.size()), nullptr, 0);
 }
 
 XSECCryptoKey* keyOfTokenIn(const DOMElement* security, const XMLCh* issuer, const XMLCh* serial) {
