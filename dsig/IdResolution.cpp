@@ -8,6 +8,7 @@
 #include <xsec/framework/XSECException.hpp>
 
 #include "core/Transcode.hpp"
+#include "engine/ParkedObjects.hpp"
 
 XERCES_CPP_NAMESPACE_USE
 
@@ -55,6 +56,7 @@ void enableIdAttributes(DSIGSignature*& signature) {
         // indeterminate pointer that the signature's destructor would free. Such a
         // signature can never be destroyed safely: it is given up (left allocated)
         // rather than crash. A failure before the entry is listed is std::bad_alloc.
+        park(signature);
         signature = nullptr;
         throw;
     }

@@ -13,6 +13,7 @@
 #include "core/Transcode.hpp"
 #include "engine/Base64.hpp"
 #include "engine/CertificateAppending.hpp"
+#include "engine/ParkedObjects.hpp"
 #include "engine/VQTKCryptoKeyKCDSA.hpp"
 #include "engine/VQTKCryptoKeyRSA.hpp"
 
@@ -76,6 +77,7 @@ void VQXML_XMLSecurity::describeSigner(DSIGKeyInfoX509* x509, const Key& key, bo
     writeX509Names(x509, key.subjectName(), key.issuerName(), key.serialNumber());
     if (withCertificate) {
         vqxml::appendX509Certificate(*x509, key.certificateDER(), [this] {
+            vqxml::park(m_signature);
             m_signature = nullptr;
             m_signingKey = nullptr;
             m_signatureElement = nullptr;

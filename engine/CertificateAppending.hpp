@@ -13,8 +13,7 @@ namespace vqxml {
 // certificate's holder before it makes the object inside it, so when that
 // allocation fails the list keeps an indeterminate pointer that x509's destructor
 // would delete. giveUpOwner is then called, so that the caller never destroys the
-// object that owns x509 (leaving it allocated is the only safe way out); every
-// failure is rethrown.
+// object that owns x509 but parks it (ParkedObjects.hpp); every failure is rethrown.
 void appendX509Certificate(DSIGKeyInfoX509& x509, const std::vector<unsigned char>& der, const std::function<void()>& giveUpOwner);
 
 }  // namespace vqxml

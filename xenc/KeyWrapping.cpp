@@ -19,6 +19,7 @@
 #include "core/ErrorFrame.hpp"
 #include "core/Transcode.hpp"
 #include "engine/CertificateAppending.hpp"
+#include "engine/ParkedObjects.hpp"
 #include "engine/VQTKCryptoKeyRSA.hpp"
 #include "engine/VQTKCryptoSymmetricKey.hpp"
 #include "engine/VQXMLXENCCipher.hpp"
@@ -105,6 +106,6 @@ XENCEncryptedKey* VQXML_XMLSecurity::wrapSessionKey(XENCCipher& cipher, const XM
         encryptedKey->getEncryptionMethod()->setDigestMethod(kSha1);
     DSIGKeyInfoX509* x509 = encryptedKey->appendX509Data();
     writeX509Names(x509, rsa->subjectName(), rsa->issuerName(), rsa->serialNumber());
-    vqxml::appendX509Certificate(*x509, rsa->certificateDER(), [&] { encryptedKey.release(); });
+    vqxml::appendX509Certificate(*x509, rsa->certificateDER(), [&] { vqxml::park(encryptedKey.release()); });
     return encryptedKey.release();
 }
