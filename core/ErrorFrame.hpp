@@ -4,6 +4,7 @@
 
 #include <new>
 
+#include <xercesc/util/OutOfMemoryException.hpp>
 #include <xsec/enc/XSECCryptoException.hpp>
 
 #include "core/VQXMLException.hpp"
@@ -27,6 +28,9 @@ int guarded(VQXML_XMLSecurity& ctx, const char* prefix, Body&& body) noexcept {
     } catch (const XSECCryptoException& e) {
         return ctx.ProcessExceptionMessage(VQXML_ERR_CRYPTO_PROVIDER, prefix, e.getMsg());
     } catch (const std::bad_alloc&) {
+        return ctx.ProcessExceptionMessage(VQXML_ERR_MEMORY, prefix, standardErrorText(VQXML_ERR_MEMORY));
+    } catch (const XERCES_CPP_NAMESPACE::OutOfMemoryException&) {
+        // The parser's memory manager turns every failed allocation into this.
         return ctx.ProcessExceptionMessage(VQXML_ERR_MEMORY, prefix, standardErrorText(VQXML_ERR_MEMORY));
     } catch (...) {
         return ctx.ProcessExceptionMessage(VQXML_ERR_UNKNOWN, prefix, kUnknownErrorText);

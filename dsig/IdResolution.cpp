@@ -1,12 +1,14 @@
 #include "dsig/IdResolution.hpp"
 
 #include <xercesc/dom/DOM.hpp>
+#include <xercesc/util/OutOfMemoryException.hpp>
 #include <xsec/dsig/DSIGReference.hpp>
 #include <xsec/dsig/DSIGReferenceList.hpp>
 #include <xsec/dsig/DSIGSignature.hpp>
 #include <xsec/framework/XSECException.hpp>
 
 #include "core/Transcode.hpp"
+#include "engine/ParkedObjects.hpp"
 
 XERCES_CPP_NAMESPACE_USE
 
@@ -44,9 +46,20 @@ int elementsWithId(const DOMDocument* doc, const XMLCh* id) {
 
 }  // namespace
 
-void enableIdAttributes(DSIGSignature* signature) {
+void enableIdAttributes(DSIGSignature*& signature) {
     signature->setIdByAttributeName(true);
-    signature->registerIdAttributeNameNS(kWsuNamespace, u"Id");
+    try {
+        signature->registerIdAttributeNameNS(kWsuNamespace, u"Id");
+    } catch (const OutOfMemoryException&) {
+        // The engine lists the name's entry before copying the strings into it
+        // (copies that fail with this exception), so the entry keeps an
+        // indeterminate pointer that the signature's destructor would free. Such a
+        // signature can never be destroyed safely: it is given up (left allocated)
+        // rather than crash. A failure before the entry is listed is std::bad_alloc.
+        park(signature);
+        signature = nullptr;
+        throw;
+    }
 }
 
 void checkReferencedIds(const DSIGSignature* signature) {

@@ -7,8 +7,10 @@ class DSIGSignature;
 namespace vqxml {
 
 // Lets "#x" references find elements by an attribute named Id or id (and wsu:Id),
-// as well as by attributes the document declares as IDs.
-void enableIdAttributes(DSIGSignature* signature);
+// as well as by attributes the document declares as IDs. If that fails for want of
+// memory at the wrong moment, signature is set to null: the object cannot be
+// released safely.
+void enableIdAttributes(DSIGSignature*& signature);
 
 // Refuses (XSECException, naming the Id) a signature that references an Id no
 // element carries, or one that more than one element carries: which of them the

@@ -14,7 +14,9 @@
 
 #include "core/ErrorFrame.hpp"
 #include "core/Transcode.hpp"
+#include "engine/CertificateEncoding.hpp"
 #include "engine/VQTKCryptoKeyKCDSA.hpp"
+#include "engine/VQTKCryptoKeyRSA.hpp"
 #include "engine/VQTKCryptoX509.hpp"
 #include "engine/korean/KcdsaEncoding.hpp"
 #include "engine/wssec/TokenKeys.hpp"
@@ -126,6 +128,8 @@ XSECCryptoKey* VQXML_XMLSecurity::publicKeyOf(const XSECCryptoX509* cert) {
     const X509* x509 = opensslCertificate(cert);
     if (x509 != nullptr && vqxml::korean::isKcdsaPublicKey(X509_get_X509_PUBKEY(x509)))
         return createKCDSAKey(m_cert, m_certLen, nullptr, 0);
+    if (x509 != nullptr && VQTKCryptoKeyRSA::hasRsaKey(x509))
+        return VQTKCryptoKeyRSA::publicKeyOf(x509);
     return cert->clonePublicKey();
 }
 
@@ -134,18 +138,15 @@ void VQXML_XMLSecurity::storeCertificate(const XSECCryptoX509* cert) {
     const X509* x509 = opensslCertificate(cert);
     if (x509 == nullptr)
         throw VQXML_XSECException(VQXML_ERR_CRYPTO_PROVIDER, "The certificate could not be read");
-    unsigned char* der = nullptr;
-    const int len = i2d_X509(x509, &der);
-    if (len <= 0)
+    const std::vector<unsigned char> der = vqxml::encodeCertificate(x509);
+    if (der.empty())
         throw VQXML_XSECException(VQXML_ERR_CRYPTO_PROVIDER, "The certificate could not be encoded");
     freeAndClear(m_cert);
-    m_cert = static_cast<unsigned char*>(std::malloc(static_cast<size_t>(len)));
-    if (m_cert != nullptr)
-        std::memcpy(m_cert, der, static_cast<size_t>(len));
-    OPENSSL_free(der);
+    m_cert = static_cast<unsigned char*>(std::malloc(der.size()));
     if (m_cert == nullptr)
         throw std::bad_alloc();
-    m_certLen = len;
+    std::memcpy(m_cert, der.data(), der.size());
+    m_certLen = static_cast<int>(der.size());
 }
 
 int VQXML_XMLSecurity::getEncryptedKeyInfo(XENCEncryptedKey* key) {

@@ -78,8 +78,7 @@ int VQXML_XMLSecurity::XMLDSIG_setXMLDocument(char* xml, int len) {
         m_signature = g_provider->newSignature();
         m_signature->setPrettyPrint(true);
         vqxml::enableIdAttributes(m_signature);
-        VQXML_URIResolver signingReader(true);
-        m_signature->setURIResolver(&signingReader);
+        vqxml::installURIResolver(*m_signature, true);
     });
 }
 

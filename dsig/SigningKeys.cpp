@@ -12,6 +12,8 @@
 #include "core/ErrorFrame.hpp"
 #include "core/Transcode.hpp"
 #include "engine/Base64.hpp"
+#include "engine/CertificateAppending.hpp"
+#include "engine/ParkedObjects.hpp"
 #include "engine/VQTKCryptoKeyKCDSA.hpp"
 #include "engine/VQTKCryptoKeyRSA.hpp"
 
@@ -73,8 +75,14 @@ int VQXML_XMLSecurity::XMLDSIG_setSignCertAndKey(unsigned char* cert, int certLe
 template <class Key>
 void VQXML_XMLSecurity::describeSigner(DSIGKeyInfoX509* x509, const Key& key, bool withCertificate) {
     writeX509Names(x509, key.subjectName(), key.issuerName(), key.serialNumber());
-    if (withCertificate)
-        x509->appendX509Certificate(vqxml::base64Encode(key.certificateDER()).c_str());
+    if (withCertificate) {
+        vqxml::appendX509Certificate(*x509, key.certificateDER(), [this] {
+            vqxml::park(m_signature);
+            m_signature = nullptr;
+            m_signingKey = nullptr;
+            m_signatureElement = nullptr;
+        });
+    }
 }
 
 void VQXML_XMLSecurity::writeX509Names(DSIGKeyInfoX509* x509, const std::string& subject, const std::string& issuer,

@@ -28,8 +28,7 @@ int VQXML_XMLSecurity::XMLDSIG_setSignXMLDocument(char* xml, int len) {
             throw VQXML_XSECException(10212);
         loadDocument(xml, len);
         m_signature = g_provider->newSignatureFromDOM(m_document);
-        VQXML_URIResolver verifyingReader(m_allowExternalReferences);
-        m_signature->setURIResolver(&verifyingReader);
+        vqxml::installURIResolver(*m_signature, m_allowExternalReferences);
         vqxml::enableIdAttributes(m_signature);
         // Key information the engine would loop on or leak is refused before it loads.
         m_signatureElement = static_cast<DOMElement*>(findDSIGNode(m_document, u"Signature"));

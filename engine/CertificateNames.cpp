@@ -2,10 +2,10 @@
 
 #include <cctype>
 #include <memory>
-#include <stdexcept>
 
 #include <openssl/bn.h>
 #include <openssl/objects.h>
+#include <xsec/enc/XSECCryptoException.hpp>
 
 #include "engine/korean/OpenSSLPtr.hpp"
 
@@ -64,7 +64,7 @@ std::string hexOfDer(const ASN1_STRING* value) {
     unsigned char* der = nullptr;
     int len = i2d_ASN1_TYPE(&t, &der);
     if (len <= 0)
-        throw std::runtime_error("cannot encode a name attribute");
+        throw XSECCryptoException(XSECCryptoException::GeneralError, "OpenSSL: cannot encode a name attribute");
     static const char digits[] = "0123456789abcdef";
     std::string out = "#";
     for (int i = 0; i < len; ++i) {
@@ -129,10 +129,10 @@ std::string certificateSerialDecimal(const X509* cert) {
         return std::string();
     korean::OpenSSLPtr<BIGNUM, BN_free> bn(ASN1_INTEGER_to_BN(X509_get0_serialNumber(cert), nullptr));
     if (!bn)
-        throw std::runtime_error("cannot read the certificate serial number");
+        throw XSECCryptoException(XSECCryptoException::GeneralError, "OpenSSL: cannot read the certificate serial number");
     char* text = BN_bn2dec(bn.get());
     if (text == nullptr)
-        throw std::runtime_error("cannot write the certificate serial number");
+        throw XSECCryptoException(XSECCryptoException::GeneralError, "OpenSSL: cannot write the certificate serial number");
     std::string out(text);
     OPENSSL_free(text);
     return out;

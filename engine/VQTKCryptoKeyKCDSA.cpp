@@ -7,6 +7,7 @@
 #include <openssl/pem.h>
 #include <xsec/enc/XSECCryptoException.hpp>
 
+#include "engine/CertificateEncoding.hpp"
 #include "engine/CertificateNames.hpp"
 #include "engine/CryptoErrorTranslation.hpp"
 #include "engine/OpenSSLInput.hpp"
@@ -81,12 +82,10 @@ void VQTKCryptoKeyKCDSA::loadCertificate(const unsigned char* bytes, int len) {
     auto key = dsa([spki] { return std::make_unique<KcdsaKey>(vqxml::korean::kcdsaKeyFromPublicKeyInfo(spki)); });
     if (m_privateKey && !m_privateKey->samePublicKey(*key))
         fail("The certificate does not belong to the loaded private key");
-    unsigned char* der = nullptr;
-    int derLen = i2d_X509(cert.get(), &der);
-    if (derLen <= 0)
+    std::vector<unsigned char> der = vqxml::encodeCertificate(cert.get());
+    if (der.empty())
         throw XSECCryptoException(XSECCryptoException::X509Error, "The certificate cannot be encoded");
-    m_certDER.assign(der, der + derLen);
-    OPENSSL_free(der);
+    m_certDER = std::move(der);
     m_cert = std::move(cert);
     m_certificateKey = std::move(key);
 }

@@ -1,5 +1,6 @@
 #include "engine/VQTKCryptoKeyRSA.hpp"
 
+#include <array>
 #include <cstring>
 
 #include <openssl/bn.h>
@@ -9,6 +10,7 @@
 #include <xsec/enc/XSECCryptoException.hpp>
 
 #include "engine/Base64.hpp"
+#include "engine/CertificateEncoding.hpp"
 #include "engine/CertificateNames.hpp"
 #include "engine/KeyCache.hpp"
 #include "engine/OpenSSLInput.hpp"
@@ -20,12 +22,13 @@ namespace {
 }
 
 std::vector<unsigned char> publicParameter(EVP_PKEY* key, const char* name) {
-    BIGNUM* n = nullptr;
-    if (EVP_PKEY_get_bn_param(key, name, &n) != 1)
+    BIGNUM* raw = nullptr;
+    const int got = EVP_PKEY_get_bn_param(key, name, &raw);
+    const std::unique_ptr<BIGNUM, void (*)(BIGNUM*)> n(raw, &BN_free);  // also when got failed
+    if (got != 1)
         fail("The RSA key has no public part");
-    std::vector<unsigned char> out(static_cast<size_t>(BN_num_bytes(n)));
-    BN_bn2bin(n, out.data());
-    BN_free(n);
+    std::vector<unsigned char> out(static_cast<size_t>(BN_num_bytes(n.get())));
+    BN_bn2bin(n.get(), out.data());
     return out;
 }
 
@@ -52,6 +55,28 @@ vqxml::ParsedKeyPair parse(const unsigned char* cert, int certLen, const unsigne
     return {std::shared_ptr<EVP_PKEY>(pkey.release(), &EVP_PKEY_free), std::move(x509)};
 }
 
+// Copies of a key's eight numbers (n, e, d, p, q and the CRT values), cleared and
+// freed unless released to a key.
+class Bignums {
+public:
+    explicit Bignums(const std::array<BIGNUM*, 8>& numbers) : m_numbers(numbers) {}
+    ~Bignums() {
+        for (BIGNUM* bn : m_numbers)
+            BN_clear_free(bn);
+    }
+    Bignums(const Bignums&) = delete;
+    Bignums& operator=(const Bignums&) = delete;
+    size_t size() const { return m_numbers.size(); }
+    BIGNUM* operator[](size_t i) const { return m_numbers[i]; }
+    void release(size_t from, size_t to) {
+        for (size_t i = from; i < to; ++i)
+            m_numbers[i] = nullptr;
+    }
+
+private:
+    std::array<BIGNUM*, 8> m_numbers;
+};
+
 const EVP_MD* digestOf(XSECCryptoHash::HashType type) {
     switch (type) {
     case XSECCryptoHash::HASH_SHA1: return EVP_sha1();
@@ -71,11 +96,11 @@ VQTKCryptoKeyRSA* VQTKCryptoKeyRSA::load(const unsigned char* cert, int certLen,
     // Public keys from certificates alone are cheap and not worth keeping.
     if (key == nullptr || keyLen <= 0) {
         vqxml::ParsedKeyPair pair = parse(cert, certLen, key, keyLen);
-        return new VQTKCryptoKeyRSA(std::move(pair.key), std::move(pair.cert));
+        return new VQTKCryptoKeyRSA(std::move(pair.key), std::move(pair.cert), KEY_RSA_PUBLIC);
     }
     vqxml::ParsedKeyPair pair =
         vqxml::cachedKeyPair(cert, certLen, key, keyLen, [&] { return parse(cert, certLen, key, keyLen); });
-    return new VQTKCryptoKeyRSA(std::move(pair.key), std::move(pair.cert));
+    return new VQTKCryptoKeyRSA(std::move(pair.key), std::move(pair.cert), KEY_RSA_PAIR);
 }
 
 // Signs with the shared key pair itself rather than the engine's copy of it, so
@@ -101,19 +126,71 @@ unsigned int VQTKCryptoKeyRSA::signSHA1PKCS1Base64Signature(unsigned char* hashB
     return static_cast<unsigned int>(text.size());
 }
 
-VQTKCryptoKeyRSA::VQTKCryptoKeyRSA(std::shared_ptr<EVP_PKEY> key, std::shared_ptr<X509> cert)
-    : OpenSSLCryptoKeyRSA(key.get()), m_pkey(std::move(key)), m_cert(std::move(cert)) {
+bool VQTKCryptoKeyRSA::hasRsaKey(const X509* cert) {
+    const EVP_PKEY* key = cert != nullptr ? X509_get0_pubkey(cert) : nullptr;
+    return key != nullptr && EVP_PKEY_get_base_id(key) == EVP_PKEY_RSA;
+}
+
+VQTKCryptoKeyRSA* VQTKCryptoKeyRSA::publicKeyOf(const X509* cert) {
+    if (X509_up_ref(const_cast<X509*>(cert)) != 1)
+        fail("OpenSSL:RSA - cannot hold the certificate");
+    std::shared_ptr<X509> x509(const_cast<X509*>(cert), &X509_free);
+    std::shared_ptr<EVP_PKEY> key(X509_get_pubkey(x509.get()), &EVP_PKEY_free);
+    if (!key || EVP_PKEY_get_base_id(key.get()) != EVP_PKEY_RSA)
+        fail("The key is not an RSA key");
+    return new VQTKCryptoKeyRSA(std::move(key), std::move(x509), KEY_RSA_PUBLIC);
+}
+
+// The engine's constructor from an EVP_PKEY goes on with a null RSA object or
+// missing numbers when OpenSSL runs out of memory, so the base is made empty and
+// the engine's copy of the key (which its verification and decryption use) is
+// filled in here with every step checked. A certificate that could not be
+// encoded is refused too, rather than found out in the middle of an operation.
+VQTKCryptoKeyRSA::VQTKCryptoKeyRSA(std::shared_ptr<EVP_PKEY> key, std::shared_ptr<X509> cert, KeyType expected)
+    : OpenSSLCryptoKeyRSA(nullptr), m_pkey(std::move(key)), m_cert(std::move(cert)) {
+    copyIntoEngineKey();
+    if (getKeyType() != expected)
+        fail("OpenSSL:RSA - cannot copy the key");
     if (m_cert) {
-        unsigned char* der = nullptr;
-        int len = i2d_X509(m_cert.get(), &der);
-        if (len > 0)
-            m_certDER.assign(der, der + len);
-        OPENSSL_free(der);
+        m_certDER = vqxml::encodeCertificate(m_cert.get());
+        if (m_certDER.empty())
+            throw XSECCryptoException(XSECCryptoException::RSAError, "OpenSSL:RSA - cannot encode the certificate");
     }
 }
 
+// The engine keeps its key as a legacy RSA object, which only the deprecated calls reach.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+void VQTKCryptoKeyRSA::copyIntoEngineKey() {
+    RSA* own = getOpenSSLRSA();
+    const RSA* from = EVP_PKEY_get0_RSA(m_pkey.get());
+    if (own == nullptr || from == nullptr)
+        fail("OpenSSL:RSA - cannot allocate the key");
+    const BIGNUM *n = nullptr, *e = nullptr, *d = nullptr, *p = nullptr, *q = nullptr;
+    const BIGNUM *dmp1 = nullptr, *dmq1 = nullptr, *iqmp = nullptr;
+    RSA_get0_key(from, &n, &e, &d);
+    RSA_get0_factors(from, &p, &q);
+    RSA_get0_crt_params(from, &dmp1, &dmq1, &iqmp);
+    Bignums copies({BN_dup(n), BN_dup(e), BN_dup(d), BN_dup(p), BN_dup(q), BN_dup(dmp1), BN_dup(dmq1),
+                    BN_dup(iqmp)});
+    const BIGNUM* const originals[] = {n, e, d, p, q, dmp1, dmq1, iqmp};
+    for (size_t i = 0; i < copies.size(); ++i)
+        if ((originals[i] != nullptr) != (copies[i] != nullptr))
+            fail("OpenSSL:RSA - cannot copy the key");
+    // Each set0 takes its numbers only when it succeeds.
+    if (n == nullptr || e == nullptr || RSA_set0_key(own, copies[0], copies[1], copies[2]) != 1)
+        fail("OpenSSL:RSA - cannot copy the key");
+    copies.release(0, 3);
+    if (p != nullptr && q != nullptr && RSA_set0_factors(own, copies[3], copies[4]) == 1)
+        copies.release(3, 5);
+    if (dmp1 != nullptr && dmq1 != nullptr && iqmp != nullptr &&
+        RSA_set0_crt_params(own, copies[5], copies[6], copies[7]) == 1)
+        copies.release(5, 8);
+}
+#pragma GCC diagnostic pop
+
 XSECCryptoKey* VQTKCryptoKeyRSA::clone() const {
-    return new VQTKCryptoKeyRSA(m_pkey, m_cert);
+    return new VQTKCryptoKeyRSA(m_pkey, m_cert, getKeyType());
 }
 
 std::string VQTKCryptoKeyRSA::subjectName() const {

@@ -21,6 +21,10 @@ public:
     // XSECCryptoException for bytes it cannot use.
     static VQTKCryptoKeyRSA* load(const unsigned char* cert, int certLen, const unsigned char* key, int keyLen);
 
+    // Whether cert (may be null) holds an RSA key OpenSSL can read, and that key.
+    static bool hasRsaKey(const X509* cert);
+    static VQTKCryptoKeyRSA* publicKeyOf(const X509* cert);
+
     XSECCryptoKey* clone() const override;
     unsigned int signSHA1PKCS1Base64Signature(unsigned char* hashBuf, unsigned int hashLen, char* base64SignatureBuf,
                                               unsigned int base64SignatureBufLen,
@@ -37,7 +41,8 @@ public:
     std::vector<unsigned char> exponent() const;
 
 private:
-    VQTKCryptoKeyRSA(std::shared_ptr<EVP_PKEY> key, std::shared_ptr<X509> cert);
+    VQTKCryptoKeyRSA(std::shared_ptr<EVP_PKEY> key, std::shared_ptr<X509> cert, KeyType expected);
+    void copyIntoEngineKey();
 
     std::shared_ptr<EVP_PKEY> m_pkey;
     std::shared_ptr<X509> m_cert;

@@ -5,6 +5,7 @@
 #include <openssl/provider.h>
 #include <xercesc/util/XMLUniDefs.hpp>
 
+#include "engine/VQTKCryptoHash.hpp"
 #include "engine/VQTKCryptoKeyKCDSA.hpp"
 #include "engine/VQTKCryptoSymmetricKey.hpp"
 #include "engine/VQTKCryptoX509.hpp"
@@ -30,6 +31,10 @@ XSECCryptoSymmetricKey* VQTKCryptoProvider::keySymmetric(int type) const {
     if (type >= XSECCryptoSymmetricKey::KEY_3DES_192 && type <= XSECCryptoSymmetricKey::KEY_AES_256)
         return keySymmetric(static_cast<XSECCryptoSymmetricKey::SymmetricKeyType>(type));
     return VQTKCryptoSymmetricKey::forTypeCode(type);
+}
+
+XSECCryptoHash* VQTKCryptoProvider::hash(XSECCryptoHash::HashType type) const {
+    return new VQTKCryptoHash(type);
 }
 
 XSECCryptoX509* VQTKCryptoProvider::X509() const {

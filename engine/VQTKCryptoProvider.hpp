@@ -18,6 +18,9 @@ public:
     // VQTKCryptoSymmetricKey); null for any other type. The caller owns it.
     XSECCryptoSymmetricKey* keySymmetric(int type) const;
 
+    // A digest that reports OpenSSL's failures (VQTKCryptoHash.hpp says why).
+    XSECCryptoHash* hash(XSECCryptoHash::HashType type) const override;
+
     // A certificate object that shares decoded certificates (VQTKCryptoX509).
     XSECCryptoX509* X509() const override;
 

@@ -8,12 +8,12 @@
 #include <xsec/dsig/DSIGConstants.hpp>
 #include <xsec/enc/OpenSSL/OpenSSLCryptoKeyDSA.hpp>
 #include <xsec/enc/OpenSSL/OpenSSLCryptoKeyEC.hpp>
-#include <xsec/enc/OpenSSL/OpenSSLCryptoKeyRSA.hpp>
 #include <xsec/enc/OpenSSL/OpenSSLCryptoX509.hpp>
 #include <xsec/enc/XSECCryptoException.hpp>
 
 #include "engine/Base64.hpp"
 #include "engine/RecentlyUsed.hpp"
+#include "engine/VQTKCryptoKeyRSA.hpp"
 #include "engine/VQTKCryptoProvider.hpp"
 
 namespace {
@@ -59,7 +59,8 @@ XSECCryptoKey* VQTKCryptoX509::clonePublicKey() const {
     const auto key = publicKeyOf(m_cert.get());
     switch (key ? EVP_PKEY_id(key.get()) : EVP_PKEY_NONE) {
     case EVP_PKEY_RSA:
-        return new OpenSSLCryptoKeyRSA(key.get());
+        // Ours checks what the engine's RSA constructor does not.
+        return VQTKCryptoKeyRSA::publicKeyOf(m_cert.get());
     case EVP_PKEY_DSA:
         return new OpenSSLCryptoKeyDSA(key.get());
     case EVP_PKEY_EC:

@@ -1,5 +1,7 @@
 #include "engine/VQXMLURIResolver.hpp"
 
+#include <new>
+
 #include <xercesc/util/BinMemInputStream.hpp>
 #include <xercesc/util/XMLString.hpp>
 #include <xsec/dsig/DSIGSignature.hpp>
@@ -48,7 +50,9 @@ void VQXML_URIResolver::setBaseURI(const XMLCh*) {
 }
 
 XSECURIResolver* VQXML_URIResolver::clone() {
-    return new VQXML_URIResolver(*this);
+    // The engine deletes a signature's resolver before it stores the clone, so a
+    // clone that threw would leave it a dangling pointer; a null one it can live with.
+    return new (std::nothrow) VQXML_URIResolver(*this);
 }
 
 void VQXML_URIResolver::keepAttachment(const XMLCh* contentId, const unsigned char* data, int length) {
@@ -57,6 +61,13 @@ void VQXML_URIResolver::keepAttachment(const XMLCh* contentId, const unsigned ch
 }
 
 namespace vqxml {
+
+void installURIResolver(DSIGSignature& signature, bool readExternal) {
+    VQXML_URIResolver resolver(readExternal);
+    signature.setURIResolver(&resolver);
+    if (signature.getURIResolver() == nullptr)
+        throw std::bad_alloc();
+}
 
 void addAttachment(DSIGSignature& signature, const XMLCh* contentId, const unsigned char* data, int length) {
     auto* resolver = dynamic_cast<VQXML_URIResolver*>(signature.getURIResolver());

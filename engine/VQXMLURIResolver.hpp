@@ -43,6 +43,10 @@ private:
 
 namespace vqxml {
 
+// Gives signature a VQXML_URIResolver that reads outside the document only when
+// readExternal is true.
+void installURIResolver(DSIGSignature& signature, bool readExternal);
+
 // The engine's attachment operation: a Reference of signature whose URI is "cid:"
 // followed by contentId takes these bytes (copied here) as its input. The
 // signature must have been given a VQXML_URIResolver (every signature the context

@@ -107,11 +107,17 @@ XString decimal(unsigned long n) {
 
 }  // namespace
 
+// The engine's cipher is made after every member (a member that fails to
+// construct would otherwise leak it) and given back if marking the document fails.
 VQXML_XENCCipher::VQXML_XENCCipher(XSECProvider& provider, DOMDocument* doc)
-    : m_provider(provider),
-      m_engine(provider.newCipher(doc)),
-      m_mark(XString(kCipherMark) + decimal(++g_ciphersMade)) {
-    doc->setDocumentURI(m_mark.c_str());
+    : m_provider(provider), m_engine(nullptr), m_mark(XString(kCipherMark) + decimal(++g_ciphersMade)) {
+    m_engine = provider.newCipher(doc);
+    try {
+        doc->setDocumentURI(m_mark.c_str());
+    } catch (...) {
+        provider.releaseCipher(m_engine);
+        throw;
+    }
 }
 
 VQXML_XENCCipher::~VQXML_XENCCipher() {

@@ -1,6 +1,7 @@
 #include <vqxml/mime/MimeEntity.h>
 #include <vqxml/mime/MimeText.h>
 
+#include <atomic>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -12,8 +13,8 @@ namespace {
 const char kContentType[] = "Content-Type";
 
 // Counter of generated boundaries, 1 to 9: two boundaries made in the same
-// second by the same object still differ.
-int s_nPartNumber = 0;
+// second by the same object still differ. Handles on several threads share it.
+std::atomic<unsigned> s_nPartNumber{0};
 
 bool StartsWithIgnoringCase(const char* text, const char* prefix) {
     size_t n = std::strlen(prefix);
@@ -118,11 +119,8 @@ void CMimeHeader::SetBoundary(const char* boundary) {
         std::srand(static_cast<unsigned>(std::time(nullptr)) ^ salt);
         int r1 = std::rand();
         int r2 = std::rand();
-        ++s_nPartNumber;
-        std::snprintf(generated, sizeof generated, "__=_Part_Boundary_%03d_%06d.%06d", s_nPartNumber,
-                      r2, r1);
-        if (s_nPartNumber > 8)
-            s_nPartNumber = 0;
+        const unsigned part = s_nPartNumber.fetch_add(1) % 9 + 1;
+        std::snprintf(generated, sizeof generated, "__=_Part_Boundary_%03u_%06d.%06d", part, r2, r1);
         boundary = generated;
     }
     CFieldList::iterator it = FindField(kContentType);

@@ -18,7 +18,8 @@
 
 #include "core/ErrorFrame.hpp"
 #include "core/Transcode.hpp"
-#include "engine/Base64.hpp"
+#include "engine/CertificateAppending.hpp"
+#include "engine/ParkedObjects.hpp"
 #include "engine/VQTKCryptoKeyRSA.hpp"
 #include "engine/VQTKCryptoSymmetricKey.hpp"
 #include "engine/VQXMLXENCCipher.hpp"
@@ -105,6 +106,6 @@ XENCEncryptedKey* VQXML_XMLSecurity::wrapSessionKey(XENCCipher& cipher, const XM
         encryptedKey->getEncryptionMethod()->setDigestMethod(kSha1);
     DSIGKeyInfoX509* x509 = encryptedKey->appendX509Data();
     writeX509Names(x509, rsa->subjectName(), rsa->issuerName(), rsa->serialNumber());
-    x509->appendX509Certificate(vqxml::base64Encode(rsa->certificateDER()).c_str());
+    vqxml::appendX509Certificate(*x509, rsa->certificateDER(), [&] { vqxml::park(encryptedKey.release()); });
     return encryptedKey.release();
 }

@@ -45,7 +45,12 @@ public:
     explicit EvpEngine(const EVP_MD* md) : m_md(md), m_ctx(EVP_MD_CTX_new()) {
         if (m_ctx == nullptr)
             throwOpenSSLError("cannot allocate a digest context");
-        restart();
+        try {
+            restart();
+        } catch (...) {
+            EVP_MD_CTX_free(m_ctx);
+            throw;
+        }
     }
     ~EvpEngine() override { EVP_MD_CTX_free(m_ctx); }
     void update(const std::uint8_t* data, std::size_t len) override {

@@ -1,5 +1,6 @@
 #include "engine/korean/KcdsaEncoding.hpp"
 
+#include <cstring>
 #include <memory>
 
 #include <openssl/asn1.h>
@@ -32,9 +33,15 @@ Object oid(const char* text) {
     return o;
 }
 
+// Compares the dotted text, written into a buffer of our own: a test that
+// allocates could fail for want of memory and turn a question into an error.
 bool isKcdsaOid(const ASN1_OBJECT* o) {
-    return o != nullptr &&
-           (OBJ_cmp(o, oid(kKcdsaOid).get()) == 0 || OBJ_cmp(o, oid(kIsoKcdsaOid).get()) == 0);
+    if (o == nullptr)
+        return false;
+    char text[80];
+    const int len = OBJ_obj2txt(text, sizeof text, o, 1);
+    return len > 0 && len < int(sizeof text) &&
+           (std::strcmp(text, kKcdsaOid) == 0 || std::strcmp(text, kIsoKcdsaOid) == 0);
 }
 
 Bignum integerToBignum(const ASN1_INTEGER* i, const char* what) {

@@ -8,9 +8,11 @@
 
 #include "core/Transcode.hpp"
 #include "core/VQXMLException.hpp"
+#include "engine/CertificateEncoding.hpp"
 #include "engine/CertificateNames.hpp"
 #include "engine/NameComparison.hpp"
 #include "engine/VQTKCryptoKeyKCDSA.hpp"
+#include "engine/VQTKCryptoKeyRSA.hpp"
 #include "engine/VQTKCryptoX509.hpp"
 #include "engine/korean/KcdsaEncoding.hpp"
 #include "engine/wssec/VQXML_WSSecSecurityTokenReference.hpp"
@@ -37,14 +39,14 @@ bool sameText(const XMLCh* stated, const std::string& actual) {
 
 XSECCryptoKey* publicKeyOf(const XSECCryptoX509& cert) {
     const X509* x509 = opensslCertificate(cert);
+    if (VQTKCryptoKeyRSA::hasRsaKey(x509))
+        return VQTKCryptoKeyRSA::publicKeyOf(x509);
     if (!vqxml::korean::isKcdsaPublicKey(X509_get_X509_PUBKEY(x509)))
         return cert.clonePublicKey();
-    unsigned char* der = nullptr;
-    const int len = i2d_X509(x509, &der);
-    if (len <= 0)
+    const std::vector<unsigned char> der = vqxml::encodeCertificate(x509);
+    if (der.empty())
         throw VQXML_XSECException(10508, "The certificate could not be encoded");
-    std::unique_ptr<unsigned char, void (*)(void*)> owned(der, [](void* p) { OPENSSL_free(p); });
-    return vqxml::createKCDSAKey(der, len, nullptr, 0);
+    return vqxml::createKCDSAKey(der.data(), static_cast<int>(der.size()), nullptr, 0);
 }
 
 XSECCryptoKey* keyOfTokenIn(const DOMElement* security, const XMLCh* issuer, const XMLCh* serial) {

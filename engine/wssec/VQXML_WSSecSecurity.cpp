@@ -145,8 +145,7 @@ void VQXML_WSSecSecurity::createBlankSignature(DOMDocument* doc, int canonicaliz
     m_signature = m_provider.newSignature();
     m_signature->setPrettyPrint(false);
     vqxml::enableIdAttributes(m_signature);
-    VQXML_URIResolver resolver(false);
-    m_signature->setURIResolver(&resolver);
+    vqxml::installURIResolver(*m_signature, false);
     const XMLCh* c14n = vqxml::canonicalizationURI(canonicalizationMethod != 0 ? canonicalizationMethod : 3);
     m_signatureElement = m_signature->createBlankSignature(doc, c14n, signatureURI);
     prependToHeader(m_signatureElement);
@@ -367,8 +366,7 @@ void VQXML_WSSecSecurity::load() {
             m_signature = m_provider.newSignatureFromDOM(m_document, entry);
             m_signatureElement = static_cast<DOMElement*>(entry);
             vqxml::enableIdAttributes(m_signature);
-            VQXML_URIResolver resolver(false);
-            m_signature->setURIResolver(&resolver);
+            vqxml::installURIResolver(*m_signature, false);
             m_signature->load();
             vqxml::checkVerificationLimits(m_signature);
             const vqxml::SignatureCodes codes = vqxml::signatureCodesOf(m_signature->getAlgorithmURI());

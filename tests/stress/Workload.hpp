@@ -1,0 +1,54 @@
+// One round of every kind of work the stress tests run, on the handles of one
+// thread. Each check returns "" when the library did the right thing, else what
+// went wrong, so that worker threads can count failures without asserting.
+#ifndef VQXML_TESTS_STRESS_WORKLOAD_HPP
+#define VQXML_TESTS_STRESS_WORKLOAD_HPP
+
+#include <memory>
+#include <string>
+
+#include "ScopedHandle.hpp"
+
+namespace stress {
+
+// A certificate and its unencrypted private key from the test PKI.
+struct KeyPair {
+    std::string cert;
+    std::string key;
+};
+
+// Read once, before any thread starts.
+const KeyPair& rsaSigner();
+const KeyPair& kcdsaSigner();
+const KeyPair& rsaRecipient();
+const std::string& taxInvoice();
+
+// A sender and a receiver handle, used for every operation of one thread.
+class Workload {
+public:
+    Workload();
+
+    // Signs the tax invoice (signature selector 5 RSA-SHA256, 3 KCDSA-SHA1),
+    // verifies it, and checks that a changed amount no longer verifies.
+    std::string signAndVerify(int signatureSelector, const KeyPair& signer);
+
+    // Encrypts an element for the RSA recipient (symmetric selector 1 Triple DES,
+    // 2 SEED; transport 2 RSA 1.5, 3 RSA-OAEP), opens it to the original bytes,
+    // and checks that a changed wrapped key does not open it.
+    std::string encryptAndDecrypt(int symmetricSelector, int transport);
+
+    // Signs a SOAP envelope, encrypts its body, processes it back to the plain
+    // envelope, and checks that a changed signed body is refused.
+    std::string secureAndProcessSoap();
+
+    // Finishes both handles and makes new ones.
+    void renewHandles();
+
+private:
+    std::unique_ptr<ScopedHandle> sender_;
+    std::unique_ptr<ScopedHandle> receiver_;
+};
+
+}  // namespace stress
+
+#endif
