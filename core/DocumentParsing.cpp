@@ -1,17 +1,22 @@
 // Parsing callers' bytes into a tree, safely: no DTD, external entity or URL is
-// ever loaded, and entity expansion is bounded.
+// ever loaded, entity expansion is bounded, and so are nesting depth and the
+// attributes of an element (core/ParseLimits.hpp).
 #include <memory>
 #include <string>
 
+#include <openssl/crypto.h>
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/framework/MemBufInputSource.hpp>
+#include <xercesc/internal/XMLScanner.hpp>
 #include <xercesc/parsers/XercesDOMParser.hpp>
 #include <xercesc/sax/ErrorHandler.hpp>
+#include <xercesc/sax/Locator.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
 #include <xercesc/util/SecurityManager.hpp>
 #include <xercesc/util/XMLEntityResolver.hpp>
 #include <xercesc/util/XMLResourceIdentifier.hpp>
 
+#include "core/ParseLimits.hpp"
 #include "core/Transcode.hpp"
 #include "core/VQXMLException.hpp"
 #include "vqxml/VQXML_XMLSecurity.h"
@@ -56,20 +61,63 @@ private:
     vqxml::XString m_first;
 };
 
+// Refuses a document as soon as an element goes deeper, or carries more
+// attributes, than the limits allow: the tree is never built, so nothing
+// downstream has to walk it.
+class BoundedDOMParser : public XercesDOMParser {
+public:
+    // levelsAbove: the elements open around the text before it starts.
+    explicit BoundedDOMParser(std::size_t levelsAbove = 0)
+        : XercesDOMParser(nullptr, XMLPlatformUtils::fgMemoryManager, nullptr), m_depth(levelsAbove) {}
+
+    void startElement(const XMLElementDecl& decl, const unsigned int urlId, const XMLCh* const prefix,
+                      const RefVectorOf<XMLAttr>& attributes, const XMLSize_t attributeCount, const bool isEmpty,
+                      const bool isRoot) override {
+        if (m_depth + 1 > vqxml::kMaxElementDepth)
+            refuse("Elements are nested deeper than " + std::to_string(vqxml::kMaxElementDepth) + " levels");
+        if (attributeCount > vqxml::kMaxAttributesPerElement)
+            refuse("An element has more than " + std::to_string(vqxml::kMaxAttributesPerElement) + " attributes");
+        XercesDOMParser::startElement(decl, urlId, prefix, attributes, attributeCount, isEmpty, isRoot);
+        // An empty element is closed at once and gets no end event.
+        if (!isEmpty)
+            ++m_depth;
+    }
+
+    void endElement(const XMLElementDecl& decl, const unsigned int urlId, const bool isRoot,
+                    const XMLCh* const prefix) override {
+        XercesDOMParser::endElement(decl, urlId, isRoot, prefix);
+        --m_depth;
+    }
+
+private:
+    [[noreturn]] void refuse(const std::string& what) const {
+        const vqxml::XString text = vqxml::toXString(what) + u" (line " +
+                                    vqxml::toXString(std::to_string(getScanner()->getLocator()->getLineNumber())) +
+                                    u")";
+        throw VQXML_XSECException(VQXML_ERR_PARSE, text.c_str());
+    }
+
+    std::size_t m_depth;
+};
+
 struct ParseResult {
     int errors;
     vqxml::XString firstError;
 };
 
-ParseResult parse(const char* xml, int len, DOMDocument** out) {
-    XercesDOMParser parser(nullptr, XMLPlatformUtils::fgMemoryManager, nullptr);
+void configure(XercesDOMParser& parser) {
     parser.setValidationScheme(XercesDOMParser::Val_Never);
-    parser.setDoNamespaces(true);
     parser.setLoadExternalDTD(false);
     parser.setDisableDefaultEntityResolution(true);
     parser.setCreateEntityReferenceNodes(false);
-    RefusingEntityResolver resolver;
+    static RefusingEntityResolver resolver;
     parser.setXMLEntityResolver(&resolver);
+}
+
+ParseResult parse(const char* xml, int len, DOMDocument** out) {
+    BoundedDOMParser parser;
+    configure(parser);
+    parser.setDoNamespaces(true);
     SecurityManager limits;
     limits.setEntityExpansionLimit(kEntityExpansionLimit);
     parser.setSecurityManager(&limits);
@@ -98,6 +146,44 @@ ParseResult parse(const char* xml, int len, DOMDocument** out) {
 }
 
 }  // namespace
+
+namespace {
+
+// Parses text only to enforce the bounds, starting levelsAbove levels deep;
+// malformed text is whoever parses it next's to report.
+void checkShape(const std::string& text, std::size_t levelsAbove) {
+    BoundedDOMParser parser(levelsAbove);
+    configure(parser);
+    SecurityManager limits;
+    limits.setEntityExpansionLimit(kEntityExpansionLimit);
+    parser.setSecurityManager(&limits);
+    FirstErrorHandler quiet;
+    parser.setErrorHandler(&quiet);
+    MemBufInputSource source(reinterpret_cast<const XMLByte*>(text.data()), text.size(), kSystemId, false);
+    try {
+        parser.parse(source);
+    } catch (const XMLException&) {
+    }
+}
+
+}  // namespace
+
+void vqxml::checkFragmentShape(const char* text, std::size_t length, std::size_t levelsAbove) {
+    // The wrapper stands for the element the text goes into; a text at the top
+    // of a document has none, so it stands one level higher.
+    std::string wrapped = "<w>";
+    wrapped.append(text, length);
+    wrapped += "</w>";
+    struct Wipe {
+        std::string& text;
+        ~Wipe() { OPENSSL_cleanse(&text[0], text.size()); }
+    } wipe{wrapped};
+    checkShape(wrapped, levelsAbove > 0 ? levelsAbove - 1 : 0);
+}
+
+void vqxml::checkDocumentShape(const char* text, std::size_t length) {
+    checkShape(std::string(text, length), 0);
+}
 
 int VQXML_XMLSecurity::setXMLDocument(char* xml, int len, DOMDocument** out) {
     if (xml == nullptr || len <= 0) {

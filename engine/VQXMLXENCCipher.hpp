@@ -13,6 +13,8 @@
 //  - Key information the engine mishandles is refused before it loads an
 //    element (KeyInfoGuard.hpp).
 //  - decryptKey keeps the unwrapped key only in memory that is wiped when freed.
+//  - Decrypted content that would nest too deep, or give an element too many
+//    attributes, is refused before the engine parses it (core/ParseLimits.hpp).
 //
 // Everything else is the engine's cipher, which this one makes from the provider
 // and gives back to it when destroyed. XSECProvider::releaseCipher deletes it.
@@ -89,6 +91,7 @@ public:
 
 private:
     void findDocumentKeys();
+    void checkDecryptedShape(XERCES_CPP_NAMESPACE::DOMElement* encryptedData);
     XENCEncryptedData* encryptOctets(const vqxml::korean::SecureBytes& plain, const XMLCh* algorithmURI);
 
     XSECProvider& m_provider;
