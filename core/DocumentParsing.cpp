@@ -61,6 +61,12 @@ private:
     vqxml::XString m_first;
 };
 
+// Thrown through the scanner when a bound is broken, to tell that refusal from
+// the others.
+struct BoundBroken {
+    vqxml::XString text;
+};
+
 // Refuses a document as soon as an element goes deeper, or carries more
 // attributes, than the limits allow: the tree is never built, so nothing
 // downstream has to walk it.
@@ -94,7 +100,7 @@ private:
         const vqxml::XString text = vqxml::toXString(what) + u" (line " +
                                     vqxml::toXString(std::to_string(getScanner()->getLocator()->getLineNumber())) +
                                     u")";
-        throw VQXML_XSECException(VQXML_ERR_PARSE, text.c_str());
+        throw BoundBroken{text};
     }
 
     std::size_t m_depth;
@@ -130,6 +136,9 @@ ParseResult parse(const char* xml, int len, DOMDocument** out) {
     try {
         parser.parse(source);
         result.errors = static_cast<int>(parser.getErrorCount());
+    } catch (const BoundBroken& e) {
+        result.errors = 1;
+        result.firstError = e.text;
     } catch (const VQXML_XSECException& e) {
         result.errors = 1;
         result.firstError = e.getMsg();
@@ -150,7 +159,8 @@ ParseResult parse(const char* xml, int len, DOMDocument** out) {
 namespace {
 
 // Parses text only to enforce the bounds, starting levelsAbove levels deep;
-// malformed text is whoever parses it next's to report.
+// malformed text and external entities are whoever parses it next's to report
+// (the scan stops there, as that parser will).
 void checkShape(const std::string& text, std::size_t levelsAbove) {
     BoundedDOMParser parser(levelsAbove);
     configure(parser);
@@ -162,6 +172,9 @@ void checkShape(const std::string& text, std::size_t levelsAbove) {
     MemBufInputSource source(reinterpret_cast<const XMLByte*>(text.data()), text.size(), kSystemId, false);
     try {
         parser.parse(source);
+    } catch (const BoundBroken& e) {
+        throw VQXML_XSECException(VQXML_ERR_PARSE, e.text.c_str());
+    } catch (const VQXML_XSECException&) {
     } catch (const XMLException&) {
     }
 }
