@@ -103,11 +103,14 @@ DOMNode* VQXML_XENCCipher::decryptElementDetached(DOMElement* element) {
     checkDecryptedShape(element);
     return m_engine->decryptElementDetached(element);
 }
+// The loaded EncryptedData goes the checked way too; with none, the engine refuses.
 DOMDocument* VQXML_XENCCipher::decryptElement() {
-    return m_engine->decryptElement();
+    XENCEncryptedData* data = m_engine->getEncryptedData();
+    return data != nullptr ? decryptElement(data->getElement()) : m_engine->decryptElement();
 }
 DOMNode* VQXML_XENCCipher::decryptElementDetached() {
-    return m_engine->decryptElementDetached();
+    XENCEncryptedData* data = m_engine->getEncryptedData();
+    return data != nullptr ? decryptElementDetached(data->getElement()) : m_engine->decryptElementDetached();
 }
 XSECBinTXFMInputStream* VQXML_XENCCipher::decryptToBinInputStream(DOMElement* element) {
     vqxml::checkKeyInformation(element);
