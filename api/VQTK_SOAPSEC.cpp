@@ -114,6 +114,10 @@ int VQTK_SOAPSEC_GetKeyName(void* handle, char** keyName) {
     });
 }
 
+int VQTK_SOAPSEC_SetVerifyCert(void* handle, unsigned char* cert, int certLen) {
+    return forward(handle, [&](Ctx& c) { return c.SOAPSEC_setVerifyCert(cert, certLen); });
+}
+
 int VQTK_SOAPSEC_GetSignCert(void* handle, unsigned char** cert, int* certLen) {
     return forward(handle, [&](Ctx& c) {
         if (cert == nullptr || certLen == nullptr)

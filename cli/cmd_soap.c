@@ -79,9 +79,22 @@ static int unwrapWithKek(void* h, const char* path) {
 }
 
 typedef struct {
-    const char *output, *signerCert, *cert, *key, *password, *passwordFile, *kek;
+    const char *output, *signerCert, *cert, *key, *password, *passwordFile, *kek, *verifyCert;
     int quiet;
 } ProcessArgs;
+
+/* A signer named only by issuer and serial is checked with a certificate the
+ * receiver already has. */
+static int useVerifyCert(void* h, const char* path) {
+    CliBuffer cert = {0};
+    int rc = cliReadFile(path, &cert);
+    if (rc == 0) {
+        int status = VQTK_SOAPSEC_SetVerifyCert(h, cert.data, (int)cert.len);
+        rc = status ? cliLibraryFailure(h, status) : 0;
+    }
+    cliFreeBuffer(&cert);
+    return rc;
+}
 
 /* Reads what the header says, unwraps the session key if the message is
  * encrypted, and keeps a copy of the signer's key information. */
@@ -120,6 +133,8 @@ static int runSoapProcess(const CliCommand* cmd, int argc, char** argv) {
         CLI_PASSWORD_OPTIONS("the key is encrypted (PKCS #8, NPKI key file): its password", &a.password,
                              &a.passwordFile),
         {"kek", 0, CLI_VALUE, "FILE", "unwrap the session key with this 24-byte Triple DES key", &a.kek},
+        {"verify-cert", 0, CLI_VALUE, "FILE",
+         "verify with this signer's certificate, DER or PEM (a signer named by issuer and serial)", &a.verifyCert},
         {"signer-cert", 0, CLI_VALUE, "FILE", "write the signer's certificate (DER)", &a.signerCert},
         {"quiet", 'q', CLI_FLAG, NULL, "print no report; the exit code tells", &a.quiet},
     };
@@ -151,6 +166,8 @@ static int runSoapProcess(const CliCommand* cmd, int argc, char** argv) {
         rc = status ? cliLibraryFailure(h, status) : 0;
     }
     rc = rc ? rc : openMessage(h, &a, password, &recipient, &isSigned, &isEncrypted, &signer);
+    if (rc == 0 && a.verifyCert != NULL)
+        rc = useVerifyCert(h, a.verifyCert);
     if (rc == 0) {
         int status = VQTK_SOAPSEC_ProcessSOAP(h);
         rc = status ? cliLibraryFailure(h, status) : cliWriteResult(h, a.output);

@@ -10,6 +10,7 @@
 
 #include "core/VQXMLException.hpp"
 #include "engine/KeyCache.hpp"
+#include "engine/VQTKCryptoX509.hpp"
 #include "engine/VQTKCryptoProvider.hpp"
 #include "vqxml/vqxml.h"
 
@@ -42,6 +43,7 @@ void stopEngines() {
         g_initMutex = nullptr;
     }
     clearKeyCache();
+    clearCertificateCache();
     xalanc::XalanTransformer::terminate();
     XSECPlatformUtils::Terminate();
     // The last Terminate() deletes the crypto provider but leaves the pointer

@@ -1,11 +1,14 @@
 // Serialising the tree back into the result document.
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <string>
 
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/framework/MemBufFormatTarget.hpp>
 
+#include "core/DomWriter.hpp"
 #include "core/VQXMLException.hpp"
 #include "vqxml/VQXML_XMLSecurity.h"
 
@@ -20,7 +23,11 @@ struct XercesReleaser {
 
 }  // namespace
 
+// The library's own writer, or Xerces' serializer for the trees it leaves alone.
 int VQXML_XMLSecurity::XMLDocument2char(DOMImplementation* impl, DOMNode* node, char** out) {
+    std::string written;
+    if (vqxml::writeDom(node, written))
+        return storeBytes(reinterpret_cast<const unsigned char*>(written.data()), written.size(), out);
     MemBufFormatTarget target(1023, XMLPlatformUtils::fgMemoryManager);
     auto* ls = dynamic_cast<DOMImplementationLS*>(impl);
     if (ls == nullptr)
@@ -30,14 +37,18 @@ int VQXML_XMLSecurity::XMLDocument2char(DOMImplementation* impl, DOMNode* node, 
     std::unique_ptr<DOMLSOutput, XercesReleaser> output(ls->createLSOutput());
     output->setByteStream(&target);
     serializer->write(node, output.get());
+    return storeBytes(target.getRawBuffer(), target.getLen(), out);
+}
 
-    const XMLSize_t len = target.getLen();
+int VQXML_XMLSecurity::storeBytes(const unsigned char* written, std::size_t len, char** out) {
+    if (len > static_cast<std::size_t>(INT_MAX - 1))
+        throw VQXML_XSECException(VQXML_ERR_MEMORY, "The result document is too large");
     if (m_mimeMessage != nullptr)
-        return storePackage(target.getRawBuffer(), static_cast<int>(len), out);
+        return storePackage(written, static_cast<int>(len), out);
     char* bytes = static_cast<char*>(std::calloc(len + 1, 1));
     if (bytes == nullptr)
         throw VQXML_XSECException(VQXML_ERR_MEMORY);
-    std::memcpy(bytes, target.getRawBuffer(), len);
+    std::memcpy(bytes, written, len);
     *out = bytes;
     return static_cast<int>(len);
 }

@@ -9,13 +9,13 @@
 #include <xsec/dsig/DSIGKeyInfoName.hpp>
 #include <xsec/dsig/DSIGKeyInfoX509.hpp>
 #include <xsec/dsig/DSIGSignature.hpp>
-#include <xsec/enc/OpenSSL/OpenSSLCryptoX509.hpp>
 #include <xsec/xenc/XENCEncryptedKey.hpp>
 #include <xsec/xenc/XENCEncryptionMethod.hpp>
 
 #include "core/ErrorFrame.hpp"
 #include "core/Transcode.hpp"
 #include "engine/VQTKCryptoKeyKCDSA.hpp"
+#include "engine/VQTKCryptoX509.hpp"
 #include "engine/korean/KcdsaEncoding.hpp"
 #include "engine/wssec/TokenKeys.hpp"
 #include "engine/wssec/VQXML_WSSecSecurity.hpp"
@@ -25,10 +25,7 @@ XERCES_CPP_NAMESPACE_USE
 
 namespace {
 
-const X509* opensslCertificate(const XSECCryptoX509* cert) {
-    const auto* openssl = dynamic_cast<const OpenSSLCryptoX509*>(cert);
-    return openssl != nullptr ? openssl->getOpenSSLX509() : nullptr;
-}
+using vqxml::opensslCertificate;
 
 // X509Data may carry a whole chain, in any order: the signer's certificate is the
 // one that issued none of the others. With no such single certificate, the first.
@@ -121,7 +118,7 @@ void VQXML_XMLSecurity::readX509Data(DSIGKeyInfoX509* x509, const char* subjectE
     const XSECCryptoX509* cert = x509->getCertificateCryptoItem(signerCertificateIndex(x509));
     storeCertificate(cert);
     if (m_signature != nullptr)
-        m_signature->setSigningKey(publicKeyOf(cert));
+        setSigningKey(publicKeyOf(cert));
 }
 
 // OpenSSL cannot decode a KCDSA public key: such certificates get our key object.
@@ -193,7 +190,7 @@ int VQXML_XMLSecurity::getSecTokenRefInfo(VQXML_WSSecSecurityTokenReference* ref
                 if (m_wsSecurity != nullptr)
                     m_wsSecurity->setSigningKey(vqxml::wss::publicKeyOf(*cert));
                 else if (m_signature != nullptr)
-                    m_signature->setSigningKey(vqxml::wss::publicKeyOf(*cert));
+                    setSigningKey(vqxml::wss::publicKeyOf(*cert));
             }
             break;
         case VQXML_WSSecSecurityTokenReference::ISSUER_SERIAL:

@@ -28,7 +28,8 @@ VQTKCryptoKeyRSA* VQXML_XMLSecurity::createRSAKey(unsigned char* cert, int certL
     return VQTKCryptoKeyRSA::load(cert, certLen, key, keyLen);
 }
 
-// The signature owns the key; the context keeps a view of it for signing.
+// The signature owns the key; the context keeps a view of it for signing and
+// for checking the SignedInfo.
 void VQXML_XMLSecurity::setSigningKey(XSECCryptoKey* key) {
     m_signature->setSigningKey(key);
     m_signingKey = key;

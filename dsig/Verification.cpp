@@ -16,6 +16,7 @@
 #include "dsig/VerificationLimits.hpp"
 #include "engine/KeyInfoGuard.hpp"
 #include "engine/ReferenceDigest.hpp"
+#include "engine/SignedInfoCanonicalization.hpp"
 #include "engine/VQXMLURIResolver.hpp"
 
 XERCES_CPP_NAMESPACE_USE
@@ -30,13 +31,10 @@ int VQXML_XMLSecurity::XMLDSIG_setSignXMLDocument(char* xml, int len) {
         VQXML_URIResolver verifyingReader(m_allowExternalReferences);
         m_signature->setURIResolver(&verifyingReader);
         vqxml::enableIdAttributes(m_signature);
-        // A key the key information reader installs comes first; the engine's own
-        // resolver serves signatures that carry only a KeyValue.
-        XSECKeyInfoResolverDefault keyValueReader;
-        m_signature->setKeyInfoResolver(&keyValueReader);
         // Key information the engine would loop on or leak is refused before it loads.
-        if (DOMNode* signature = findDSIGNode(m_document, u"Signature"))
-            vqxml::checkKeyInformation(static_cast<DOMElement*>(signature));
+        m_signatureElement = static_cast<DOMElement*>(findDSIGNode(m_document, u"Signature"));
+        if (m_signatureElement != nullptr)
+            vqxml::checkKeyInformation(m_signatureElement);
         m_signature->load();
         const vqxml::SignatureCodes codes = vqxml::signatureCodesOf(m_signature->getAlgorithmURI());
         m_signatureMethod = codes.signatureMethod;
@@ -74,8 +72,22 @@ void VQXML_XMLSecurity::checkSignatureAndReferences() {
             throw VQXML_XSECException(11213, text.c_str());
         }
     }
-    if (!m_signature->verifySignatureOnly())
-        throw VQXML_XSECException(11213, m_signature->getErrMsgs());
+    // Our own SignedInfo check: the engine's ignores an exclusive PrefixList.
+    if (!vqxml::signedInfoVerifies(*m_signature, m_signatureElement, verificationKey()))
+        throw VQXML_XSECException(11213, "Validation of <SignedInfo> failed");
+}
+
+// The key the key information gave, or else one the engine's resolver reads from
+// a KeyValue (the signature then owns it).
+XSECCryptoKey* VQXML_XMLSecurity::verificationKey() {
+    if (m_signingKey == nullptr) {
+        XSECKeyInfoResolverDefault keyValueReader;
+        if (XSECCryptoKey* key = keyValueReader.resolveKey(m_signature->getKeyInfoList()))
+            setSigningKey(key);
+    }
+    if (m_signingKey == nullptr)
+        throw XSECException(XSECException::SigVfyError, "No key to verify the signature with");
+    return m_signingKey;
 }
 
 // An enveloping signature yields the first element its first Object carries; any

@@ -1,30 +1,27 @@
 #include "engine/KeyCache.hpp"
 
 #include <array>
-#include <cstring>
-#include <list>
-#include <mutex>
 #include <new>
 
 #include <openssl/crypto.h>
 #include <openssl/evp.h>
 #include <openssl/sha.h>
 
+#include "engine/RecentlyUsed.hpp"
+
 namespace vqxml {
 
 namespace {
 
-constexpr size_t kCapacity = 16;
-
-using Digest = std::array<unsigned char, SHA256_DIGEST_LENGTH>;
-
-struct Entry {
-    Digest id;
-    ParsedKeyPair pair;
+// Compared in constant time: the digest stands for private key bytes.
+struct Digest {
+    std::array<unsigned char, SHA256_DIGEST_LENGTH> bytes{};
+    bool operator==(const Digest& other) const {
+        return CRYPTO_memcmp(bytes.data(), other.bytes.data(), bytes.size()) == 0;
+    }
 };
 
-std::mutex g_cacheMutex;
-std::list<Entry> g_entries;  // most recently used first
+RecentlyUsed<Digest, ParsedKeyPair, 16> g_keyPairs;
 
 void absorb(EVP_MD_CTX* ctx, const unsigned char* bytes, int len) {
     const int n = bytes != nullptr && len > 0 ? len : 0;
@@ -35,13 +32,13 @@ void absorb(EVP_MD_CTX* ctx, const unsigned char* bytes, int len) {
 
 Digest identify(const unsigned char* cert, int certLen, const unsigned char* key, int keyLen) {
     std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> ctx(EVP_MD_CTX_new(), &EVP_MD_CTX_free);
-    Digest id{};
+    Digest id;
     unsigned int len = 0;
     if (!ctx || EVP_DigestInit_ex(ctx.get(), EVP_sha256(), nullptr) != 1)
         throw std::bad_alloc();
     absorb(ctx.get(), cert, certLen);
     absorb(ctx.get(), key, keyLen);
-    EVP_DigestFinal_ex(ctx.get(), id.data(), &len);
+    EVP_DigestFinal_ex(ctx.get(), id.bytes.data(), &len);
     return id;
 }
 
@@ -49,27 +46,11 @@ Digest identify(const unsigned char* cert, int certLen, const unsigned char* key
 
 ParsedKeyPair cachedKeyPair(const unsigned char* cert, int certLen, const unsigned char* key, int keyLen,
                             const std::function<ParsedKeyPair()>& parse) {
-    const Digest id = identify(cert, certLen, key, keyLen);
-    {
-        std::lock_guard<std::mutex> lock(g_cacheMutex);
-        for (auto it = g_entries.begin(); it != g_entries.end(); ++it) {
-            if (CRYPTO_memcmp(it->id.data(), id.data(), id.size()) == 0) {
-                g_entries.splice(g_entries.begin(), g_entries, it);
-                return it->pair;
-            }
-        }
-    }
-    ParsedKeyPair pair = parse();
-    std::lock_guard<std::mutex> lock(g_cacheMutex);
-    g_entries.push_front(Entry{id, pair});
-    if (g_entries.size() > kCapacity)
-        g_entries.pop_back();
-    return pair;
+    return g_keyPairs.findOrMake(identify(cert, certLen, key, keyLen), parse);
 }
 
 void clearKeyCache() {
-    std::lock_guard<std::mutex> lock(g_cacheMutex);
-    g_entries.clear();
+    g_keyPairs.clear();
 }
 
 }  // namespace vqxml

@@ -4,8 +4,8 @@
 // contexts, RSA blinding) costs more than a signature itself; applications sign
 // thousands of documents with the same key. The cache holds the last few parsed
 // (certificate, key) pairs, keyed by a SHA-256 of their bytes; it is emptied when
-// the last handle stops the engines. It is the one structure the library shares
-// between handles, so a mutex guards it.
+// the last handle stops the engines (engine/RecentlyUsed.hpp: shared between
+// handles, under a mutex of its own).
 #ifndef VQXML_ENGINE_KEYCACHE_HPP
 #define VQXML_ENGINE_KEYCACHE_HPP
 

@@ -7,6 +7,7 @@
 
 #include "engine/VQTKCryptoKeyKCDSA.hpp"
 #include "engine/VQTKCryptoSymmetricKey.hpp"
+#include "engine/VQTKCryptoX509.hpp"
 
 XERCES_CPP_NAMESPACE_USE
 
@@ -29,6 +30,10 @@ XSECCryptoSymmetricKey* VQTKCryptoProvider::keySymmetric(int type) const {
     if (type >= XSECCryptoSymmetricKey::KEY_3DES_192 && type <= XSECCryptoSymmetricKey::KEY_AES_256)
         return keySymmetric(static_cast<XSECCryptoSymmetricKey::SymmetricKeyType>(type));
     return VQTKCryptoSymmetricKey::forTypeCode(type);
+}
+
+XSECCryptoX509* VQTKCryptoProvider::X509() const {
+    return new VQTKCryptoX509();
 }
 
 VQTKCryptoKeyKCDSA* VQTKCryptoProvider::keyKCDSA() const {

@@ -18,6 +18,9 @@ public:
     // VQTKCryptoSymmetricKey); null for any other type. The caller owns it.
     XSECCryptoSymmetricKey* keySymmetric(int type) const;
 
+    // A certificate object that shares decoded certificates (VQTKCryptoX509).
+    XSECCryptoX509* X509() const override;
+
     // An empty KCDSA key object to load a certificate and/or private key into.
     VQTKCryptoKeyKCDSA* keyKCDSA() const;
 };

@@ -15,6 +15,8 @@ PACKAGES=(
   xmlsec1 libxmlsec1-dev libxml2-dev
   python3 python3-lxml python3-xmlsec
   clang libclang-rt-14-dev
+  default-jdk-headless libwss4j-java libxml-security-java libbcprov-java
+  libcommons-logging-java libcommons-codec-java libslf4j-java
 )
 
 missing=()

@@ -15,6 +15,7 @@
 #include "core/ErrorFrame.hpp"
 #include "core/Transcode.hpp"
 #include "engine/NameComparison.hpp"
+#include "engine/VQTKCryptoKeyKCDSA.hpp"
 #include "engine/VQTKCryptoKeyRSA.hpp"
 #include "engine/VQTKCryptoSymmetricKey.hpp"
 #include "engine/XencReferences.hpp"
@@ -121,6 +122,24 @@ int VQXML_XMLSecurity::SOAPSEC_decryptKeyWrapKey(unsigned char* cert, int certLe
         vqxml::KeyBuffer unwrapped(kMaxUnwrappedKey);
         const int len = engine.decryptKeyWrapKey(m_encryptedKey->getElement(), unwrapped.get(), unwrapped.size());
         replaceSessionKey(unwrapped.release(), len);
+    });
+}
+
+// The key type follows the received signature's method, not the certificate, so
+// that a certificate of the wrong kind is refused before anything is verified.
+int VQXML_XMLSecurity::SOAPSEC_setVerifyCert(unsigned char* cert, int certLen) {
+    return vqxml::guarded(*this, "SOAPSEC_setVerifyCert > ", [&] {
+        if (cert == nullptr || certLen <= 0)
+            throw VQXML_XSECException(10405);
+        VQXML_WSSecSecurity& engine = requireWSSecurity();
+        if (!engine.isWSSecSignature())
+            throw VQXML_XSECException(10406, "The message carries no signature");
+        if (engine.getSignatureMethod() == 5)
+            engine.setVerificationKey(createKCDSAKey(cert, certLen, nullptr, 0));
+        else if (engine.getSignatureMethod() == 3)
+            engine.setVerificationKey(createRSAKey(cert, certLen, nullptr, 0, nullptr, nullptr, nullptr, nullptr));
+        else
+            throw VQXML_XSECException(10406);
     });
 }
 

@@ -5,13 +5,13 @@
 
 #include <openssl/x509.h>
 #include <xercesc/dom/DOM.hpp>
-#include <xsec/enc/OpenSSL/OpenSSLCryptoX509.hpp>
 
 #include "core/Transcode.hpp"
 #include "core/VQXMLException.hpp"
 #include "engine/CertificateNames.hpp"
 #include "engine/NameComparison.hpp"
 #include "engine/VQTKCryptoKeyKCDSA.hpp"
+#include "engine/VQTKCryptoX509.hpp"
 #include "engine/korean/KcdsaEncoding.hpp"
 #include "engine/wssec/VQXML_WSSecSecurityTokenReference.hpp"
 #include "engine/wssec/WssNames.hpp"
@@ -23,10 +23,10 @@ namespace vqxml::wss {
 namespace {
 
 const X509* opensslCertificate(const XSECCryptoX509& cert) {
-    const auto* openssl = dynamic_cast<const OpenSSLCryptoX509*>(&cert);
-    if (openssl == nullptr || openssl->getOpenSSLX509() == nullptr)
+    const X509* x509 = vqxml::opensslCertificate(&cert);
+    if (x509 == nullptr)
         throw VQXML_XSECException(10508, "The security token holds no readable certificate");
-    return openssl->getOpenSSLX509();
+    return x509;
 }
 
 bool sameText(const XMLCh* stated, const std::string& actual) {

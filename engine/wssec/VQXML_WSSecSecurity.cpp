@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 #include <xercesc/dom/DOM.hpp>
 #include <xsec/dsig/DSIGKeyInfoList.hpp>
@@ -83,6 +84,7 @@ VQXML_WSSecSecurity::~VQXML_WSSecSecurity() {
     m_madeKeys.clear();
     m_tokenReferences.clear();
     delete m_signingKey;
+    delete m_verificationKey;
     delete m_keyWrapKey;
     if (m_signature != nullptr)
         m_provider.releaseSignature(m_signature);
@@ -413,17 +415,26 @@ int VQXML_WSSecSecurity::getHashMethod() const {
     return m_hashMethod;
 }
 
-// The key set by the caller, else the certificate a token reference of the
-// signature's KeyInfo leads to, else what ds:KeyInfo itself carries. Each
-// reference first, then the SignedInfo by our canonical form, which honours an
-// exclusive PrefixList (the engine's check ignores it).
+void VQXML_WSSecSecurity::setVerificationKey(XSECCryptoKey* key) {
+    delete m_verificationKey;
+    m_verificationKey = key;
+}
+
+// The receiver's key, else the key set by setSigningKey (an HMAC secret, or the
+// token's key that key information reading installed), else the certificate a
+// token reference of the signature's KeyInfo leads to, else what ds:KeyInfo
+// itself carries. Each reference first, then the SignedInfo by our canonical
+// form, which honours an exclusive PrefixList (the engine's check ignores it).
 bool VQXML_WSSecSecurity::verify() {
     DSIGSignature& sig = signature();
     m_errMsgs.clear();
     try {
         vqxml::checkReferencedIds(m_signature);
-        XSECCryptoKey* key = m_signingKey != nullptr ? m_signingKey : keyFromTokens();
-        m_signingKey = nullptr;
+        XSECCryptoKey* key = std::exchange(m_verificationKey, nullptr);
+        if (key == nullptr)
+            key = std::exchange(m_signingKey, nullptr);
+        if (key == nullptr)
+            key = keyFromTokens();
         if (key == nullptr)
             key = XSECKeyInfoResolverDefault().resolveKey(sig.getKeyInfoList());
         if (key == nullptr)

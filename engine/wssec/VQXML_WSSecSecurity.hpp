@@ -17,7 +17,7 @@
 //    profiles ask; references keep the transforms they are given.
 //  - A signature whose key information names a certificate by issuer and serial
 //    is checked with a BinarySecurityToken of the header that holds that
-//    certificate, or with a key given by setSigningKey.
+//    certificate, or with a key given by setVerificationKey or setSigningKey.
 #ifndef VQXML_ENGINE_WSSEC_VQXML_WSSECSECURITY_HPP
 #define VQXML_ENGINE_WSSEC_VQXML_WSSECSECURITY_HPP
 
@@ -88,6 +88,8 @@ public:
     DSIGKeyInfoList* getKeyInfoList() const;
     int getSignatureMethod() const;
     int getHashMethod() const;
+    // Takes key: verify() uses it ahead of any other, whenever it was set.
+    void setVerificationKey(XSECCryptoKey* key);
     bool verify();
     const char* getErrMsgs() const { return m_errMsgs.c_str(); }
     XENCEncryptedData* findEncryptedData();
@@ -116,6 +118,7 @@ private:
     XERCES_CPP_NAMESPACE::DOMElement* m_signatureElement = nullptr;
     VQXML_XENCCipher* m_cipher = nullptr;
     XSECCryptoKey* m_signingKey = nullptr;  // until sign() or verify() hands it to the signature
+    XSECCryptoKey* m_verificationKey = nullptr;  // the receiver's own, until verify()
     XSECCryptoKey* m_keyWrapKey = nullptr;  // until encryptKey or decryptKeyWrapKey hands it on
     std::basic_string<XMLCh> m_bstBase64, m_issuer, m_serial;
     std::vector<std::basic_string<XMLCh>> m_headerDataRefs;

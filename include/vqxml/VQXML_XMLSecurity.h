@@ -171,6 +171,9 @@ public:
     int SOAPSEC_getSOAPEncInfo(int* isEncrypted);
     int SOAPSEC_decryptKeyWrapKey(unsigned char* cert, int certLen, unsigned char* key, int keyLen);
     int SOAPSEC_processSOAP();
+    /* The signer's certificate (DER or PEM) for a message that names it only by
+     * issuer and serial; its key verifies the signature ahead of any token. */
+    int SOAPSEC_setVerifyCert(unsigned char* cert, int certLen);
     /* Reads one wsse:SecurityTokenReference (key information reading). */
     int getSecTokenRefInfo(class VQXML_WSSecSecurityTokenReference* ref);
 
@@ -196,6 +199,8 @@ public:
     XERCES_CPP_NAMESPACE::DOMNode* findDSIGNode(XERCES_CPP_NAMESPACE::DOMNode* node, const XMLCh* localName);
     int XMLDocument2char(XERCES_CPP_NAMESPACE::DOMImplementation* impl,
                          XERCES_CPP_NAMESPACE::DOMNode* node, char** out);
+    /* written bytes into a new buffer for *out (or into the held package). */
+    int storeBytes(const unsigned char* written, std::size_t len, char** out);
     /* Replaces m_xmlDocument by the serialised m_document. */
     void storeResultDocument();
 
@@ -223,6 +228,7 @@ protected:
     template <class Key>
     void describeSigner(DSIGKeyInfoX509* x509, const Key& key, bool withCertificate);
     void checkSignatureAndReferences();
+    XSECCryptoKey* verificationKey();
     bool signEnveloped();
     void setSigningKey(XSECCryptoKey* key);
     void storeVerifiedContent();

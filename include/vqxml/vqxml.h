@@ -262,7 +262,11 @@ VQXML_EXPORT int VQTK_EBXML_GetSignCert(void* handle, unsigned char** cert, int*
  * recipient's certificate) -> Encrypt. Each operation's header entries go first.
  * Processing: SetSOAPSecXMLDocument -> GetSignKeyInfo and the getters ->
  * GetEncKeyInfo (once per encrypted key) and the getters -> DecryptKeyWrapKey ->
- * ProcessSOAP (decrypts and verifies in the sender's order, removes the header). */
+ * ProcessSOAP (decrypts and verifies in the sender's order, removes the header).
+ * SetVerifyCert gives the signer's certificate (DER or PEM) to verify with, ahead
+ * of any the message carries, for a signer it names only by issuer and serial:
+ * 10405 no certificate, 10406 the message's signature is neither RSA nor KCDSA;
+ * a certificate of another key makes ProcessSOAP fail with 11213. */
 VQXML_EXPORT int VQTK_SOAPSEC_SetSOAPDocument(void* handle, char* xml, int len);
 VQXML_EXPORT int VQTK_SOAPSEC_SignatureMethod(void* handle, int signatureAlg, int canonAlg);
 VQXML_EXPORT int VQTK_SOAPSEC_createReference(void* handle, char* uri, int digestAlg, int canonAlg, char* xpath);
@@ -284,6 +288,7 @@ VQXML_EXPORT int VQTK_SOAPSEC_GetEncKeyInfo(void* handle, int* isEncrypted);
 VQXML_EXPORT int VQTK_SOAPSEC_DecryptKeyWrapKey(void* handle, unsigned char* cert, int certLen, unsigned char* key,
                                                 int keyLen);
 VQXML_EXPORT int VQTK_SOAPSEC_ProcessSOAP(void* handle);
+VQXML_EXPORT int VQTK_SOAPSEC_SetVerifyCert(void* handle, unsigned char* cert, int certLen);
 VQXML_EXPORT int VQTK_SOAPSEC_GetSubjectName(void* handle, char** subject);
 VQXML_EXPORT int VQTK_SOAPSEC_GetIssuerSerialNum(void* handle, char** issuer, char** serial);
 VQXML_EXPORT int VQTK_SOAPSEC_GetKeyName(void* handle, char** keyName);

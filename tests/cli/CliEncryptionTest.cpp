@@ -117,4 +117,16 @@ TEST(CliSoap, ProcessingRefusals) {
               161);
 }
 
+TEST(CliSoap, SignerNamedByIssuerAndSerialIsVerifiedWithTheGivenCertificate) {
+    auto sign = vqxml({"soap-sign", "--issuer-serial", "-c", testpki("ee-rsa.crt.der"), "-k", testpki("ee-rsa.key.der")},
+                      kRequest);
+    ASSERT_EQ(sign.exitCode, 0) << sign.err;
+    ASSERT_FALSE(contains(sign.out, "BinarySecurityToken")) << sign.out;
+    auto right = vqxml({"soap-process", "--verify-cert", testpki("ee-rsa.crt.pem")}, sign.out);
+    EXPECT_EQ(right.exitCode, 0) << right.err;
+    EXPECT_TRUE(contains(right.out, "<m:item>tea</m:item>")) << right.out;
+    EXPECT_EQ(vqxml({"soap-process", "--verify-cert", testpki("ee-rsa-b.crt.der")}, sign.out).exitCode, 213);
+    EXPECT_NE(vqxml({"soap-process"}, sign.out).exitCode, 0);
+}
+
 }  // namespace

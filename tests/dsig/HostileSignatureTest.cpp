@@ -201,6 +201,33 @@ TEST(HostileSignatures, FuzzerFindingsStayFixed) {
     }
 }
 
+// Decoded certificates are shared between handles by their bytes: another
+// certificate put in the signer's place must be decoded as itself.
+TEST(HostileSignatures, ACertificateSwappedIntoAKnownSignatureIsNotTakenForTheSigners) {
+    const std::string& good = signedInvoice();
+    ASSERT_EQ(verify(good), 0);
+    const size_t from = good.find("X509Certificate>") + 16;
+    const size_t to = good.find("<", from);
+    std::string other = testfiles::read(testfiles::dataPath("testpki/ee-rsa.crt.pem"));
+    other = other.substr(other.find('\n') + 1);
+    other = other.substr(0, other.find("-----END"));
+    std::string swapped = good;
+    swapped.replace(from, to - from, other);
+    EXPECT_EQ(verify(swapped), 11213);
+
+    const std::string signer = good.substr(from, to - from);
+    const std::string unreadable[] = {signer.substr(0, signer.size() / 2), signer + "AAAA", "@@@@"};
+    for (const std::string& text : unreadable) {
+        std::string broken = good;
+        broken.replace(from, to - from, text);
+        ScopedHandle h;
+        const int rc = loadAndVerify(h, broken);
+        EXPECT_NE(rc, 0) << text;
+        EXPECT_NE(rc, 11213) << "an unreadable certificate is not a bad signature: " << errorText(h);
+        expectStillUsable(h);
+    }
+}
+
 TEST(HostileSignatures, DeclaredEncodingsOtherThanUtf8AreRefused) {
     ScopedHandle h;
     std::string latin = "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><a/>";

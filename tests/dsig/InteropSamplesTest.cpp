@@ -113,4 +113,17 @@ TEST(InteropSamples, VerifyAsTheManifestSays) {
     EXPECT_GE(checked, 12);
 }
 
+// WSS4J names an InclusiveNamespaces PrefixList in the SignedInfo's exclusive
+// canonicalization; the plain signature functions must honour it too.
+TEST(InteropSamples, SignedInfoPrefixListIsHonoured) {
+    for (const char* name : {"soap11-sign-rsa-sha1.xml", "soap11-sign-rsa-sha256.xml", "soap12-sign-rsa-sha1.xml"}) {
+        const std::string text = testfiles::read(testfiles::sharedPath(std::string("interop/wss/") + name));
+        ASSERT_NE(text.find("PrefixList"), std::string::npos) << name;
+        std::string why;
+        EXPECT_EQ(verify(text, &why), 0) << name << ": " << why;
+    }
+    const std::string tampered = testfiles::read(testfiles::sharedPath("interop/wss/soap11-sign-rsa-sha1-tampered.xml"));
+    EXPECT_EQ(verify(tampered), 11213);
+}
+
 }  // namespace

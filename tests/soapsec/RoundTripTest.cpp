@@ -4,49 +4,11 @@
 #include <openssl/bn.h>
 #include <openssl/x509.h>
 
-#include "soapsec/SoapFixture.hpp"
+#include "soapsec/SoapSender.hpp"
 
 using namespace soaptest;
 
 namespace {
-
-struct Pki {
-    std::string cert = testfiles::read(testfiles::dataPath("testpki/ee-rsa.crt.der"));
-    std::string key = testfiles::read(testfiles::dataPath("testpki/ee-rsa.key.der"));
-    std::string otherCert = testfiles::read(testfiles::dataPath("testpki/ee-rsa-b.crt.der"));
-    std::string otherKey = testfiles::read(testfiles::dataPath("testpki/ee-rsa-b.key.der"));
-    std::string kcdsaCert = testfiles::read(testfiles::dataPath("testpki/ee-kcdsa1024.crt.der"));
-    std::string kcdsaKey = testfiles::read(testfiles::dataPath("testpki/ee-kcdsa1024.key.der"));
-};
-
-std::string sign(const std::string& envelope, int alg, bool issuerSerial, std::string cert, std::string key) {
-    ScopedHandle h;
-    std::string xml = envelope;
-    EXPECT_EQ(VQTK_SOAPSEC_SetSOAPDocument(h, &xml[0], len(xml)), 0);
-    EXPECT_EQ(VQTK_SOAPSEC_SignatureMethod(h, alg, 0), 0);
-    EXPECT_EQ(VQTK_SOAPSEC_createReference(h, nullptr, alg == 5 ? 3 : 1, 3, nullptr), 0);
-    if (issuerSerial) {
-        EXPECT_EQ(VQTK_SOAPSEC_SetIssuerSerial(h), 0);
-    }
-    EXPECT_EQ(VQTK_SOAPSEC_SetSigner(h, bytes(cert), len(cert), bytes(key), len(key)), 0);
-    EXPECT_EQ(VQTK_SOAPSEC_Sign(h), 0);
-    return resultOf(h);
-}
-
-std::string encrypt(const std::string& envelope, int symm, int wrap, std::string recipient, std::string second) {
-    ScopedHandle h;
-    std::string xml = envelope;
-    EXPECT_EQ(VQTK_SOAPSEC_SetSOAPDocument(h, &xml[0], len(xml)), 0);
-    EXPECT_EQ(VQTK_SOAPSEC_SetSymmAlg(h, symm), 0);
-    EXPECT_EQ(VQTK_SOAPSEC_EncryptElement(h, nullptr, 1), 0);
-    EXPECT_EQ(VQTK_SOAPSEC_SetIssuerSerial(h), 0);
-    EXPECT_EQ(VQTK_SOAPSEC_EncryptKeyWrapKey(h, bytes(recipient), len(recipient), wrap), 0);
-    if (!second.empty()) {
-        EXPECT_EQ(VQTK_SOAPSEC_EncryptKeyWrapKey(h, bytes(second), len(second), wrap), 0);
-    }
-    EXPECT_EQ(VQTK_SOAPSEC_Encrypt(h), 0);
-    return resultOf(h);
-}
 
 // The certificate's serial number in decimal, as the key information reports it.
 std::string serialOf(const std::string& certDer) {
@@ -64,10 +26,7 @@ bool findKeyFor(void* h, const std::string& cert) {
     for (int walked = 0; walked < 8; ++walked) {
         int flag = 0;
         EXPECT_EQ(VQTK_SOAPSEC_GetEncKeyInfo(h, &flag), 0);
-        char* issuer = nullptr;
-        char* stated = nullptr;
-        EXPECT_EQ(VQTK_SOAPSEC_GetIssuerSerialNum(h, &issuer, &stated), 0);
-        if (flag == 1 && stated != nullptr && serial == stated)
+        if (flag == 1 && issuerAndSerial(h).second == serial)
             return true;
     }
     return false;
@@ -118,15 +77,13 @@ TEST(SoapRoundTrip, SignedWithKcdsa) {
 
 TEST(SoapRoundTrip, TamperedSignedBodyIsRefused) {
     Pki pki;
-    std::string signed_ = sign(kEnvelope, 5, false, pki.cert, pki.key);
-    signed_.replace(signed_.find(">tea<"), 5, ">tee<");
     std::string plain;
-    EXPECT_EQ(process(signed_, "", "", plain), 11213);
+    EXPECT_EQ(process(tampered(sign(kEnvelope, 5, false, pki.cert, pki.key)), "", "", plain), 11213);
 }
 
 TEST(SoapRoundTrip, EncryptedForTwoRecipientsEachOpens) {
     Pki pki;
-    for (int symm : {1, 2, 4}) {
+    for (int symm : {1, 2, 3, 4}) {
         const std::string message = encrypt(kEnvelope, symm, 3, pki.cert, pki.otherCert);
         std::string plain;
         ASSERT_EQ(process(message, pki.cert, pki.key, plain), 0) << symm;
@@ -152,6 +109,52 @@ TEST(SoapRoundTrip, SignThenEncryptAndEncryptThenSign) {
     const std::string encryptThenSign = sign(encrypt(kEnvelope, 1, 2, pki.otherCert, ""), 2, false, pki.cert, pki.key);
     ASSERT_EQ(process(encryptThenSign, pki.otherCert, pki.otherKey, plain), 0);
     expectPlain(plain);
+}
+
+TEST(SoapRoundTrip, Soap12Envelopes) {
+    Pki pki;
+    std::string plain;
+    ASSERT_EQ(process(sign(kEnvelope12, 5, false, pki.cert, pki.key), "", "", plain), 0);
+    expectPlain(plain);
+    EXPECT_NE(plain.find("<env:Body>" + kBodyContent + "</env:Body>"), std::string::npos) << plain;
+    ASSERT_EQ(process(encrypt(kEnvelope12, 1, 3, pki.cert, ""), pki.cert, pki.key, plain), 0);
+    expectPlain(plain);
+    const std::string both = encrypt(sign(kEnvelope12, 2, false, pki.cert, pki.key), 3, 2, pki.otherCert, "");
+    ASSERT_EQ(process(both, pki.otherCert, pki.otherKey, plain), 0);
+    expectPlain(plain);
+}
+
+std::string hmacSigned(std::string key) {
+    ScopedHandle h;
+    std::string xml = kEnvelope;
+    EXPECT_EQ(VQTK_SOAPSEC_SetSOAPDocument(h, &xml[0], len(xml)), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_SignatureMethod(h, 1, 0), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_createReference(h, nullptr, 1, 3, nullptr), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_SetHMACKey(h, bytes(key), unsigned(key.size())), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_Sign(h), 0);
+    return resultOf(h);
+}
+
+// The receiver reads the signature's method first; that lets it set the secret.
+int hmacVerified(std::string message, std::string key) {
+    ScopedHandle h;
+    EXPECT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], len(message)), 0);
+    int isSigned = 0;
+    EXPECT_EQ(VQTK_SOAPSEC_GetSignKeyInfo(h, &isSigned), 0);
+    if (!key.empty()) {
+        EXPECT_EQ(VQTK_SOAPSEC_SetHMACKey(h, bytes(key), unsigned(key.size())), 0);
+    }
+    return VQTK_SOAPSEC_ProcessSOAP(h);
+}
+
+TEST(SoapRoundTrip, HmacSignature) {
+    const std::string message = hmacSigned("shared secret of the two ends");
+    EXPECT_NE(message.find("xmldsig#hmac-sha1"), std::string::npos);
+    EXPECT_EQ(message.find("BinarySecurityToken"), std::string::npos);
+    EXPECT_EQ(hmacVerified(message, "shared secret of the two ends"), 0);
+    EXPECT_EQ(hmacVerified(message, "shared secret of the two endz"), 11213);
+    EXPECT_EQ(hmacVerified(message, ""), 11213);
+    EXPECT_EQ(hmacVerified(tampered(message), "shared secret of the two ends"), 11213);
 }
 
 TEST(SoapBadInput, CallsBeforeALoadAreRefused) {

@@ -3,6 +3,7 @@
 #define VQXML_TESTS_SOAPSEC_SOAPFIXTURE_HPP
 
 #include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -12,17 +13,37 @@
 
 namespace soaptest {
 
+inline const std::string kBodyContent =
+    "<m:order xmlns:m=\"urn:test\"><m:item>tea</m:item><m:count>3</m:count></m:order>";
+
 inline const std::string kEnvelope =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
     "<soap:Envelope xmlns:soap=\"http://schemas.xmlsoap.org/soap/envelope/\"><soap:Header/>"
-    "<soap:Body><m:order xmlns:m=\"urn:test\"><m:item>tea</m:item><m:count>3</m:count></m:order></soap:Body>"
-    "</soap:Envelope>";
+    "<soap:Body>" + kBodyContent + "</soap:Body></soap:Envelope>";
+
+inline const std::string kEnvelope12 =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
+    "<env:Envelope xmlns:env=\"http://www.w3.org/2003/05/soap-envelope\"><env:Header/>"
+    "<env:Body>" + kBodyContent + "</env:Body></env:Envelope>";
+
+inline const char* const kWss4jMissing =
+    "WSS4J test programs not built: needs a JDK and Debian's libwss4j-java, libxml-security-java and "
+    "libbcprov-java (scripts/setup.sh installs them)";
 
 inline std::string resultOf(void* h) {
     char* doc = nullptr;
     int len = 0;
     EXPECT_EQ(VQTK_XMLAPI_GetXMLDocument(h, &doc, &len), 0);
     return doc != nullptr ? std::string(doc, static_cast<size_t>(len)) : std::string();
+}
+
+// The issuer and serial number the last key information reading reported
+// ("" for one not reported).
+inline std::pair<std::string, std::string> issuerAndSerial(void* h) {
+    char* issuer = nullptr;
+    char* serial = nullptr;
+    EXPECT_EQ(VQTK_SOAPSEC_GetIssuerSerialNum(h, &issuer, &serial), 0);
+    return {issuer != nullptr ? issuer : "", serial != nullptr ? serial : ""};
 }
 
 inline unsigned char* bytes(std::string& s) {

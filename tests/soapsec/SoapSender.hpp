@@ -1,0 +1,64 @@
+// The sending side as the SOAP tests use it: test keys, signing and encrypting.
+#ifndef VQXML_TESTS_SOAPSEC_SOAPSENDER_HPP
+#define VQXML_TESTS_SOAPSEC_SOAPSENDER_HPP
+
+#include <string>
+
+#include "soapsec/SoapFixture.hpp"
+
+namespace soaptest {
+
+struct Pki {
+    std::string cert = testfiles::read(testfiles::dataPath("testpki/ee-rsa.crt.der"));
+    std::string key = testfiles::read(testfiles::dataPath("testpki/ee-rsa.key.der"));
+    std::string otherCert = testfiles::read(testfiles::dataPath("testpki/ee-rsa-b.crt.der"));
+    std::string otherKey = testfiles::read(testfiles::dataPath("testpki/ee-rsa-b.key.der"));
+    std::string kcdsaCert = testfiles::read(testfiles::dataPath("testpki/ee-kcdsa1024.crt.der"));
+    std::string kcdsaKey = testfiles::read(testfiles::dataPath("testpki/ee-kcdsa1024.key.der"));
+};
+
+// Signs the Body with signature selector alg (SHA-256 references for RSA-SHA256),
+// naming the signer by issuer and serial or carrying its certificate as a token.
+inline std::string sign(const std::string& envelope, int alg, bool issuerSerial, std::string cert, std::string key) {
+    ScopedHandle h;
+    std::string xml = envelope;
+    EXPECT_EQ(VQTK_SOAPSEC_SetSOAPDocument(h, &xml[0], len(xml)), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_SignatureMethod(h, alg, 0), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_createReference(h, nullptr, alg == 5 ? 3 : 1, 3, nullptr), 0);
+    if (issuerSerial) {
+        EXPECT_EQ(VQTK_SOAPSEC_SetIssuerSerial(h), 0);
+    }
+    EXPECT_EQ(VQTK_SOAPSEC_SetSigner(h, bytes(cert), len(cert), bytes(key), len(key)), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_Sign(h), 0);
+    return resultOf(h);
+}
+
+// Encrypts the Body's content (or target, of encryption type 1 or 2) with
+// symmetric selector symm for one recipient, or two when second is not empty,
+// named by issuer and serial.
+inline std::string encrypt(const std::string& envelope, int symm, int wrap, std::string recipient,
+                           std::string second, const char* target = nullptr, int type = 1) {
+    ScopedHandle h;
+    std::string xml = envelope;
+    std::string targetText = target != nullptr ? target : "";
+    EXPECT_EQ(VQTK_SOAPSEC_SetSOAPDocument(h, &xml[0], len(xml)), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_SetSymmAlg(h, symm), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_EncryptElement(h, target != nullptr ? &targetText[0] : nullptr, type), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_SetIssuerSerial(h), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_EncryptKeyWrapKey(h, bytes(recipient), len(recipient), wrap), 0);
+    if (!second.empty()) {
+        EXPECT_EQ(VQTK_SOAPSEC_EncryptKeyWrapKey(h, bytes(second), len(second), wrap), 0);
+    }
+    EXPECT_EQ(VQTK_SOAPSEC_Encrypt(h), 0);
+    return resultOf(h);
+}
+
+// The message with the Body's "tea" changed after it was secured.
+inline std::string tampered(std::string message) {
+    message.replace(message.find(">tea<"), 5, ">tee<");
+    return message;
+}
+
+}  // namespace soaptest
+
+#endif

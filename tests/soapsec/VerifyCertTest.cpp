@@ -1,0 +1,128 @@
+// A signer named only by issuer and serial: the receiver supplies its certificate.
+#include <cstdio>
+
+#include "soapsec/SoapSender.hpp"
+
+using namespace soaptest;
+
+namespace {
+
+// Loads message, reads the signer's data, gives cert to verify with; the status
+// of ProcessSOAP (or of the first failing step).
+int verifyWith(std::string message, std::string cert) {
+    ScopedHandle h;
+    EXPECT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], len(message)), 0);
+    int isSigned = 0;
+    EXPECT_EQ(VQTK_SOAPSEC_GetSignKeyInfo(h, &isSigned), 0);
+    EXPECT_EQ(isSigned, 1);
+    const int status = VQTK_SOAPSEC_SetVerifyCert(h, bytes(cert), len(cert));
+    if (status != 0)
+        return status;
+    return VQTK_SOAPSEC_ProcessSOAP(h);
+}
+
+TEST(SoapVerifyCert, IssuerSerialSignatureVerifiesWithTheSignersCertificate) {
+    Pki pki;
+    const std::string message = sign(kEnvelope, 2, true, pki.cert, pki.key);
+    ASSERT_EQ(message.find("BinarySecurityToken"), std::string::npos);
+    ASSERT_NE(message.find("X509IssuerSerial"), std::string::npos);
+    EXPECT_EQ(verifyWith(message, pki.cert), 0);
+    std::string pem = testfiles::read(testfiles::dataPath("testpki/ee-rsa.crt.pem"));
+    EXPECT_EQ(verifyWith(message, pem), 0);
+}
+
+TEST(SoapVerifyCert, IssuerSerialSignatureWithoutACertificateIsRefused) {
+    Pki pki;
+    std::string message = sign(kEnvelope, 2, true, pki.cert, pki.key);
+    ScopedHandle h;
+    ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], len(message)), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_ProcessSOAP(h), 11213);
+}
+
+TEST(SoapVerifyCert, AnotherCertificateFailsVerification) {
+    Pki pki;
+    EXPECT_EQ(verifyWith(sign(kEnvelope, 5, true, pki.cert, pki.key), pki.otherCert), 11213);
+}
+
+// The caller's certificate comes before the message's own token, also when the
+// token's key is read after it.
+TEST(SoapVerifyCert, OverridesTheMessagesToken) {
+    Pki pki;
+    std::string message = sign(kEnvelope, 2, false, pki.cert, pki.key);
+    EXPECT_EQ(verifyWith(message, pki.otherCert), 11213);
+    EXPECT_EQ(verifyWith(message, pki.cert), 0);
+    ScopedHandle h;
+    ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], len(message)), 0);
+    int isSigned = 0;
+    ASSERT_EQ(VQTK_SOAPSEC_GetSignKeyInfo(h, &isSigned), 0);
+    ASSERT_EQ(VQTK_SOAPSEC_SetVerifyCert(h, bytes(pki.otherCert), len(pki.otherCert)), 0);
+    ASSERT_EQ(VQTK_SOAPSEC_GetSignKeyInfo(h, &isSigned), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_ProcessSOAP(h), 11213);
+}
+
+TEST(SoapVerifyCert, KcdsaSignerNamedByIssuerSerial) {
+    Pki pki;
+    EXPECT_EQ(verifyWith(sign(kEnvelope, 3, true, pki.kcdsaCert, pki.kcdsaKey), pki.kcdsaCert), 0);
+}
+
+// The Body signed by Apache WSS4J's sender, the signer named by issuer and serial.
+std::string signedByWss4j(bool sha256) {
+#ifdef VQXML_WSS4J_JAVA
+    const std::string in = testfiles::scratch("wss4j-envelope.xml");
+    const std::string out = testfiles::scratch("wss4j-signed.xml");
+    testfiles::write(in, kEnvelope);
+    const std::string command = std::string(VQXML_WSS4J_JAVA) + " Wss4jProducer " + in + " " + out + " " +
+                                testfiles::dataPath("testpki/ee-rsa.crt.der") + " " +
+                                testfiles::dataPath("testpki/ee-rsa.key.der") + (sha256 ? " --sha256" : "");
+    EXPECT_EQ(testfiles::run(command), 0) << command;
+    std::string message = testfiles::read(out);
+    std::remove(in.c_str());
+    std::remove(out.c_str());
+    return message;
+#else
+    (void)sha256;
+    return std::string();
+#endif
+}
+
+TEST(SoapVerifyCert, Wss4jIssuerSerialSignature) {
+#ifndef VQXML_WSS4J_JAVA
+    GTEST_SKIP() << kWss4jMissing;
+#endif
+    Pki pki;
+    for (bool sha256 : {false, true}) {
+        SCOPED_TRACE(sha256 ? "rsa-sha256" : "rsa-sha1");
+        std::string message = signedByWss4j(sha256);
+        ASSERT_NE(message.find("X509IssuerSerial"), std::string::npos) << message;
+        ScopedHandle h;
+        ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], len(message)), 0);
+        int isSigned = 0;
+        ASSERT_EQ(VQTK_SOAPSEC_GetSignKeyInfo(h, &isSigned), 0);
+        const auto named = issuerAndSerial(h);
+        EXPECT_EQ(named.second, "4097");
+        EXPECT_NE(named.first.find("VQXML Test Root CA"), std::string::npos) << named.first;
+        EXPECT_EQ(verifyWith(message, pki.otherCert), 11213);
+        EXPECT_EQ(verifyWith(tampered(message), pki.cert), 11213);
+        EXPECT_EQ(verifyWith(message, pki.cert), 0);
+    }
+}
+
+TEST(SoapVerifyCert, BadArgumentsAndUnsignedMessages) {
+    Pki pki;
+    ScopedHandle h;
+    EXPECT_EQ(VQTK_SOAPSEC_SetVerifyCert(nullptr, bytes(pki.cert), len(pki.cert)), 10100);
+    EXPECT_EQ(VQTK_SOAPSEC_SetVerifyCert(h, bytes(pki.cert), len(pki.cert)), 10400);
+    std::string encrypted = encrypt(kEnvelope, 1, 3, pki.cert, "");
+    ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &encrypted[0], len(encrypted)), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_SetVerifyCert(h, nullptr, 10), 10405);
+    EXPECT_EQ(VQTK_SOAPSEC_SetVerifyCert(h, bytes(pki.cert), 0), 10405);
+    EXPECT_EQ(VQTK_SOAPSEC_SetVerifyCert(h, bytes(pki.cert), len(pki.cert)), 10406);
+    std::string garbage = "not a certificate";
+    std::string message = sign(kEnvelope, 2, true, pki.cert, pki.key);
+    ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], len(message)), 0);
+    EXPECT_NE(VQTK_SOAPSEC_SetVerifyCert(h, bytes(garbage), len(garbage)), 0);
+    std::string truncated = pki.cert.substr(0, pki.cert.size() / 2);
+    EXPECT_NE(VQTK_SOAPSEC_SetVerifyCert(h, bytes(truncated), len(truncated)), 0);
+}
+
+}  // namespace

@@ -1,0 +1,39 @@
+// Signs a SOAP envelope's Body with Apache WSS4J's own sender (WSSecSignature),
+// naming the signer's certificate only by issuer and serial number.
+//
+// Usage: java Wss4jProducer IN OUT CERT KEY [--sha256]
+// CERT is DER or PEM, KEY PKCS #8 DER. Exits 0, or prints the failure and exits 1.
+import java.security.KeyStore;
+
+import org.apache.ws.security.WSConstants;
+import org.apache.ws.security.message.WSSecHeader;
+import org.apache.ws.security.message.WSSecSignature;
+import org.w3c.dom.Document;
+
+public final class Wss4jProducer {
+    public static void main(String[] args) {
+        if (args.length < 4) {
+            System.err.println("usage: Wss4jProducer IN OUT CERT KEY [--sha256]");
+            System.exit(2);
+        }
+        try {
+            KeyStore keys = Wss4jSupport.newStore();
+            Wss4jSupport.addPair(keys, "signer", args[2], args[3]);
+            Document doc = Wss4jSupport.parse(args[0]);
+            WSSecHeader header = new WSSecHeader();
+            header.insertSecurityHeader(doc);
+            WSSecSignature signature = new WSSecSignature();
+            signature.setUserInfo("signer", Wss4jSupport.PASSWORD);
+            signature.setKeyIdentifierType(WSConstants.ISSUER_SERIAL);
+            if (args.length > 4 && args[4].equals("--sha256")) {
+                signature.setSignatureAlgorithm("http://www.w3.org/2001/04/xmldsig-more#rsa-sha256");
+                signature.setDigestAlgo(WSConstants.SHA256);
+            }
+            signature.build(doc, Wss4jSupport.merlin(keys, Wss4jSupport.newStore()), header);
+            Wss4jSupport.write(doc, args[1]);
+        } catch (Exception e) {
+            System.out.println("FAILED " + e);
+            System.exit(1);
+        }
+    }
+}
