@@ -1,17 +1,22 @@
 // Parsing callers' bytes into a tree, safely: no DTD, external entity or URL is
-// ever loaded, and entity expansion is bounded.
+// ever loaded, entity expansion is bounded, and so are nesting depth and the
+// attributes of an element (core/ParseLimits.hpp).
 #include <memory>
 #include <string>
 
+#include <openssl/crypto.h>
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/framework/MemBufInputSource.hpp>
+#include <xercesc/internal/XMLScanner.hpp>
 #include <xercesc/parsers/XercesDOMParser.hpp>
 #include <xercesc/sax/ErrorHandler.hpp>
+#include <xercesc/sax/Locator.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
 #include <xercesc/util/SecurityManager.hpp>
 #include <xercesc/util/XMLEntityResolver.hpp>
 #include <xercesc/util/XMLResourceIdentifier.hpp>
 
+#include "core/ParseLimits.hpp"
 #include "core/Transcode.hpp"
 #include "core/VQXMLException.hpp"
 #include "vqxml/VQXML_XMLSecurity.h"
@@ -56,20 +61,68 @@ private:
     vqxml::XString m_first;
 };
 
+// Thrown through the scanner when a bound is broken, to tell that refusal from
+// the others.
+struct BoundBroken {
+    vqxml::XString text;
+};
+
+// Refuses a document as soon as an element goes deeper, or carries more
+// attributes, than the limits allow: the tree is never built, so nothing
+// downstream has to walk it.
+class BoundedDOMParser : public XercesDOMParser {
+public:
+    // levelsAbove: the elements open around the text before it starts.
+    explicit BoundedDOMParser(std::size_t levelsAbove = 0)
+        : XercesDOMParser(nullptr, XMLPlatformUtils::fgMemoryManager, nullptr), m_depth(levelsAbove) {}
+
+    void startElement(const XMLElementDecl& decl, const unsigned int urlId, const XMLCh* const prefix,
+                      const RefVectorOf<XMLAttr>& attributes, const XMLSize_t attributeCount, const bool isEmpty,
+                      const bool isRoot) override {
+        const std::string broken = vqxml::boundBrokenBy(m_depth + 1, attributeCount);
+        if (!broken.empty())
+            refuse(broken);
+        XercesDOMParser::startElement(decl, urlId, prefix, attributes, attributeCount, isEmpty, isRoot);
+        // An empty element is closed at once and gets no end event.
+        if (!isEmpty)
+            ++m_depth;
+    }
+
+    void endElement(const XMLElementDecl& decl, const unsigned int urlId, const bool isRoot,
+                    const XMLCh* const prefix) override {
+        XercesDOMParser::endElement(decl, urlId, isRoot, prefix);
+        --m_depth;
+    }
+
+private:
+    [[noreturn]] void refuse(const std::string& what) const {
+        const vqxml::XString text = vqxml::toXString(what) + u" (line " +
+                                    vqxml::toXString(std::to_string(getScanner()->getLocator()->getLineNumber())) +
+                                    u")";
+        throw BoundBroken{text};
+    }
+
+    std::size_t m_depth;
+};
+
 struct ParseResult {
     int errors;
     vqxml::XString firstError;
 };
 
-ParseResult parse(const char* xml, int len, DOMDocument** out) {
-    XercesDOMParser parser(nullptr, XMLPlatformUtils::fgMemoryManager, nullptr);
+void configure(XercesDOMParser& parser) {
     parser.setValidationScheme(XercesDOMParser::Val_Never);
-    parser.setDoNamespaces(true);
     parser.setLoadExternalDTD(false);
     parser.setDisableDefaultEntityResolution(true);
     parser.setCreateEntityReferenceNodes(false);
-    RefusingEntityResolver resolver;
+    static RefusingEntityResolver resolver;
     parser.setXMLEntityResolver(&resolver);
+}
+
+ParseResult parse(const char* xml, int len, DOMDocument** out) {
+    BoundedDOMParser parser;
+    configure(parser);
+    parser.setDoNamespaces(true);
     SecurityManager limits;
     limits.setEntityExpansionLimit(kEntityExpansionLimit);
     parser.setSecurityManager(&limits);
@@ -82,6 +135,9 @@ ParseResult parse(const char* xml, int len, DOMDocument** out) {
     try {
         parser.parse(source);
         result.errors = static_cast<int>(parser.getErrorCount());
+    } catch (const BoundBroken& e) {
+        result.errors = 1;
+        result.firstError = e.text;
     } catch (const VQXML_XSECException& e) {
         result.errors = 1;
         result.firstError = e.getMsg();
@@ -98,6 +154,56 @@ ParseResult parse(const char* xml, int len, DOMDocument** out) {
 }
 
 }  // namespace
+
+namespace {
+
+// Parses text only to enforce the bounds, starting levelsAbove levels deep;
+// malformed text and external entities are whoever parses it next's to report
+// (the scan stops there, as that parser will).
+void checkShape(const std::string& text, std::size_t levelsAbove) {
+    BoundedDOMParser parser(levelsAbove);
+    configure(parser);
+    SecurityManager limits;
+    limits.setEntityExpansionLimit(kEntityExpansionLimit);
+    parser.setSecurityManager(&limits);
+    FirstErrorHandler quiet;
+    parser.setErrorHandler(&quiet);
+    MemBufInputSource source(reinterpret_cast<const XMLByte*>(text.data()), text.size(), kSystemId, false);
+    try {
+        parser.parse(source);
+    } catch (const BoundBroken& e) {
+        throw VQXML_XSECException(VQXML_ERR_PARSE, e.text.c_str());
+    } catch (const VQXML_XSECException&) {
+    } catch (const XMLException&) {
+    }
+}
+
+}  // namespace
+
+std::string vqxml::boundBrokenBy(std::size_t level, std::size_t attributeCount) {
+    if (level > kMaxElementDepth)
+        return "Elements are nested deeper than " + std::to_string(kMaxElementDepth) + " levels";
+    if (attributeCount > kMaxAttributesPerElement)
+        return "An element has more than " + std::to_string(kMaxAttributesPerElement) + " attributes";
+    return {};
+}
+
+void vqxml::checkFragmentShape(const char* text, std::size_t length, std::size_t levelsAbove) {
+    // The wrapper stands for the element the text goes into; a text at the top
+    // of a document has none, so it stands one level higher.
+    std::string wrapped = "<w>";
+    wrapped.append(text, length);
+    wrapped += "</w>";
+    struct Wipe {
+        std::string& text;
+        ~Wipe() { OPENSSL_cleanse(&text[0], text.size()); }
+    } wipe{wrapped};
+    checkShape(wrapped, levelsAbove > 0 ? levelsAbove - 1 : 0);
+}
+
+void vqxml::checkDocumentShape(const char* text, std::size_t length) {
+    checkShape(std::string(text, length), 0);
+}
 
 int VQXML_XMLSecurity::setXMLDocument(char* xml, int len, DOMDocument** out) {
     if (xml == nullptr || len <= 0) {

@@ -23,6 +23,7 @@
 #include <xsec/dsig/DSIGTransformList.hpp>
 #include <xercesc/dom/DOMDocument.hpp>
 
+#include "core/ParseLimits.hpp"
 #include "core/Transcode.hpp"
 #include "core/VQXMLException.hpp"
 #include "dsig/AlgorithmCodes.hpp"
@@ -50,11 +51,15 @@ bool referenced(const DSIGSignature& signature, const XMLCh* uri, bool parsed) {
     return false;
 }
 
-// The engine's parser follows external entities, so an attachment it would parse
-// could make a verifier read files or fetch addresses. Unless its prolog shows
-// that it declares no document type, such an attachment must first pass our own
-// parser, which refuses external entities.
+// The engine's parser follows external entities and knows no bounds on depth,
+// so an attachment it would parse could make a verifier read files or fetch
+// addresses, or spend its time and stack on nesting. Every such attachment
+// must keep within our parser's bounds, and unless its prolog shows that it
+// declares no document type, it must pass our parser, which refuses external
+// entities.
 void requireSafeXml(VQXML_XMLSecurity& context, const Attachment& attachment) {
+    vqxml::checkDocumentShape(reinterpret_cast<const char*>(attachment.part->GetContent()),
+                              static_cast<std::size_t>(attachment.part->GetTextLen()));
     if (vqxml::ebxml::hasPlainProlog(attachment.part->GetContent(), attachment.part->GetTextLen()))
         return;
     XERCES_CPP_NAMESPACE::DOMDocument* parsed = nullptr;

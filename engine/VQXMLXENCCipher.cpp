@@ -7,6 +7,7 @@
 #include <set>
 #include <string>
 
+#include <openssl/crypto.h>
 #include <xercesc/dom/DOM.hpp>
 #include <xsec/dsig/DSIGConstants.hpp>
 #include <xsec/framework/XSECAlgorithmHandler.hpp>
@@ -16,6 +17,7 @@
 #include <xsec/transformers/TXFMBase64.hpp>
 #include <xsec/transformers/TXFMChain.hpp>
 #include <xsec/transformers/TXFMSB.hpp>
+#include <xsec/utils/XSECBinTXFMInputStream.hpp>
 #include <xsec/utils/XSECPlatformUtils.hpp>
 #include <xsec/utils/XSECSafeBuffer.hpp>
 #include <xsec/xenc/XENCCipherValue.hpp>
@@ -23,6 +25,7 @@
 #include <xsec/xenc/XENCEncryptedKey.hpp>
 #include <xsec/xenc/XENCEncryptionMethod.hpp>
 
+#include "core/ParseLimits.hpp"
 #include "engine/KeyInfoGuard.hpp"
 #include "engine/WholeBufferCipherHandler.hpp"
 #include "engine/XencFragmentParser.hpp"
@@ -126,6 +129,22 @@ VQXML_XENCCipher::~VQXML_XENCCipher() {
     m_provider.releaseCipher(m_engine);
 }
 
+// The engine parses what it decrypts with a parser of its own, which knows no
+// bounds; so the plaintext is decrypted once more beforehand and its shape
+// checked where it will stand.
+void VQXML_XENCCipher::checkDecryptedShape(DOMElement* encryptedData) {
+    std::size_t levelsAbove = 0;
+    for (DOMNode* up = encryptedData->getParentNode(); up != nullptr; up = up->getParentNode())
+        levelsAbove += up->getNodeType() == DOMNode::ELEMENT_NODE ? 1 : 0;
+    std::unique_ptr<XSECBinTXFMInputStream> plain(m_engine->decryptToBinInputStream(encryptedData));
+    vqxml::korean::SecureBytes octets;
+    XMLByte chunk[4096];
+    while (XMLSize_t n = plain->readBytes(chunk, sizeof chunk))
+        octets.insert(octets.end(), chunk, chunk + n);
+    OPENSSL_cleanse(chunk, sizeof chunk);
+    vqxml::checkFragmentShape(reinterpret_cast<const char*>(octets.data()), octets.size(), levelsAbove);
+}
+
 // ---- the engine's operations, passed on ----
 
 DOMDocument* VQXML_XENCCipher::decryptElement(DOMElement* element) {
@@ -133,17 +152,22 @@ DOMDocument* VQXML_XENCCipher::decryptElement(DOMElement* element) {
     if (decryptInPlace(element))
         return getDocument();
     m_newXencElements = true;
+    checkDecryptedShape(element);
     return m_engine->decryptElement(element);
 }
 DOMNode* VQXML_XENCCipher::decryptElementDetached(DOMElement* element) {
     vqxml::checkKeyInformation(element);
+    checkDecryptedShape(element);
     return m_engine->decryptElementDetached(element);
 }
+// The loaded EncryptedData goes the checked way too; with none, the engine refuses.
 DOMDocument* VQXML_XENCCipher::decryptElement() {
-    return m_engine->decryptElement();
+    XENCEncryptedData* data = m_engine->getEncryptedData();
+    return data != nullptr ? decryptElement(data->getElement()) : m_engine->decryptElement();
 }
 DOMNode* VQXML_XENCCipher::decryptElementDetached() {
-    return m_engine->decryptElementDetached();
+    XENCEncryptedData* data = m_engine->getEncryptedData();
+    return data != nullptr ? decryptElementDetached(data->getElement()) : m_engine->decryptElementDetached();
 }
 XSECBinTXFMInputStream* VQXML_XENCCipher::decryptToBinInputStream(DOMElement* element) {
     vqxml::checkKeyInformation(element);

@@ -16,7 +16,9 @@
 //  - An EncryptedData whose cipher is one of the library's is decrypted in one
 //    piece and its plaintext parsed straight into the document
 //    (XencFragmentParser.hpp); as the document element it must hold one element.
-//    Anything else is left to the engine.
+//    Anything else is left to the engine, after its content is checked against
+//    the parse bounds (core/ParseLimits.hpp); content decrypted in place is
+//    held to them while it is built.
 //
 // Everything else is the engine's cipher, which this one makes from the provider
 // and gives back to it when destroyed. XSECProvider::releaseCipher deletes it.
@@ -101,6 +103,7 @@ private:
     XENCEncryptedData* encryptOctets(vqxml::korean::SecureBytes&& plain, const XMLCh* algorithmURI);
     // Decrypts element in place if it can; false leaves it to the engine.
     bool decryptInPlace(XERCES_CPP_NAMESPACE::DOMElement* element);
+    void checkDecryptedShape(XERCES_CPP_NAMESPACE::DOMElement* encryptedData);
 
     XSECProvider& m_provider;
     XENCCipher* m_engine;

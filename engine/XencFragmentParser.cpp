@@ -20,6 +20,9 @@
 #include <xsec/dsig/DSIGConstants.hpp>
 #include <xsec/framework/XSECException.hpp>
 
+#include "core/ParseLimits.hpp"
+#include "core/VQXMLException.hpp"
+
 XERCES_CPP_NAMESPACE_USE
 
 namespace vqxml::xenc {
@@ -143,8 +146,9 @@ private:
 // Builds the wrapper's content as nodes of doc under one fragment.
 class FragmentBuilder : public DefaultHandler {
 public:
-    explicit FragmentBuilder(DOMDocument* doc)
-        : m_doc(doc), m_fragment(doc->createDocumentFragment()) {}
+    // levelsAbove: the elements around the place the nodes go.
+    FragmentBuilder(DOMDocument* doc, std::size_t levelsAbove)
+        : m_doc(doc), m_fragment(doc->createDocumentFragment()), m_levelsAbove(levelsAbove) {}
     ~FragmentBuilder() override {
         // Elements still open (a parse that failed) belong to no tree yet.
         for (auto it = m_open.rbegin(); it != m_open.rend(); ++it)
@@ -163,6 +167,9 @@ public:
         flushText();
         if (m_depth++ == 0)
             return;
+        const std::string broken = boundBrokenBy(m_levelsAbove + m_depth - 1, attributes.getLength());
+        if (!broken.empty())
+            throw VQXML_XSECException(VQXML_ERR_PARSE, ("Decrypted content: " + broken).c_str());
         m_holdsXenc = m_holdsXenc || XMLString::equals(uri, DSIGConstants::s_unicodeStrURIXENC);
         DOMElement* element = m_doc->createElementNS(orNull(uri), qname);
         for (XMLSize_t i = 0; i < attributes.getLength(); ++i) {
@@ -232,7 +239,8 @@ private:
     DOMDocument* m_doc;
     DOMDocumentFragment* m_fragment;
     std::vector<DOMElement*> m_open;  // made, not yet in the fragment
-    int m_depth = 0;
+    std::size_t m_levelsAbove;
+    std::size_t m_depth = 0;  // the wrapper included
     bool m_inCdata = false;
     bool m_holdsXenc = false;
     XString m_text;
@@ -250,7 +258,10 @@ DOMDocumentFragment* parseInPlace(const korean::SecureBytes& plain, const DOMEle
     reader->setFeature(XMLUni::fgSAX2CoreValidation, false);
     reader->setFeature(XMLUni::fgXercesLoadExternalDTD, false);
     reader->setFeature(XMLUni::fgXercesDisableDefaultEntityResolution, true);
-    FragmentBuilder builder(encryptedData->getOwnerDocument());
+    std::size_t levelsAbove = 0;
+    for (const DOMNode* up = encryptedData->getParentNode(); up != nullptr; up = up->getParentNode())
+        levelsAbove += up->getNodeType() == DOMNode::ELEMENT_NODE ? 1 : 0;
+    FragmentBuilder builder(encryptedData->getOwnerDocument(), levelsAbove);
     reader->setContentHandler(&builder);
     reader->setLexicalHandler(&builder);
     reader->setErrorHandler(&builder);

@@ -1,0 +1,40 @@
+// Bounds on the shape of every document the library parses, and of decrypted
+// content before the engine parses it.
+//
+// Real documents are shallow and narrow: a tax invoice nests about a dozen
+// levels, a SOAP message with a WS-Security header and an ebXML envelope fewer
+// than twenty, and no element of theirs carries more than a handful of
+// attributes and namespace declarations. The engines walk trees recursively
+// (serialisation, namespace and XPath processing, freeing the tree), so a
+// document nested tens of thousands deep would exhaust the stack long before
+// it got anywhere; many thousand attributes on one element cost sorting and
+// namespace work on every canonicalisation. The bounds leave real documents
+// far inside and stop the rest during the parse.
+#ifndef VQXML_CORE_PARSELIMITS_HPP
+#define VQXML_CORE_PARSELIMITS_HPP
+
+#include <cstddef>
+#include <string>
+
+namespace vqxml {
+
+// Levels of element nesting; the document element is level 1.
+constexpr std::size_t kMaxElementDepth = 256;
+// Attributes of one element, namespace declarations included.
+constexpr std::size_t kMaxAttributesPerElement = 256;
+
+// What an element at this level (the document element is 1) with so many
+// attributes breaks; empty when it is within the bounds.
+std::string boundBrokenBy(std::size_t level, std::size_t attributeCount);
+
+// Throws the parse status when the XML text (UTF-8; elements, content or both)
+// would break the bounds in a place levelsAbove elements deep (0: as the whole
+// document). For text that another parser is about to read, such as the
+// engine's parse of decrypted content. Namespaces are not resolved.
+void checkFragmentShape(const char* text, std::size_t length, std::size_t levelsAbove);
+// The same for a whole document that another parser is about to read.
+void checkDocumentShape(const char* text, std::size_t length);
+
+}  // namespace vqxml
+
+#endif
