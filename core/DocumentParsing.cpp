@@ -131,6 +131,8 @@ ParseResult parse(const char* xml, int len, DOMDocument** out) {
 
     MemBufInputSource source(reinterpret_cast<const XMLByte*>(xml), static_cast<XMLSize_t>(len), kSystemId,
                              false);
+    // The caller's bytes outlive the parse: no copy of the whole document.
+    source.setCopyBufToStream(false);
     ParseResult result{0, {}};
     try {
         parser.parse(source);

@@ -22,6 +22,7 @@
 
 #include "core/ParseLimits.hpp"
 #include "core/VQXMLException.hpp"
+#include "vqxml/vqxml.h"
 
 XERCES_CPP_NAMESPACE_USE
 
