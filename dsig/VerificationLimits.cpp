@@ -1,5 +1,7 @@
 #include "dsig/VerificationLimits.hpp"
 
+#include <cctype>
+#include <cstring>
 #include <string>
 
 #include <xsec/dsig/DSIGReference.hpp>
@@ -7,6 +9,7 @@
 #include <xsec/dsig/DSIGSignature.hpp>
 #include <xsec/dsig/DSIGTransformBase64.hpp>
 #include <xsec/dsig/DSIGTransformList.hpp>
+#include <xsec/dsig/DSIGTransformXPath.hpp>
 #include <xsec/dsig/DSIGTransformXSL.hpp>
 #include <xsec/framework/XSECException.hpp>
 
@@ -28,13 +31,76 @@ void checkTransforms(const DSIGTransformList* transforms) {
         const DSIGTransform* transform = transforms->item(i);
         if (dynamic_cast<const DSIGTransformXSL*>(transform) != nullptr)
             refuse(XSECException::UnsupportedFunction, "XSLT transforms are not run when verifying");
+        if (const auto* xpath = dynamic_cast<const DSIGTransformXPath*>(transform)) {
+            const char* why = xpathRefusal(xpath->getExpression());
+            if (*why != 0)
+                refuse(XSECException::UnsupportedFunction, why);
+        }
         if (dynamic_cast<const DSIGTransformBase64*>(transform) != nullptr && i + 1 < transforms->getSize())
             refuse(XSECException::UnsupportedFunction,
                    "A transform after a base64 transform is not run when verifying");
     }
 }
 
+bool nameChar(char c) {
+    return std::isalnum(static_cast<unsigned char>(c)) || c == '-' || c == '_' || c == '.';
+}
+
+// What follows the name that starts at text, past any white space.
+const char* afterName(const char* text, std::size_t length) {
+    const char* after = text + length;
+    while (std::isspace(static_cast<unsigned char>(*after)))
+        ++after;
+    return after;
+}
+
+// Whether the name at text is an axis that walks the document, or the id() function.
+bool walksTheDocument(const char* text, std::size_t length, bool prefixed) {
+    const std::string name(text, length);
+    const char* after = afterName(text, length);
+    if (name == "id")
+        return !prefixed && *after == '(';
+    for (const char* axis : {"descendant", "descendant-or-self", "following", "following-sibling", "preceding",
+                             "preceding-sibling"})
+        if (name == axis)
+            return std::strncmp(after, "::", 2) == 0;
+    return false;
+}
+
 }  // namespace
+
+const char* xpathRefusal(const char* expression) {
+    static const char kTooLong[] = "An XPath transform longer than 1024 characters is not run when verifying";
+    static const char kWalks[] =
+        "An XPath transform that walks the document (//, descendant, following or preceding axes, id()) "
+        "is not run when verifying: it would be evaluated for every node";
+    if (expression == nullptr)
+        return "";
+    if (std::strlen(expression) > kMaxXPathLength)
+        return kTooLong;
+    for (const char* at = expression; *at != 0; ++at) {
+        if (*at == '"' || *at == '\'') {  // literals may say anything
+            const char* end = std::strchr(at + 1, *at);
+            if (end == nullptr)
+                return "";  // not an expression; the engine reports it
+            at = end;
+            continue;
+        }
+        if (at[0] == '/' && at[1] == '/')
+            return kWalks;
+        if (!nameChar(*at) || (at > expression && nameChar(at[-1])))
+            continue;
+        std::size_t length = 0;
+        while (nameChar(at[length]))
+            ++length;
+        // prefix:name is a name, not an axis or a function of the core library
+        const bool prefixed = at > expression && at[-1] == ':' && (at - 1 == expression || at[-2] != ':');
+        if (walksTheDocument(at, length, prefixed))
+            return kWalks;
+        at += length - 1;
+    }
+    return "";
+}
 
 void checkVerificationLimits(const DSIGSignature* signature) {
     const DSIGReferenceList* references = signature->getReferenceList();

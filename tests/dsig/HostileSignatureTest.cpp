@@ -201,6 +201,33 @@ TEST(HostileSignatures, FuzzerFindingsStayFixed) {
     }
 }
 
+// An XPath transform runs once per node: one that walks the document again from
+// each node would make verification quadratic, so it is refused; one that only
+// looks up stays linear and verifies.
+TEST(HostileSignatures, XPathThatWalksTheDocumentForEveryNodeIsRefused) {
+    const std::string walking[] = {
+        "count(//*) > 0",
+        "not(ancestor-or-self::ds:Signature) and count(descendant :: *) >= 0",
+        "count(following-sibling::*) >= 0 or preceding::*",
+        "not(id('x'))",
+        "not(ancestor-or-self::ds:Signature) and string-length('" + std::string(1100, 'a') + "') > 0",
+    };
+    for (const std::string& xpath : walking) {
+        const std::string text = signWithReference(invoice(), "", xpath.c_str());
+        ScopedHandle h;
+        EXPECT_EQ(loadAndVerify(h, text), XSECException::UnsupportedFunction) << xpath;
+        EXPECT_NE(errorText(h).find("XPath"), std::string::npos) << errorText(h);
+        expectStillUsable(h);
+    }
+    const std::string looking[] = {
+        "not(ancestor-or-self::ds:Signature) and not(ancestor-or-self::*[@Id='http://x//y/descendant::id()'])",
+        "count(ancestor-or-self::ds:Signature | here()/ancestor::ds:Signature[1]) > "
+        "count(ancestor-or-self::ds:Signature)",
+    };
+    for (const std::string& xpath : looking)
+        EXPECT_EQ(verify(signWithReference(invoice(), "", xpath.c_str())), 0) << xpath;
+}
+
 // Decoded certificates are shared between handles by their bytes: another
 // certificate put in the signer's place must be decoded as itself.
 TEST(HostileSignatures, ACertificateSwappedIntoAKnownSignatureIsNotTakenForTheSigners) {
