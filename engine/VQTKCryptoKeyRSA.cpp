@@ -1,6 +1,8 @@
 #include "engine/VQTKCryptoKeyRSA.hpp"
 
 #include <array>
+#include <initializer_list>
+#include <utility>
 #include <cstring>
 
 #include <openssl/bn.h>
@@ -8,12 +10,15 @@
 #include <openssl/evp.h>
 #include <openssl/rsa.h>
 #include <xsec/enc/XSECCryptoException.hpp>
+#include <xercesc/util/XMLString.hpp>
+#include <xsec/dsig/DSIGConstants.hpp>
 
 #include "engine/Base64.hpp"
 #include "engine/CertificateEncoding.hpp"
 #include "engine/CertificateNames.hpp"
 #include "engine/KeyCache.hpp"
 #include "engine/OpenSSLInput.hpp"
+#include "engine/korean/SecureBytes.hpp"
 
 namespace {
 
@@ -85,7 +90,41 @@ const EVP_MD* digestOf(XSECCryptoHash::HashType type) {
     case XSECCryptoHash::HASH_SHA256: return EVP_sha256();
     case XSECCryptoHash::HASH_SHA384: return EVP_sha384();
     case XSECCryptoHash::HASH_SHA512: return EVP_sha512();
-    default: fail("Unsupported digest for an RSA signature");
+    default: fail("Unsupported digest for RSA");
+    }
+}
+
+// The digest a DigestMethod or MGF URI names: one of the bases, then the name.
+const EVP_MD* digestNamed(const XMLCh* uri, std::initializer_list<const XMLCh*> bases) {
+    static const std::pair<const XMLCh*, XSECCryptoHash::HashType> kNames[] = {
+        {u"sha1", XSECCryptoHash::HASH_SHA1},     {u"sha224", XSECCryptoHash::HASH_SHA224},
+        {u"sha256", XSECCryptoHash::HASH_SHA256}, {u"sha384", XSECCryptoHash::HASH_SHA384},
+        {u"sha512", XSECCryptoHash::HASH_SHA512}};
+    for (const XMLCh* base : bases) {
+        const XMLSize_t n = XMLString::stringLen(base);
+        if (uri == nullptr || XMLString::compareNString(uri, base, n) != 0)
+            continue;
+        for (const auto& [name, type] : kNames)
+            if (XMLString::equals(uri + n, name))
+                return digestOf(type);
+    }
+    fail("OpenSSL:RSA - OAEP digest algorithm not supported");
+}
+
+void setOaep(EVP_PKEY_CTX* ctx, const XMLCh* hashURI, const XMLCh* mgfURI, const unsigned char* label,
+             unsigned int labelLen) {
+    if (EVP_PKEY_CTX_set_rsa_padding(ctx, RSA_PKCS1_OAEP_PADDING) != 1 ||
+        EVP_PKEY_CTX_set_rsa_oaep_md(ctx, digestNamed(hashURI, {DSIGConstants::s_unicodeStrURISIGBASE,
+                                                                DSIGConstants::s_unicodeStrURISIGBASEMORE,
+                                                                DSIGConstants::s_unicodeStrURIXENC})) != 1 ||
+        EVP_PKEY_CTX_set_rsa_mgf1_md(ctx, digestNamed(mgfURI, {DSIGConstants::s_unicodeStrURIMGF1_BASE})) != 1)
+        fail("OpenSSL:RSA - cannot set up OAEP");
+    if (label == nullptr || labelLen == 0)
+        return;
+    void* copy = OPENSSL_memdup(label, labelLen);
+    if (copy == nullptr || EVP_PKEY_CTX_set0_rsa_oaep_label(ctx, copy, static_cast<int>(labelLen)) != 1) {
+        OPENSSL_free(copy);
+        fail("OpenSSL:RSA - cannot set the OAEP parameters");
     }
 }
 
@@ -124,6 +163,34 @@ unsigned int VQTKCryptoKeyRSA::signSHA1PKCS1Base64Signature(unsigned char* hashB
         fail("The signature does not fit its buffer");
     std::memcpy(base64SignatureBuf, text.c_str(), text.size() + 1);
     return static_cast<unsigned int>(text.size());
+}
+
+// Decrypts with the shared key pair, like signing, so that its prepared state
+// is reused: the engine's copy of the key starts afresh on every decryption.
+unsigned int VQTKCryptoKeyRSA::privateDecrypt(const unsigned char* inBuf, unsigned char* plainBuf,
+                                              unsigned int inLength, unsigned int maxOutLength, PaddingType padding,
+                                              const XMLCh* hashURI, const XMLCh* mgfURI, unsigned char* params,
+                                              unsigned int paramsLen) const {
+    if (getKeyType() != KEY_RSA_PAIR || (padding != PAD_PKCS_1_5 && padding != PAD_OAEP))
+        return OpenSSLCryptoKeyRSA::privateDecrypt(inBuf, plainBuf, inLength, maxOutLength, padding, hashURI, mgfURI,
+                                                   params, paramsLen);
+    std::unique_ptr<EVP_PKEY_CTX, decltype(&EVP_PKEY_CTX_free)> ctx(EVP_PKEY_CTX_new(m_pkey.get(), nullptr),
+                                                                   &EVP_PKEY_CTX_free);
+    if (!ctx || EVP_PKEY_decrypt_init(ctx.get()) != 1)
+        fail("OpenSSL:RSA - cannot start decrypting");
+    if (padding == PAD_OAEP)
+        setOaep(ctx.get(), hashURI, mgfURI, params, paramsLen);
+    else if (EVP_PKEY_CTX_set_rsa_padding(ctx.get(), RSA_PKCS1_PADDING) != 1)
+        fail("OpenSSL:RSA - cannot set up PKCS #1 v1.5");
+    vqxml::korean::SecureBytes plain(static_cast<size_t>(EVP_PKEY_get_size(m_pkey.get())));
+    size_t len = plain.size();
+    if (EVP_PKEY_decrypt(ctx.get(), plain.data(), &len, inBuf, inLength) != 1)
+        fail(padding == PAD_OAEP ? "OpenSSL:RSA privateKeyDecrypt - Error removing OAEPadding"
+                                 : "OpenSSL:RSA privateKeyDecrypt - Error Decrypting PKCS1_5 padded RSA encrypt");
+    if (len > maxOutLength)
+        fail("OpenSSL:RSA - the decrypted key does not fit its buffer");
+    std::memcpy(plainBuf, plain.data(), len);
+    return static_cast<unsigned int>(len);
 }
 
 bool VQTKCryptoKeyRSA::hasRsaKey(const X509* cert) {

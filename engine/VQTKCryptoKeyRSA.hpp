@@ -29,6 +29,10 @@ public:
     unsigned int signSHA1PKCS1Base64Signature(unsigned char* hashBuf, unsigned int hashLen, char* base64SignatureBuf,
                                               unsigned int base64SignatureBufLen,
                                               XSECCryptoHash::HashType type) const override;
+    unsigned int privateDecrypt(const unsigned char* inBuf, unsigned char* plainBuf, unsigned int inLength,
+                                unsigned int maxOutLength, PaddingType padding, const XMLCh* hashURI = nullptr,
+                                const XMLCh* mgfURI = nullptr, unsigned char* params = nullptr,
+                                unsigned int paramsLen = 0) const override;
 
     bool hasCertificate() const { return m_cert != nullptr; }
     // The certificate's DER bytes (empty without a certificate).
