@@ -6,7 +6,14 @@
 
 namespace {
 
-const EVP_MD* digestOf(XSECCryptoHash::HashType type) {
+void check(int ok, const char* what) {
+    if (ok != 1)
+        throw XSECCryptoException(XSECCryptoException::MDError, what);
+}
+
+}  // namespace
+
+const EVP_MD* VQTKCryptoHash::digestFor(HashType type) {
     switch (type) {
     case XSECCryptoHash::HASH_SHA1:
         return EVP_sha1();
@@ -25,14 +32,7 @@ const EVP_MD* digestOf(XSECCryptoHash::HashType type) {
     }
 }
 
-void check(int ok, const char* what) {
-    if (ok != 1)
-        throw XSECCryptoException(XSECCryptoException::MDError, what);
-}
-
-}  // namespace
-
-VQTKCryptoHash::VQTKCryptoHash(HashType type) : m_type(type), m_md(digestOf(type)), m_ctx(EVP_MD_CTX_new()) {
+VQTKCryptoHash::VQTKCryptoHash(HashType type) : m_type(type), m_md(digestFor(type)), m_ctx(EVP_MD_CTX_new()) {
     if (m_ctx == nullptr)
         throw XSECCryptoException(XSECCryptoException::MDError, "OpenSSL:Hash - cannot allocate a digest context");
     try {

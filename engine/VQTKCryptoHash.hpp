@@ -11,6 +11,8 @@
 class VQTKCryptoHash : public XSECCryptoHash {
 public:
     explicit VQTKCryptoHash(HashType type);
+    // OpenSSL's digest for the engine's type; throws XSECCryptoException for others.
+    static const EVP_MD* digestFor(HashType type);
     ~VQTKCryptoHash() override;
     VQTKCryptoHash(const VQTKCryptoHash&) = delete;
     VQTKCryptoHash& operator=(const VQTKCryptoHash&) = delete;

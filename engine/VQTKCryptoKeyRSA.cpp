@@ -17,6 +17,7 @@
 #include "engine/CertificateEncoding.hpp"
 #include "engine/CertificateNames.hpp"
 #include "engine/KeyCache.hpp"
+#include "engine/VQTKCryptoHash.hpp"
 #include "engine/OpenSSLInput.hpp"
 #include "engine/korean/SecureBytes.hpp"
 
@@ -82,18 +83,6 @@ private:
     std::array<BIGNUM*, 8> m_numbers;
 };
 
-const EVP_MD* digestOf(XSECCryptoHash::HashType type) {
-    switch (type) {
-    case XSECCryptoHash::HASH_SHA1: return EVP_sha1();
-    case XSECCryptoHash::HASH_MD5: return EVP_md5();
-    case XSECCryptoHash::HASH_SHA224: return EVP_sha224();
-    case XSECCryptoHash::HASH_SHA256: return EVP_sha256();
-    case XSECCryptoHash::HASH_SHA384: return EVP_sha384();
-    case XSECCryptoHash::HASH_SHA512: return EVP_sha512();
-    default: fail("Unsupported digest for RSA");
-    }
-}
-
 // The digest a DigestMethod or MGF URI names: one of the bases, then the name.
 const EVP_MD* digestNamed(const XMLCh* uri, std::initializer_list<const XMLCh*> bases) {
     static const std::pair<const XMLCh*, XSECCryptoHash::HashType> kNames[] = {
@@ -106,7 +95,7 @@ const EVP_MD* digestNamed(const XMLCh* uri, std::initializer_list<const XMLCh*> 
             continue;
         for (const auto& [name, type] : kNames)
             if (XMLString::equals(uri + n, name))
-                return digestOf(type);
+                return VQTKCryptoHash::digestFor(type);
     }
     fail("OpenSSL:RSA - OAEP digest algorithm not supported");
 }
@@ -154,7 +143,7 @@ unsigned int VQTKCryptoKeyRSA::signSHA1PKCS1Base64Signature(unsigned char* hashB
     size_t len = signature.size();
     if (!ctx || EVP_PKEY_sign_init(ctx.get()) != 1 ||
         EVP_PKEY_CTX_set_rsa_padding(ctx.get(), RSA_PKCS1_PADDING) != 1 ||
-        EVP_PKEY_CTX_set_signature_md(ctx.get(), digestOf(type)) != 1 ||
+        EVP_PKEY_CTX_set_signature_md(ctx.get(), VQTKCryptoHash::digestFor(type)) != 1 ||
         EVP_PKEY_sign(ctx.get(), signature.data(), &len, hashBuf, hashLen) != 1)
         fail("The RSA signature could not be made");
     signature.resize(len);
