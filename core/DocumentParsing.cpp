@@ -17,6 +17,7 @@
 #include <xercesc/util/XMLResourceIdentifier.hpp>
 
 #include "core/ParseLimits.hpp"
+#include "core/QuickDOMParser.hpp"
 #include "core/Transcode.hpp"
 #include "core/VQXMLException.hpp"
 #include "vqxml/VQXML_XMLSecurity.h"
@@ -70,11 +71,10 @@ struct BoundBroken {
 // Refuses a document as soon as an element goes deeper, or carries more
 // attributes, than the limits allow: the tree is never built, so nothing
 // downstream has to walk it.
-class BoundedDOMParser : public XercesDOMParser {
+class BoundedDOMParser : public vqxml::QuickDOMParser {
 public:
     // levelsAbove: the elements open around the text before it starts.
-    explicit BoundedDOMParser(std::size_t levelsAbove = 0)
-        : XercesDOMParser(nullptr, XMLPlatformUtils::fgMemoryManager, nullptr), m_depth(levelsAbove) {}
+    explicit BoundedDOMParser(std::size_t levelsAbove = 0) : m_depth(levelsAbove) {}
 
     void startElement(const XMLElementDecl& decl, const unsigned int urlId, const XMLCh* const prefix,
                       const RefVectorOf<XMLAttr>& attributes, const XMLSize_t attributeCount, const bool isEmpty,
@@ -82,16 +82,14 @@ public:
         const std::string broken = vqxml::boundBrokenBy(m_depth + 1, attributeCount);
         if (!broken.empty())
             refuse(broken);
-        XercesDOMParser::startElement(decl, urlId, prefix, attributes, attributeCount, isEmpty, isRoot);
-        // An empty element is closed at once and gets no end event.
-        if (!isEmpty)
-            ++m_depth;
+        ++m_depth;
+        QuickDOMParser::startElement(decl, urlId, prefix, attributes, attributeCount, isEmpty, isRoot);
     }
 
     void endElement(const XMLElementDecl& decl, const unsigned int urlId, const bool isRoot,
                     const XMLCh* const prefix) override {
-        XercesDOMParser::endElement(decl, urlId, isRoot, prefix);
         --m_depth;
+        QuickDOMParser::endElement(decl, urlId, isRoot, prefix);
     }
 
 private:

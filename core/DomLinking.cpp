@@ -1,0 +1,85 @@
+#include "core/DomLinking.hpp"
+
+#include <xercesc/dom/DOMAttr.hpp>
+#include <xercesc/dom/DOMElement.hpp>
+#include <xercesc/dom/DOMText.hpp>
+#include <xercesc/dom/impl/DOMAttrImpl.hpp>
+#include <xercesc/dom/impl/DOMCasts.hpp>
+#include <xercesc/dom/impl/DOMElementImpl.hpp>
+#include <xercesc/dom/impl/DOMTextImpl.hpp>
+
+XERCES_CPP_NAMESPACE_USE
+
+namespace {
+
+// Elements and text are what a parse makes by the thousand; every element
+// class of the DOM derives from DOMElementImpl, every text node is a
+// DOMTextImpl. Anything else takes the DOM's own casts.
+DOMElementImpl* asElement(DOMNode* n) {
+    return static_cast<DOMElementImpl*>(static_cast<DOMElement*>(n));
+}
+
+DOMTextImpl* asText(DOMNode* n) {
+    return static_cast<DOMTextImpl*>(static_cast<DOMText*>(n));
+}
+
+DOMNodeImpl* nodePart(DOMNode* n) {
+    switch (n->getNodeType()) {
+    case DOMNode::ELEMENT_NODE:
+        return &asElement(n)->fNode;
+    case DOMNode::TEXT_NODE:
+        return &asText(n)->fNode;
+    default:
+        return castToNodeImpl(n);
+    }
+}
+
+DOMChildNode* childPart(DOMNode* n) {
+    switch (n->getNodeType()) {
+    case DOMNode::ELEMENT_NODE:
+        return &asElement(n)->fChild;
+    case DOMNode::TEXT_NODE:
+        return &asText(n)->fChild;
+    default:
+        return castToChildImpl(n);
+    }
+}
+
+DOMParentNode* parentPart(DOMNode* n) {
+    switch (n->getNodeType()) {
+    case DOMNode::ELEMENT_NODE:
+        return &asElement(n)->fParent;
+    case DOMNode::ATTRIBUTE_NODE:
+        return &static_cast<DOMAttrImpl*>(static_cast<DOMAttr*>(n))->fParent;
+    default:
+        return castToParentImpl(n);
+    }
+}
+
+}  // namespace
+
+void vqxml::appendNewChild(DOMNode* parent, DOMNode* child) {
+    DOMParentNode* children = parentPart(parent);
+    DOMNodeImpl* node = nodePart(child);
+    DOMChildNode* place = childPart(child);
+    node->fOwnerNode = parent;
+    node->isOwned(true);
+    // The first child's previousSibling is the last child: the list is closed
+    // backwards so that appending needs no walk.
+    if (children->fFirstChild == nullptr) {
+        children->fFirstChild = child;
+        node->isFirstChild(true);
+        place->previousSibling = child;
+        return;
+    }
+    DOMChildNode* first = childPart(children->fFirstChild);
+    DOMNode* last = first->previousSibling;
+    childPart(last)->nextSibling = child;
+    place->previousSibling = last;
+    first->previousSibling = child;
+}
+
+DOMNode* vqxml::parentOfElement(DOMNode* element) {
+    const DOMNodeImpl& node = asElement(element)->fNode;
+    return node.isOwned() ? node.fOwnerNode : nullptr;
+}

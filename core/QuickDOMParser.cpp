@@ -1,0 +1,111 @@
+#include "core/QuickDOMParser.hpp"
+
+#include <xercesc/dom/DOMText.hpp>
+#include <xercesc/dom/impl/DOMAttrImpl.hpp>
+#include <xercesc/dom/impl/DOMAttrMapImpl.hpp>
+#include <xercesc/dom/impl/DOMDocumentImpl.hpp>
+#include <xercesc/dom/impl/DOMElementImpl.hpp>
+#include <xercesc/framework/XMLAttr.hpp>
+#include <xercesc/framework/XMLElementDecl.hpp>
+#include <xercesc/internal/XMLScanner.hpp>
+#include <xercesc/util/XMLUni.hpp>
+
+#include "core/DomLinking.hpp"
+
+XERCES_CPP_NAMESPACE_USE
+
+vqxml::QuickDOMParser::QuickDOMParser() : XercesDOMParser(nullptr, XMLPlatformUtils::fgMemoryManager, nullptr) {}
+
+void vqxml::QuickDOMParser::startElement(const XMLElementDecl& decl, unsigned int urlId, const XMLCh* prefix,
+                                         const RefVectorOf<XMLAttr>& attributes, XMLSize_t attributeCount,
+                                         bool isEmpty, bool isRoot) {
+    if (!startQuickly(decl, urlId, prefix, attributes, attributeCount))
+        XercesDOMParser::startElement(decl, urlId, prefix, attributes, attributeCount, false, isRoot);
+    if (isEmpty)
+        endElement(decl, urlId, isRoot, prefix);
+}
+
+void vqxml::QuickDOMParser::endElement(const XMLElementDecl& decl, unsigned int urlId, bool isRoot,
+                                       const XMLCh* prefix) {
+    if (!endQuickly())
+        XercesDOMParser::endElement(decl, urlId, isRoot, prefix);
+}
+
+void vqxml::QuickDOMParser::docCharacters(const XMLCh* chars, XMLSize_t length, bool cdataSection) {
+    // Text that follows text joins it; XercesDOMParser does that without casts.
+    if (!fWithinElement || cdataSection || fCurrentNode->getNodeType() == DOMNode::TEXT_NODE ||
+        fCurrentParent->getNodeType() != DOMNode::ELEMENT_NODE) {
+        XercesDOMParser::docCharacters(chars, length, cdataSection);
+        return;
+    }
+    DOMText* text = createText(chars, length);
+    appendNewChild(fCurrentParent, text);
+    fCurrentNode = text;
+}
+
+bool vqxml::QuickDOMParser::startQuickly(const XMLElementDecl& decl, unsigned int urlId, const XMLCh* prefix,
+                                         const RefVectorOf<XMLAttr>& attributes, XMLSize_t attributeCount) {
+    if (!fScanner->getDoNamespaces() || decl.hasAttDefs() || fCreateSchemaInfo || fPSVIHandler != nullptr ||
+        fCurrentParent->getNodeType() != DOMNode::ELEMENT_NODE)
+        return false;
+    // An ID attribute goes into the document's ID map.
+    for (XMLSize_t i = 0; i < attributeCount; ++i)
+        if (attributes.elementAt(i)->getType() == XMLAttDef::ID)
+            return false;
+    DOMElement* element = makeElement(decl, urlId, prefix);
+    addAttributes(element, attributes, attributeCount);
+    appendNewChild(fCurrentParent, element);
+    fCurrentParent = element;
+    fCurrentNode = element;
+    return true;
+}
+
+DOMElement* vqxml::QuickDOMParser::makeElement(const XMLElementDecl& decl, unsigned int urlId, const XMLCh* prefix) {
+    const XMLCh* localName = decl.getBaseName();
+    if (urlId == fScanner->getEmptyNamespaceId())
+        return createElementNS(nullptr, nullptr, localName, localName);
+    const XMLCh* uri = fScanner->getURIText(urlId);
+    if (prefix == nullptr || *prefix == 0)
+        return createElementNS(uri, nullptr, localName, localName);
+    m_qname.assign(prefix);
+    m_qname += chColon;
+    m_qname += localName;
+    return createElementNS(uri, prefix, localName, m_qname.c_str());
+}
+
+void vqxml::QuickDOMParser::addAttributes(DOMElement* element, const RefVectorOf<XMLAttr>& attributes,
+                                          XMLSize_t attributeCount) {
+    if (attributeCount == 0)
+        return;
+    const unsigned int emptyId = fScanner->getEmptyNamespaceId();
+    DOMAttrMapImpl* map = static_cast<DOMElementImpl*>(element)->fAttributes;
+    map->reserve(attributeCount);
+    for (XMLSize_t i = 0; i < attributeCount; ++i) {
+        const XMLAttr* source = attributes.elementAt(i);
+        const XMLCh* prefix = source->getPrefix();
+        const XMLCh* localName = source->getName();
+        // A default namespace declaration belongs to the xmlns namespace too.
+        const bool defaultDeclaration = (prefix == nullptr || *prefix == 0) &&
+                                        XMLString::equals(localName, XMLUni::fgXMLNSString);
+        const unsigned int uriId = defaultDeclaration ? fScanner->getXMLNSNamespaceId() : source->getURIId();
+        const XMLCh* uri = uriId != emptyId ? fScanner->getURIText(uriId) : nullptr;
+        auto* attribute = static_cast<DOMAttrImpl*>(createAttrNS(uri, prefix, localName, source->getQName()));
+        map->setNamedItemNSFast(attribute);
+        if (source->getValue() != nullptr)
+            appendNewChild(attribute, fDocument->createTextNode(source->getValue()));
+        attribute->fNode.isSpecified(source->getSpecified());
+    }
+}
+
+bool vqxml::QuickDOMParser::endQuickly() {
+    if (fDoXInclude || fCurrentParent->getNodeType() != DOMNode::ELEMENT_NODE)
+        return false;
+    DOMNode* parent = parentOfElement(fCurrentParent);
+    if (parent == nullptr)
+        return false;
+    fCurrentNode = fCurrentParent;
+    fCurrentParent = parent;
+    if (parent == fDocument)
+        fWithinElement = false;
+    return true;
+}

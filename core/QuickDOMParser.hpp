@@ -1,0 +1,46 @@
+// A DOM parser that links the nodes it makes itself (core/DomLinking.hpp)
+// instead of through the DOM's checked, cast-heavy appends. It makes the same
+// tree as XercesDOMParser: elements, attributes and text of the common case go
+// the quick way; anything the quick way does not cover (the document element,
+// a DTD's defaulted or ID attributes, CDATA, schema information) is left to
+// XercesDOMParser.
+#ifndef VQXML_CORE_QUICKDOMPARSER_HPP
+#define VQXML_CORE_QUICKDOMPARSER_HPP
+
+#include <xercesc/parsers/XercesDOMParser.hpp>
+#include <xercesc/util/XMLString.hpp>
+
+#include <string>
+
+namespace vqxml {
+
+class QuickDOMParser : public XERCES_CPP_NAMESPACE::XercesDOMParser {
+public:
+    QuickDOMParser();
+
+    // An empty element ends through endElement() here, whichever way it was
+    // made, so that subclasses see one end for every start.
+    void startElement(const XERCES_CPP_NAMESPACE::XMLElementDecl& decl, unsigned int urlId, const XMLCh* prefix,
+                      const XERCES_CPP_NAMESPACE::RefVectorOf<XERCES_CPP_NAMESPACE::XMLAttr>& attributes,
+                      XMLSize_t attributeCount, bool isEmpty, bool isRoot) override;
+    void endElement(const XERCES_CPP_NAMESPACE::XMLElementDecl& decl, unsigned int urlId, bool isRoot,
+                    const XMLCh* prefix) override;
+    void docCharacters(const XMLCh* chars, XMLSize_t length, bool cdataSection) override;
+
+private:
+    bool startQuickly(const XERCES_CPP_NAMESPACE::XMLElementDecl& decl, unsigned int urlId, const XMLCh* prefix,
+                      const XERCES_CPP_NAMESPACE::RefVectorOf<XERCES_CPP_NAMESPACE::XMLAttr>& attributes,
+                      XMLSize_t attributeCount);
+    XERCES_CPP_NAMESPACE::DOMElement* makeElement(const XERCES_CPP_NAMESPACE::XMLElementDecl& decl,
+                                                  unsigned int urlId, const XMLCh* prefix);
+    void addAttributes(XERCES_CPP_NAMESPACE::DOMElement* element,
+                       const XERCES_CPP_NAMESPACE::RefVectorOf<XERCES_CPP_NAMESPACE::XMLAttr>& attributes,
+                       XMLSize_t attributeCount);
+    bool endQuickly();
+
+    std::basic_string<XMLCh> m_qname;
+};
+
+}  // namespace vqxml
+
+#endif
