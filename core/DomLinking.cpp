@@ -23,26 +23,26 @@ DOMTextImpl* asText(DOMNode* n) {
     return static_cast<DOMTextImpl*>(static_cast<DOMText*>(n));
 }
 
-DOMNodeImpl* nodePart(DOMNode* n) {
+template <class Part>
+Part* partOf(DOMNode* n, Part DOMElementImpl::*ofElement, Part DOMTextImpl::*ofText, Part* (*ofOther)(DOMNode*)) {
     switch (n->getNodeType()) {
     case DOMNode::ELEMENT_NODE:
-        return &asElement(n)->fNode;
+        return &(asElement(n)->*ofElement);
     case DOMNode::TEXT_NODE:
-        return &asText(n)->fNode;
+        return &(asText(n)->*ofText);
     default:
-        return castToNodeImpl(n);
+        return ofOther(n);
     }
 }
 
+DOMNodeImpl* nodePart(DOMNode* n) {
+    return partOf<DOMNodeImpl>(n, &DOMElementImpl::fNode, &DOMTextImpl::fNode,
+                               [](DOMNode* other) { return castToNodeImpl(other); });
+}
+
 DOMChildNode* childPart(DOMNode* n) {
-    switch (n->getNodeType()) {
-    case DOMNode::ELEMENT_NODE:
-        return &asElement(n)->fChild;
-    case DOMNode::TEXT_NODE:
-        return &asText(n)->fChild;
-    default:
-        return castToChildImpl(n);
-    }
+    return partOf<DOMChildNode>(n, &DOMElementImpl::fChild, &DOMTextImpl::fChild,
+                                [](DOMNode* other) { return castToChildImpl(other); });
 }
 
 DOMParentNode* parentPart(DOMNode* n) {

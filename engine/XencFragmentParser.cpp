@@ -20,6 +20,7 @@
 #include <xsec/dsig/DSIGConstants.hpp>
 #include <xsec/framework/XSECException.hpp>
 
+#include "core/DomLinking.hpp"
 #include "core/ParseLimits.hpp"
 #include "core/VQXMLException.hpp"
 #include "vqxml/vqxml.h"
@@ -151,9 +152,6 @@ public:
     FragmentBuilder(DOMDocument* doc, std::size_t levelsAbove)
         : m_doc(doc), m_fragment(doc->createDocumentFragment()), m_levelsAbove(levelsAbove) {}
     ~FragmentBuilder() override {
-        // Elements still open (a parse that failed) belong to no tree yet.
-        for (auto it = m_open.rbegin(); it != m_open.rend(); ++it)
-            (*it)->release();
         if (m_fragment != nullptr)
             m_fragment->release();
     }
@@ -178,6 +176,7 @@ public:
             element->setAttributeNS(isDeclaration(name) ? kXmlnsNamespace : orNull(attributes.getURI(i)), name,
                                     attributes.getValue(i));
         }
+        appendNewChild(parent(), element);
         m_open.push_back(element);
     }
 
@@ -185,9 +184,7 @@ public:
         flushText();
         if (--m_depth == 0)
             return;
-        DOMElement* element = m_open.back();
         m_open.pop_back();
-        parent()->appendChild(element);
     }
 
     void characters(const XMLCh* const chars, const XMLSize_t length) override {
@@ -198,12 +195,12 @@ public:
 
     void processingInstruction(const XMLCh* const target, const XMLCh* const data) override {
         flushText();
-        parent()->appendChild(m_doc->createProcessingInstruction(target, data));
+        appendNewChild(parent(), m_doc->createProcessingInstruction(target, data));
     }
 
     void comment(const XMLCh* const chars, const XMLSize_t length) override {
         flushText();
-        parent()->appendChild(m_doc->createComment(XString(chars, length).c_str()));
+        appendNewChild(parent(), m_doc->createComment(XString(chars, length).c_str()));
     }
 
     void startCDATA() override {
@@ -212,7 +209,7 @@ public:
     }
 
     void endCDATA() override {
-        parent()->appendChild(m_doc->createCDATASection(m_cdata.c_str()));
+        appendNewChild(parent(), m_doc->createCDATASection(m_cdata.c_str()));
         m_cdata.clear();
         m_inCdata = false;
     }
@@ -225,21 +222,19 @@ private:
         throw XSECException(XSECException::CipherError, e.getMessage());
     }
 
-    // An element joins its parent when it ends: until then it stands alone, so
-    // adding a child does not walk up a long line of ancestors.
     DOMNode* parent() const { return m_open.empty() ? static_cast<DOMNode*>(m_fragment) : m_open.back(); }
 
     // Adjacent character data makes one text node, as a DOM parser makes it.
     void flushText() {
         if (m_text.empty())
             return;
-        parent()->appendChild(m_doc->createTextNode(m_text.c_str()));
+        appendNewChild(parent(), m_doc->createTextNode(m_text.c_str()));
         m_text.clear();
     }
 
     DOMDocument* m_doc;
     DOMDocumentFragment* m_fragment;
-    std::vector<DOMElement*> m_open;  // made, not yet in the fragment
+    std::vector<DOMElement*> m_open;  // started, not yet ended
     std::size_t m_levelsAbove;
     std::size_t m_depth = 0;  // the wrapper included
     bool m_inCdata = false;
