@@ -1,5 +1,7 @@
 #include "engine/XencPlaintext.hpp"
 
+#include <algorithm>
+#include <cstring>
 #include <string>
 #include <utility>
 #include <vector>
@@ -18,8 +20,8 @@ using XString = std::basic_string<XMLCh>;
 const XMLCh kXmlnsNamespace[] = u"http://www.w3.org/2000/xmlns/";
 const XMLCh kXmlNamespace[] = u"http://www.w3.org/XML/1998/namespace";
 
-XString text(const XMLCh* s) {
-    return s != nullptr ? XString(s) : XString();
+const XMLCh* orEmpty(const XMLCh* s) {
+    return s != nullptr ? s : u"";
 }
 
 class Writer {
@@ -61,28 +63,28 @@ public:
     }
 
 private:
-    // The namespace prefix (empty: the default) stands for where the octets are read.
-    XString inScope(const XString& prefix) const {
+    // The namespace prefix ("": the default) stands for where the octets are read.
+    const XMLCh* inScope(const XMLCh* prefix) const {
         for (auto it = m_declared.rbegin(); it != m_declared.rend(); ++it)
-            if (it->first == prefix)
-                return it->second;
-        if (prefix == u"xml")
+            if (XMLString::equals(it->first.c_str(), prefix))
+                return it->second.c_str();
+        if (XMLString::equals(prefix, u"xml"))
             return kXmlNamespace;
         if (m_context == nullptr || m_context->getNodeType() != DOMNode::ELEMENT_NODE)
-            return XString();
-        return text(m_context->lookupNamespaceURI(prefix.empty() ? nullptr : prefix.c_str()));
+            return u"";
+        return orEmpty(m_context->lookupNamespaceURI(*prefix != 0 ? prefix : nullptr));
     }
 
     // Writes a declaration unless the binding already holds there.
-    void bind(const XString& prefix, const XString& uri) {
-        if (inScope(prefix) == uri)
+    void bind(const XMLCh* prefix, const XMLCh* uri) {
+        if (XMLString::equals(inScope(prefix), uri))
             return;
-        raw(prefix.empty() ? " xmlns=\"" : " xmlns:");
-        if (!prefix.empty()) {
-            utf8(prefix.c_str());
+        raw(*prefix == 0 ? " xmlns=\"" : " xmlns:");
+        if (*prefix != 0) {
+            utf8(prefix);
             raw("=\"");
         }
-        escaped(uri.c_str(), true);
+        escaped(uri, true);
         raw("\"");
         m_declared.emplace_back(prefix, uri);
     }
@@ -96,16 +98,16 @@ private:
         for (XMLSize_t i = 0; i < count; ++i) {
             const DOMNode* a = attributes->item(i);
             if (XMLString::equals(a->getNamespaceURI(), kXmlnsNamespace))
-                bind(XMLString::equals(a->getLocalName(), u"xmlns") ? XString() : text(a->getLocalName()),
-                     text(a->getNodeValue()));
+                bind(XMLString::equals(a->getLocalName(), u"xmlns") ? u"" : orEmpty(a->getLocalName()),
+                     orEmpty(a->getNodeValue()));
         }
-        bind(text(e->getPrefix()), text(e->getNamespaceURI()));
+        bind(orEmpty(e->getPrefix()), orEmpty(e->getNamespaceURI()));
         for (XMLSize_t i = 0; i < count; ++i) {
             const DOMNode* a = attributes->item(i);
             if (XMLString::equals(a->getNamespaceURI(), kXmlnsNamespace))
                 continue;
             if (a->getPrefix() != nullptr && *a->getPrefix() != 0)
-                bind(text(a->getPrefix()), text(a->getNamespaceURI()));
+                bind(a->getPrefix(), orEmpty(a->getNamespaceURI()));
             raw(" ");
             utf8(a->getNodeName());
             raw("=\"");
@@ -128,66 +130,105 @@ private:
     void cdata(const XMLCh* s) {
         // "]]>" cannot stand inside a section: it is split over two.
         raw("<![CDATA[");
+        const XMLCh* from = s;
         for (const XMLCh* c = s; c != nullptr && *c != 0; ++c) {
             if (c[0] == u']' && c[1] == u']' && c[2] == u'>') {
+                encoded<noEscape>(from, static_cast<std::size_t>(c - from));
                 raw("]]]]><![CDATA[>");
                 c += 2;
-            } else {
-                codePoint(c);
+                from = c + 1;
             }
         }
+        if (from != nullptr)
+            encoded<noEscape>(from, XMLString::stringLen(from));
         raw("]]>");
     }
 
     // Canonical XML's escapes: in attribute values also '"' and the whitespace
     // that attribute-value normalisation would change.
     void escaped(const XMLCh* s, bool attribute) {
-        for (const XMLCh* c = s; c != nullptr && *c != 0; ++c) {
-            switch (*c) {
-            case u'&': raw("&amp;"); break;
-            case u'<': raw("&lt;"); break;
-            case u'>': attribute ? raw(">") : raw("&gt;"); break;
-            case u'"': attribute ? raw("&quot;") : raw("\""); break;
-            case u'\t': attribute ? raw("&#x9;") : raw("\t"); break;
-            case u'\n': attribute ? raw("&#xA;") : raw("\n"); break;
-            case u'\r': raw("&#xD;"); break;
-            default: codePoint(c);
-            }
-        }
+        if (s == nullptr)
+            return;
+        if (attribute)
+            encoded<attributeEscape>(s, XMLString::stringLen(s));
+        else
+            encoded<textEscape>(s, XMLString::stringLen(s));
     }
 
     void utf8(const XMLCh* s) {
-        for (const XMLCh* c = s; c != nullptr && *c != 0; ++c)
-            codePoint(c);
+        if (s != nullptr)
+            encoded<noEscape>(s, XMLString::stringLen(s));
     }
 
-    // Writes the character at *c (advancing c past a surrogate pair's first half).
-    void codePoint(const XMLCh*& c) {
-        char32_t cp = *c;
-        if (cp >= 0xD800 && cp <= 0xDBFF && c[1] >= 0xDC00 && c[1] <= 0xDFFF) {
-            cp = 0x10000 + ((cp - 0xD800) << 10) + (c[1] - 0xDC00);
-            ++c;
+    static const char* noEscape(XMLCh) { return nullptr; }
+
+    static const char* textEscape(XMLCh c) {
+        switch (c) {
+        case u'&': return "&amp;";
+        case u'<': return "&lt;";
+        case u'>': return "&gt;";
+        case u'\r': return "&#xD;";
+        default: return nullptr;
         }
-        if (cp < 0x80) {
-            m_out.push_back(static_cast<std::uint8_t>(cp));
-        } else if (cp < 0x800) {
-            m_out.push_back(static_cast<std::uint8_t>(0xC0 | (cp >> 6)));
-            m_out.push_back(static_cast<std::uint8_t>(0x80 | (cp & 0x3F)));
-        } else if (cp < 0x10000) {
-            m_out.push_back(static_cast<std::uint8_t>(0xE0 | (cp >> 12)));
-            m_out.push_back(static_cast<std::uint8_t>(0x80 | ((cp >> 6) & 0x3F)));
-            m_out.push_back(static_cast<std::uint8_t>(0x80 | (cp & 0x3F)));
-        } else {
-            m_out.push_back(static_cast<std::uint8_t>(0xF0 | (cp >> 18)));
-            m_out.push_back(static_cast<std::uint8_t>(0x80 | ((cp >> 12) & 0x3F)));
-            m_out.push_back(static_cast<std::uint8_t>(0x80 | ((cp >> 6) & 0x3F)));
-            m_out.push_back(static_cast<std::uint8_t>(0x80 | (cp & 0x3F)));
+    }
+
+    static const char* attributeEscape(XMLCh c) {
+        switch (c) {
+        case u'&': return "&amp;";
+        case u'<': return "&lt;";
+        case u'"': return "&quot;";
+        case u'\t': return "&#x9;";
+        case u'\n': return "&#xA;";
+        case u'\r': return "&#xD;";
+        default: return nullptr;
         }
+    }
+
+    // Writes n UTF-16 units as UTF-8, a unit that escape() names as its text.
+    // The room is made once for the run (no escape or character takes more
+    // than six octets a unit), so the loop only stores.
+    template <const char* (*escape)(XMLCh)>
+    void encoded(const XMLCh* s, std::size_t n) {
+        const std::size_t old = m_out.size();
+        const std::size_t most = old + 6 * n;
+        if (m_out.capacity() < most)
+            m_out.reserve(std::max(most, 2 * m_out.capacity()));
+        m_out.resize(most);
+        std::uint8_t* w = m_out.data() + old;
+        const XMLCh* const end = s + n;
+        for (const XMLCh* c = s; c < end; ++c) {
+            if (const char* e = escape(*c)) {
+                while (*e != 0)
+                    *w++ = static_cast<std::uint8_t>(*e++);
+                continue;
+            }
+            char32_t cp = *c;
+            if (cp < 0x80) {
+                *w++ = static_cast<std::uint8_t>(cp);
+                continue;
+            }
+            // A surrogate pair is one character; a lone half is written as it stands.
+            if (cp >= 0xD800 && cp <= 0xDBFF && c + 1 < end && c[1] >= 0xDC00 && c[1] <= 0xDFFF) {
+                cp = 0x10000 + ((cp - 0xD800) << 10) + (c[1] - 0xDC00);
+                ++c;
+            }
+            if (cp < 0x800) {
+                *w++ = static_cast<std::uint8_t>(0xC0 | (cp >> 6));
+            } else if (cp < 0x10000) {
+                *w++ = static_cast<std::uint8_t>(0xE0 | (cp >> 12));
+                *w++ = static_cast<std::uint8_t>(0x80 | ((cp >> 6) & 0x3F));
+            } else {
+                *w++ = static_cast<std::uint8_t>(0xF0 | (cp >> 18));
+                *w++ = static_cast<std::uint8_t>(0x80 | ((cp >> 12) & 0x3F));
+                *w++ = static_cast<std::uint8_t>(0x80 | ((cp >> 6) & 0x3F));
+            }
+            *w++ = static_cast<std::uint8_t>(0x80 | (cp & 0x3F));
+        }
+        m_out.resize(static_cast<std::size_t>(w - m_out.data()));
     }
 
     void raw(const char* s) {
-        while (*s != 0)
-            m_out.push_back(static_cast<std::uint8_t>(*s++));
+        m_out.insert(m_out.end(), s, s + std::strlen(s));
     }
 
     const DOMNode* m_context;
