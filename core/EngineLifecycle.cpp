@@ -8,6 +8,7 @@
 #include "engine/wssec/VQXML_XSECProvider.hpp"
 #include <xsec/utils/XSECPlatformUtils.hpp>
 
+#include "core/RecyclingMemoryManager.hpp"
 #include "core/VQXMLException.hpp"
 #include "engine/KeyCache.hpp"
 #include "engine/VQTKCryptoX509.hpp"
@@ -44,6 +45,7 @@ void stopEngines() {
     }
     clearKeyCache();
     clearCertificateCache();
+    RecyclingMemoryManager::instance().clear();
     xalanc::XalanTransformer::terminate();
     XSECPlatformUtils::Terminate();
     // The last Terminate() deletes the crypto provider but leaves the pointer

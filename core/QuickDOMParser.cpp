@@ -11,10 +11,12 @@
 #include <xercesc/util/XMLUni.hpp>
 
 #include "core/DomLinking.hpp"
+#include "core/RecyclingMemoryManager.hpp"
 
 XERCES_CPP_NAMESPACE_USE
 
-vqxml::QuickDOMParser::QuickDOMParser() : XercesDOMParser(nullptr, XMLPlatformUtils::fgMemoryManager, nullptr) {}
+vqxml::QuickDOMParser::QuickDOMParser()
+    : XercesDOMParser(nullptr, &RecyclingMemoryManager::instance(), nullptr) {}
 
 void vqxml::QuickDOMParser::startElement(const XMLElementDecl& decl, unsigned int urlId, const XMLCh* prefix,
                                          const RefVectorOf<XMLAttr>& attributes, XMLSize_t attributeCount,

@@ -1,0 +1,79 @@
+#include "core/RecyclingMemoryManager.hpp"
+
+#include <new>
+
+#include <xercesc/util/PlatformUtils.hpp>
+
+XERCES_CPP_NAMESPACE_USE
+
+vqxml::RecyclingMemoryManager& vqxml::RecyclingMemoryManager::instance() {
+    static RecyclingMemoryManager* const manager = new RecyclingMemoryManager();
+    return *manager;
+}
+
+MemoryManager* vqxml::RecyclingMemoryManager::getExceptionMemoryManager() {
+    return XMLPlatformUtils::fgMemoryManager;
+}
+
+void* vqxml::RecyclingMemoryManager::allocate(XMLSize_t size) {
+    Header* block = size >= kSmallestKept ? takeKept(size) : nullptr;
+    if (block == nullptr) {
+        // From the manager the process gave Xerces: it throws what the parser
+        // and the DOM expect when memory runs out.
+        block = static_cast<Header*>(XMLPlatformUtils::fgMemoryManager->allocate(sizeof(Header) + size));
+        block->capacity = size;
+    }
+    return block + 1;
+}
+
+void vqxml::RecyclingMemoryManager::deallocate(void* p) {
+    if (p == nullptr)
+        return;
+    Header* block = static_cast<Header*>(p) - 1;
+    if (block->capacity >= kSmallestKept) {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        if (m_keptBytes + block->capacity <= kMaxKeptBytes) {
+            try {
+                m_kept.push_back(block);
+                m_keptBytes += block->capacity;
+                return;
+            } catch (const std::bad_alloc&) {
+                // No room to note it: it goes back instead.
+            }
+        }
+    }
+    XMLPlatformUtils::fgMemoryManager->deallocate(block);
+}
+
+// The smallest kept block that holds size and wastes at most a quarter of it.
+vqxml::RecyclingMemoryManager::Header* vqxml::RecyclingMemoryManager::takeKept(std::size_t size) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    auto best = m_kept.end();
+    for (auto it = m_kept.begin(); it != m_kept.end(); ++it)
+        if ((*it)->capacity >= size && (*it)->capacity - size <= size / 4 &&
+            (best == m_kept.end() || (*it)->capacity < (*best)->capacity))
+            best = it;
+    if (best == m_kept.end())
+        return nullptr;
+    Header* block = *best;
+    *best = m_kept.back();
+    m_kept.pop_back();
+    m_keptBytes -= block->capacity;
+    return block;
+}
+
+void vqxml::RecyclingMemoryManager::clear() {
+    std::vector<Header*> kept;
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        kept.swap(m_kept);
+        m_keptBytes = 0;
+    }
+    for (Header* block : kept)
+        XMLPlatformUtils::fgMemoryManager->deallocate(block);
+}
+
+std::size_t vqxml::RecyclingMemoryManager::keptBytes() {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return m_keptBytes;
+}
