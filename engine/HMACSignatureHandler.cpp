@@ -1,5 +1,6 @@
 #include "engine/HMACSignatureHandler.hpp"
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -12,6 +13,7 @@
 #include <xsec/utils/XSECPlatformUtils.hpp>
 #include <xsec/utils/XSECSafeBuffer.hpp>
 
+#include "engine/Base64.hpp"
 #include "engine/ChainBytes.hpp"
 #include "engine/korean/SecureBytes.hpp"
 
@@ -37,23 +39,6 @@ const EVP_MD* digestFor(const XMLCh* uri) {
         if (XMLString::equals(h.uri, uri))
             return h.md();
     return nullptr;
-}
-
-std::vector<unsigned char> base64Decode(const char* text) {
-    std::string clean;
-    for (const char* p = text; p != nullptr && *p != '\0'; ++p)
-        if (*p != ' ' && *p != '\t' && *p != '\r' && *p != '\n')
-            clean.push_back(*p);
-    std::vector<unsigned char> out(clean.size() / 4 * 3 + 3);
-    std::unique_ptr<EVP_ENCODE_CTX, decltype(&EVP_ENCODE_CTX_free)> ctx(EVP_ENCODE_CTX_new(), &EVP_ENCODE_CTX_free);
-    int len = 0, tail = 0;
-    EVP_DecodeInit(ctx.get());
-    if (EVP_DecodeUpdate(ctx.get(), out.data(), &len, reinterpret_cast<const unsigned char*>(clean.data()),
-                         static_cast<int>(clean.size())) < 0 ||
-        EVP_DecodeFinal(ctx.get(), out.data() + len, &tail) < 0)
-        return {};
-    out.resize(static_cast<size_t>(len + tail));
-    return out;
 }
 
 }  // namespace
@@ -95,10 +80,11 @@ bool HMACSignatureHandler::verifyBase64Signature(TXFMChain* inputBytes, const XM
         throw XSECException(XSECException::AlgorithmMapperError, "The HMAC could not be computed");
 
     const unsigned int bits = outputLength == 0 ? macLen * 8 : outputLength;
-    const std::vector<unsigned char> given = base64Decode(sig);
+    std::vector<std::uint8_t> given;
+    const bool readable = vqxml::base64Decode(sig, given);
     const size_t wholeBytes = bits / 8;
     const unsigned int restBits = bits % 8;
-    bool valid = given.size() == (bits + 7) / 8 && CRYPTO_memcmp(given.data(), mac, wholeBytes) == 0;
+    bool valid = readable && given.size() == (bits + 7) / 8 && CRYPTO_memcmp(given.data(), mac, wholeBytes) == 0;
     if (valid && restBits != 0) {
         const unsigned char mask = static_cast<unsigned char>(0xFF << (8 - restBits));
         valid = ((given[wholeBytes] ^ mac[wholeBytes]) & mask) == 0;
