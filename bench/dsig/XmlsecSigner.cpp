@@ -13,24 +13,12 @@
 
 namespace xmlsecbench {
 
-namespace {
-
-const xmlSecByte* bytes(const std::string& s) {
-    return reinterpret_cast<const xmlSecByte*>(s.data());
-}
-
 xmlDocPtr parse(const std::string& text) {
-    xmlDocPtr doc = xmlReadMemory(text.data(), static_cast<int>(text.size()), nullptr, nullptr, XML_PARSE_NONET);
+    xmlDocPtr doc = xmlReadMemory(text.data(), static_cast<int>(text.size()), nullptr, nullptr,
+                                  XML_PARSE_NONET | XML_PARSE_HUGE);
     if (doc == nullptr)
         throw std::runtime_error("libxml2 could not parse the document");
     return doc;
-}
-
-xmlNodePtr childNamed(xmlNodePtr parent, const char* name) {
-    for (xmlNodePtr n = parent->children; n != nullptr; n = n->next)
-        if (n->type == XML_ELEMENT_NODE && xmlStrEqual(n->name, BAD_CAST name))
-            return n;
-    return nullptr;
 }
 
 std::string dump(xmlDocPtr doc) {
@@ -40,6 +28,15 @@ std::string dump(xmlDocPtr doc) {
     std::string text(reinterpret_cast<char*>(out), static_cast<size_t>(len));
     xmlFree(out);
     return text;
+}
+
+namespace {
+
+xmlNodePtr childNamed(xmlNodePtr parent, const char* name) {
+    for (xmlNodePtr n = parent->children; n != nullptr; n = n->next)
+        if (n->type == XML_ELEMENT_NODE && xmlStrEqual(n->name, BAD_CAST name))
+            return n;
+    return nullptr;
 }
 
 }  // namespace

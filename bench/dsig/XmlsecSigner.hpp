@@ -4,10 +4,21 @@
 
 #include <string>
 
+#include <libxml/tree.h>
+#include <xmlsec/xmlsec.h>
+
 namespace xmlsecbench {
 
 // Starts libxml2, xmlsec and its OpenSSL back end once.
 void start();
+
+// The helpers both libxmlsec1 drivers use: text as xmlsec bytes, a parse that
+// never touches the network (and takes large documents), the document as text.
+inline const xmlSecByte* bytes(const std::string& s) {
+    return reinterpret_cast<const xmlSecByte*>(s.data());
+}
+xmlDocPtr parse(const std::string& text);
+std::string dump(xmlDocPtr doc);
 
 // Signs like the library does: Signature before TaxInvoiceDocument (or at the end
 // of the root), exclusive C14N, RSA-SHA256, one Reference URI="" with the XPath

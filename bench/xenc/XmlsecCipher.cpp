@@ -18,18 +18,6 @@ namespace xmlsecbench {
 
 namespace {
 
-const xmlSecByte* bytes(const std::string& s) {
-    return reinterpret_cast<const xmlSecByte*>(s.data());
-}
-
-xmlDocPtr parse(const std::string& text) {
-    xmlDocPtr doc = xmlReadMemory(text.data(), static_cast<int>(text.size()), nullptr, nullptr,
-                                  XML_PARSE_NONET | XML_PARSE_HUGE);
-    if (doc == nullptr)
-        throw std::runtime_error("libxml2 could not parse the document");
-    return doc;
-}
-
 xmlNodePtr firstElementNamed(xmlNodePtr node, const char* name) {
     for (; node != nullptr; node = node->next) {
         if (node->type != XML_ELEMENT_NODE)
@@ -40,15 +28,6 @@ xmlNodePtr firstElementNamed(xmlNodePtr node, const char* name) {
             return found;
     }
     return nullptr;
-}
-
-std::string dump(xmlDocPtr doc) {
-    xmlChar* out = nullptr;
-    int len = 0;
-    xmlDocDumpMemory(doc, &out, &len);
-    std::string text(reinterpret_cast<char*>(out), static_cast<size_t>(len));
-    xmlFree(out);
-    return text;
 }
 
 }  // namespace
