@@ -4,6 +4,7 @@
 #include <memory>
 
 #include <openssl/bn.h>
+#include <openssl/err.h>
 #include <openssl/objects.h>
 #include <xsec/enc/XSECCryptoException.hpp>
 
@@ -79,9 +80,19 @@ std::string attributeValue(const ASN1_STRING* value) {
     if (!isStringType(ASN1_STRING_type(value)))
         return hexOfDer(value);
     unsigned char* utf8 = nullptr;
+    ERR_set_mark();
     int len = ASN1_STRING_to_UTF8(&utf8, value);
-    if (len < 0)
+    if (len < 0) {
+        // Out of memory is a failure, not a name: written in hex it would no
+        // longer match the same name read elsewhere.
+        if (ERR_GET_REASON(ERR_peek_last_error()) == ERR_R_MALLOC_FAILURE)
+            throw XSECCryptoException(XSECCryptoException::GeneralError, "OpenSSL: out of memory reading a name");
+        // A string that does not decode (a BMPString of odd length) is shown
+        // as its DER.
+        ERR_pop_to_mark();
         return hexOfDer(value);
+    }
+    ERR_clear_last_mark();
     std::string text(reinterpret_cast<char*>(utf8), std::size_t(len));
     OPENSSL_free(utf8);
     return escapeValue(text);

@@ -5,6 +5,9 @@
 #include <openssl/bio.h>
 #include <openssl/err.h>
 #include <openssl/pem.h>
+#include <xsec/enc/XSECCryptoException.hpp>
+
+#include "engine/VQTKCryptoX509.hpp"
 
 namespace vqxml {
 
@@ -27,21 +30,23 @@ int noPassword(char*, int, int, void*) {
 }  // namespace
 
 std::shared_ptr<X509> readCertificate(const unsigned char* bytes, int len) {
-    X509* cert = nullptr;
+    if (bytes == nullptr || len <= 0)
+        return nullptr;
     if (looksLikePEM(bytes, len)) {
         BIO* bio = BIO_new_mem_buf(bytes, len);
-        cert = bio != nullptr ? PEM_read_bio_X509(bio, nullptr, noPassword, nullptr) : nullptr;
+        X509* cert = bio != nullptr ? PEM_read_bio_X509(bio, nullptr, noPassword, nullptr) : nullptr;
         BIO_free(bio);
-    } else {
-        const unsigned char* p = bytes;
-        cert = d2i_X509(nullptr, &p, len);
-        if (cert != nullptr && p != bytes + len) {
-            X509_free(cert);
-            cert = nullptr;
-        }
+        ERR_clear_error();
+        return std::shared_ptr<X509>(cert, &X509_free);
     }
-    ERR_clear_error();
-    return std::shared_ptr<X509>(cert, &X509_free);
+    // The same recipients and signers come back again and again, and decoding
+    // a certificate's public key costs more than using it.
+    try {
+        return sharedCertificate(bytes, static_cast<std::size_t>(len));
+    } catch (const XSECCryptoException&) {
+        ERR_clear_error();
+        return nullptr;
+    }
 }
 
 PKeyPtr readPrivateKey(const unsigned char* bytes, int len) {

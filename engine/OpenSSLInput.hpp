@@ -15,7 +15,8 @@ struct PKeyDeleter {
 using PKeyPtr = std::unique_ptr<EVP_PKEY, PKeyDeleter>;
 
 // A DER or PEM X.509 certificate; null if the bytes are neither, or carry more
-// than the certificate.
+// than the certificate. A DER certificate is decoded once and shared, read-only,
+// with every other reader of the same bytes (engine/VQTKCryptoX509.hpp).
 std::shared_ptr<X509> readCertificate(const unsigned char* bytes, int len);
 
 // An unencrypted private key: PKCS#8 PrivateKeyInfo or a traditional (PKCS#1,

@@ -121,7 +121,7 @@ void setOaep(EVP_PKEY_CTX* ctx, const XMLCh* hashURI, const XMLCh* mgfURI, const
 
 VQTKCryptoKeyRSA* VQTKCryptoKeyRSA::load(const unsigned char* cert, int certLen, const unsigned char* key,
                                          int keyLen) {
-    // Public keys from certificates alone are cheap and not worth keeping.
+    // A public key alone is the shared certificate's: nothing more to keep.
     if (key == nullptr || keyLen <= 0) {
         vqxml::ParsedKeyPair pair = parse(cert, certLen, key, keyLen);
         return new VQTKCryptoKeyRSA(std::move(pair.key), std::move(pair.cert), KEY_RSA_PUBLIC);

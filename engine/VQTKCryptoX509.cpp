@@ -94,6 +94,11 @@ const X509* opensslCertificate(const XSECCryptoX509* cert) {
     return nullptr;
 }
 
+std::shared_ptr<X509> sharedCertificate(const unsigned char* der, std::size_t len) {
+    const std::string bytes(reinterpret_cast<const char*>(der), len);
+    return g_certificates.findOrMake(bytes, [&] { return decodeCertificate(bytes); });
+}
+
 void clearCertificateCache() {
     g_certificates.clear();
 }

@@ -8,6 +8,7 @@
 #ifndef VQXML_ENGINE_VQTKCRYPTOX509_HPP
 #define VQXML_ENGINE_VQTKCRYPTOX509_HPP
 
+#include <cstddef>
 #include <memory>
 
 #include <openssl/x509.h>
@@ -39,6 +40,10 @@ namespace vqxml {
 // The OpenSSL certificate behind any provider's certificate object the library
 // meets (ours, or the engine's own OpenSSL one); null when there is none.
 const X509* opensslCertificate(const XSECCryptoX509* cert);
+
+// The certificate of these DER bytes, decoded once and shared with every other
+// holder of the same bytes; throws XSECCryptoException when they are not one.
+std::shared_ptr<X509> sharedCertificate(const unsigned char* der, std::size_t len);
 
 // Forgets the decoded certificates; done when the last handle stops the engines.
 void clearCertificateCache();
