@@ -8,6 +8,9 @@
 #include <sstream>
 #include <string>
 
+#include <sys/wait.h>
+#include <unistd.h>
+
 namespace testfiles {
 
 inline std::string dataPath(const std::string& relative) {

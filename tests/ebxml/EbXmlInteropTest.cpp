@@ -3,57 +3,32 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include <xsec/framework/XSECException.hpp>
 
 #include "EbXmlFixture.hpp"
+#include "InteropManifest.hpp"
 
 using namespace ebxmltest;
 
 namespace {
 
-struct Row {
-    std::string path;
-    bool valid;
-};
-
-std::vector<Row> ebxmlRows() {
-    std::ifstream in(testfiles::sharedPath("interop/MANIFEST.tsv"));
-    std::vector<Row> rows;
-    std::string line;
-    std::getline(in, line);
-    while (std::getline(in, line)) {
-        std::istringstream fields(line);
-        std::string path, kind, expected;
-        std::getline(fields, path, '\t');
-        std::getline(fields, kind, '\t');
-        std::getline(fields, expected, '\t');
-        if (kind == "ebxml-verify")
-            rows.push_back({path, expected == "valid"});
-    }
-    return rows;
-}
-
-std::string interop(const std::string& relative) {
-    return testfiles::read(testfiles::sharedPath("interop/" + relative));
-}
+using interop::file;
 
 TEST(EbXmlInterop, XmlsecPackagesVerifyAsTheManifestSays) {
-    const std::vector<Row> rows = ebxmlRows();
+    const std::vector<interop::Row> rows = interop::rows("ebxml-verify");
     ASSERT_GE(rows.size(), 5u) << "manifest not found or changed";
-    for (const Row& row : rows) {
+    for (const interop::Row& row : rows) {
         std::string why;
-        const int rc = verify(interop(row.path), &why);
+        const int rc = verify(file(row.path), &why);
         EXPECT_EQ(rc, row.valid ? 0 : 11213) << row.path << ": " << why;
     }
 }
 
 TEST(EbXmlInterop, SignerAndResultOfAVerifiedPackage) {
-    const std::string package = interop("ebxml/ebms2-signed.mime");
+    const std::string package = file("ebxml/ebms2-signed.mime");
     ScopedHandle h;
     ASSERT_EQ(VQTK_EBXML_SetSOAPSecXMLDocument(h, chars(package), static_cast<int>(package.size())), 0)
         << errorText(h);
@@ -62,7 +37,7 @@ TEST(EbXmlInterop, SignerAndResultOfAVerifiedPackage) {
     unsigned char* cert = nullptr;
     int certLen = 0;
     ASSERT_EQ(VQTK_EBXML_GetSignCert(h, &cert, &certLen), 0);
-    EXPECT_EQ(std::string(reinterpret_cast<char*>(cert), certLen), interop("ebxml/keys/signer-cert.der"));
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(cert), certLen), file("ebxml/keys/signer-cert.der"));
 
     // The package comes back with the envelope less its signature; the
     // attachments are the same bytes.
@@ -70,12 +45,12 @@ TEST(EbXmlInterop, SignerAndResultOfAVerifiedPackage) {
     ASSERT_EQ(leaves.size(), 3u);
     EXPECT_EQ(leaves[0].content.find("Signature"), std::string::npos);
     EXPECT_NE(leaves[0].content.find("<eb:Action>NewOrder</eb:Action>"), std::string::npos);
-    EXPECT_EQ(leaves[1].content, interop("ebxml/parts/ebms2-signed/payload-1.xml"));
-    EXPECT_EQ(leaves[2].content, interop("ebxml/parts/ebms2-signed/payload-2.bin"));
+    EXPECT_EQ(leaves[1].content, file("ebxml/parts/ebms2-signed/payload-1.xml"));
+    EXPECT_EQ(leaves[2].content, file("ebxml/parts/ebms2-signed/payload-2.bin"));
 }
 
 TEST(EbXmlInterop, ABareEnvelopeCannotReachItsAttachments) {
-    const std::string envelopeOnly = interop("ebxml/parts/ebms2-signed/soap-envelope.xml");
+    const std::string envelopeOnly = file("ebxml/parts/ebms2-signed/soap-envelope.xml");
     std::string why;
     EXPECT_EQ(verify(envelopeOnly, &why), XSECException::ErrorOpeningURI) << why;
     EXPECT_NE(why.find("cid:payload-1@interop.example"), std::string::npos) << why;

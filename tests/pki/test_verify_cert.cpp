@@ -15,9 +15,7 @@ int verify(void* h, ByteVector cert) {
 
 }  // namespace
 
-TEST(VerifyCert, NullHandleOrCertificateIsRefusedWithoutTouchingTheContext) {
-    unsigned char byte = 0x30;
-    EXPECT_EQ(VQTK_XMLAPI_VerifyCert(nullptr, &byte, 1), VQXML_ERR_NULL_HANDLE);
+TEST(VerifyCert, NullCertificateIsRefusedWithoutTouchingTheContext) {
     ScopedHandle h;
     EXPECT_EQ(VQTK_XMLAPI_VerifyCert(h, nullptr, 1), VQXML_ERR_NULL_ARGUMENT);
     EXPECT_EQ(errorText(h), "");
