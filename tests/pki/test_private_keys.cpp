@@ -5,11 +5,11 @@
 
 #include <openssl/rsa.h>
 
-#include "pki/PkiTestSupport.hpp"
+#include "ScopedHandle.hpp"
 #include "toolkit/ToolkitTestSupport.hpp"
 
 using namespace vqtktest;
-using pkitest::errorText;
+using apitest::errorText;
 
 namespace {
 

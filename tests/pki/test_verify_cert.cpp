@@ -1,11 +1,11 @@
 // VQTK_XMLAPI_VerifyCert: the caller's certificate against the built-in roots.
 #include <gtest/gtest.h>
 
-#include "pki/PkiTestSupport.hpp"
+#include "ScopedHandle.hpp"
 #include "toolkit/ToolkitTestSupport.hpp"
 
 using namespace vqtktest;
-using pkitest::errorText;
+using apitest::errorText;
 
 namespace {
 

@@ -11,11 +11,11 @@ namespace {
 // of ProcessSOAP (or of the first failing step).
 int verifyWith(std::string message, std::string cert) {
     ScopedHandle h;
-    EXPECT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], len(message)), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], size(message)), 0);
     int isSigned = 0;
     EXPECT_EQ(VQTK_SOAPSEC_GetSignKeyInfo(h, &isSigned), 0);
     EXPECT_EQ(isSigned, 1);
-    const int status = VQTK_SOAPSEC_SetVerifyCert(h, bytes(cert), len(cert));
+    const int status = VQTK_SOAPSEC_SetVerifyCert(h, bytes(cert), size(cert));
     if (status != 0)
         return status;
     return VQTK_SOAPSEC_ProcessSOAP(h);
@@ -35,7 +35,7 @@ TEST(SoapVerifyCert, IssuerSerialSignatureWithoutACertificateIsRefused) {
     Pki pki;
     std::string message = sign(kEnvelope, 2, true, pki.cert, pki.key);
     ScopedHandle h;
-    ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], len(message)), 0);
+    ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], size(message)), 0);
     EXPECT_EQ(VQTK_SOAPSEC_ProcessSOAP(h), 11213);
 }
 
@@ -52,10 +52,10 @@ TEST(SoapVerifyCert, OverridesTheMessagesToken) {
     EXPECT_EQ(verifyWith(message, pki.otherCert), 11213);
     EXPECT_EQ(verifyWith(message, pki.cert), 0);
     ScopedHandle h;
-    ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], len(message)), 0);
+    ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], size(message)), 0);
     int isSigned = 0;
     ASSERT_EQ(VQTK_SOAPSEC_GetSignKeyInfo(h, &isSigned), 0);
-    ASSERT_EQ(VQTK_SOAPSEC_SetVerifyCert(h, bytes(pki.otherCert), len(pki.otherCert)), 0);
+    ASSERT_EQ(VQTK_SOAPSEC_SetVerifyCert(h, bytes(pki.otherCert), size(pki.otherCert)), 0);
     ASSERT_EQ(VQTK_SOAPSEC_GetSignKeyInfo(h, &isSigned), 0);
     EXPECT_EQ(VQTK_SOAPSEC_ProcessSOAP(h), 11213);
 }
@@ -95,7 +95,7 @@ TEST(SoapVerifyCert, Wss4jIssuerSerialSignature) {
         std::string message = signedByWss4j(sha256);
         ASSERT_NE(message.find("X509IssuerSerial"), std::string::npos) << message;
         ScopedHandle h;
-        ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], len(message)), 0);
+        ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], size(message)), 0);
         int isSigned = 0;
         ASSERT_EQ(VQTK_SOAPSEC_GetSignKeyInfo(h, &isSigned), 0);
         const auto named = issuerAndSerial(h);
@@ -110,18 +110,18 @@ TEST(SoapVerifyCert, Wss4jIssuerSerialSignature) {
 TEST(SoapVerifyCert, BadArgumentsAndUnsignedMessages) {
     Pki pki;
     ScopedHandle h;
-    EXPECT_EQ(VQTK_SOAPSEC_SetVerifyCert(h, bytes(pki.cert), len(pki.cert)), 10400);
+    EXPECT_EQ(VQTK_SOAPSEC_SetVerifyCert(h, bytes(pki.cert), size(pki.cert)), 10400);
     std::string encrypted = encrypt(kEnvelope, 1, 3, pki.cert, "");
-    ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &encrypted[0], len(encrypted)), 0);
+    ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &encrypted[0], size(encrypted)), 0);
     EXPECT_EQ(VQTK_SOAPSEC_SetVerifyCert(h, nullptr, 10), 10405);
     EXPECT_EQ(VQTK_SOAPSEC_SetVerifyCert(h, bytes(pki.cert), 0), 10405);
-    EXPECT_EQ(VQTK_SOAPSEC_SetVerifyCert(h, bytes(pki.cert), len(pki.cert)), 10406);
+    EXPECT_EQ(VQTK_SOAPSEC_SetVerifyCert(h, bytes(pki.cert), size(pki.cert)), 10406);
     std::string garbage = "not a certificate";
     std::string message = sign(kEnvelope, 2, true, pki.cert, pki.key);
-    ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], len(message)), 0);
-    EXPECT_NE(VQTK_SOAPSEC_SetVerifyCert(h, bytes(garbage), len(garbage)), 0);
+    ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], size(message)), 0);
+    EXPECT_NE(VQTK_SOAPSEC_SetVerifyCert(h, bytes(garbage), size(garbage)), 0);
     std::string truncated = pki.cert.substr(0, pki.cert.size() / 2);
-    EXPECT_NE(VQTK_SOAPSEC_SetVerifyCert(h, bytes(truncated), len(truncated)), 0);
+    EXPECT_NE(VQTK_SOAPSEC_SetVerifyCert(h, bytes(truncated), size(truncated)), 0);
 }
 
 }  // namespace
