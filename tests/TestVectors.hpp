@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+#include <openssl/evp.h>
+
 #include "TestFiles.hpp"
 
 namespace testvectors {
@@ -33,6 +35,23 @@ inline std::string toHex(const Bytes& bytes) {
         out += digits[b >> 4];
         out += digits[b & 15];
     }
+    return out;
+}
+
+// Base64 text to bytes by OpenSSL alone, line breaks and spaces skipped; empty
+// when malformed.
+inline Bytes fromBase64(const std::string& text) {
+    std::string clean;
+    for (char c : text)
+        if (c != '\n' && c != '\r' && c != ' ')
+            clean += c;
+    Bytes out(clean.size() / 4 * 3 + 3);
+    const int n = EVP_DecodeBlock(out.data(), reinterpret_cast<const unsigned char*>(clean.data()),
+                                  static_cast<int>(clean.size()));
+    if (n < 0)
+        return {};
+    const std::size_t padding = clean.size() >= 2 ? (clean.end()[-1] == '=') + (clean.end()[-2] == '=') : 0;
+    out.resize(static_cast<std::size_t>(n) - padding);
     return out;
 }
 

@@ -2,7 +2,6 @@
 // manifest says; packages this library signs verify with xmlsec1.
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -59,20 +58,15 @@ TEST(EbXmlInterop, ABareEnvelopeCannotReachItsAttachments) {
 // xmlsec1 verifies the signed envelope with each attachment mapped to its file.
 int xmlsecVerify(const std::string& package) {
     const std::vector<Leaf> leaves = leavesOf(package);
-    std::vector<std::string> files;
+    const testfiles::ScratchDir dir;
     std::string command = "xmlsec1 --verify --trusted-pem " + testfiles::dataPath("dsig/ca.pem");
-    for (size_t i = 0; i < leaves.size(); ++i) {
-        files.push_back(testfiles::scratch("ebxml-part-" + std::to_string(i)));
-        testfiles::write(files.back(), leaves[i].content);
-        if (i > 0) {
-            const std::string& cid = leaves[i].contentId;
-            command += " --url-map:cid:" + cid.substr(1, cid.size() - 2) + " " + files.back();
-        }
+    for (size_t i = 1; i < leaves.size(); ++i) {
+        const std::string& cid = leaves[i].contentId;
+        testfiles::write(dir(std::to_string(i)), leaves[i].content);
+        command += " --url-map:cid:" + cid.substr(1, cid.size() - 2) + " " + dir(std::to_string(i));
     }
-    const int rc = testfiles::run(command + " " + files.front());
-    for (const std::string& file : files)
-        std::remove(file.c_str());
-    return rc;
+    testfiles::write(dir("envelope"), leaves.front().content);
+    return testfiles::run(command + " " + dir("envelope"));
 }
 
 class XmlsecPeer : public testing::Test {
@@ -98,8 +92,8 @@ TEST_F(XmlsecPeer, AcceptsWhatWeSign) {
 
 TEST_F(XmlsecPeer, ItsXPathMayUsePrefixesBoundOnTheSignature) {
     // xmlsec1 binds ds only on ds:Signature, where the engine alone would not see it.
-    const std::string tmpl = testfiles::scratch("ebxml-template.xml");
-    const std::string out = testfiles::scratch("ebxml-signed.xml");
+    const testfiles::ScratchDir dir;
+    const std::string out = dir("signed.xml");
     ASSERT_EQ(testfiles::run("xmlsec1 --sign --privkey-pem " + testfiles::dataPath("dsig/signer-key.pem") + "," +
                              testfiles::dataPath("dsig/signer.pem") + " --url-map:cid:order@example.kr " +
                              testfiles::dataPath("ebxml/order.xml") + " --output " + out + " " +
@@ -108,7 +102,6 @@ TEST_F(XmlsecPeer, ItsXPathMayUsePrefixesBoundOnTheSignature) {
     std::vector<Part> parts = standardParts();
     parts[0].content = testfiles::read(out);
     parts.pop_back();
-    std::remove(out.c_str());
     ASSERT_NE(parts[0].content.find("<ds:XPath>not(ancestor-or-self::ds:Signature"), std::string::npos);
     std::string why;
     EXPECT_EQ(verify(makePackage(parts), &why), 0) << why;

@@ -106,7 +106,7 @@ TEST(GetRandomFromPriKey, GivesTheRandomAsBase64FromAnEncryptedOrPlainKey) {
     const ByteVector random = fixture("user_random.bin");
     const Random fromEncrypted = randomOf(h, fixture("user_key_seedsha1.der"), kPassword);
     ASSERT_EQ(fromEncrypted.status, VQXML_OK) << errorText(h);
-    EXPECT_EQ(base64Decode(fromEncrypted.base64), random);
+    EXPECT_EQ(fromBase64(fromEncrypted.base64), random);
 
     // The plain key that DecryptPriKey hands out goes straight on without a password.
     const Decrypted d = decrypt(h, fixture("user_key_pbes2_seed.der"));
@@ -117,7 +117,7 @@ TEST(GetRandomFromPriKey, GivesTheRandomAsBase64FromAnEncryptedOrPlainKey) {
 
     const Random kcdsa = randomOf(h, fixture("kcdsa_key_seedsha1.der"), kPassword);
     ASSERT_EQ(kcdsa.status, VQXML_OK) << errorText(h);
-    EXPECT_EQ(base64Decode(kcdsa.base64), fixture("kcdsa_random.bin"));
+    EXPECT_EQ(fromBase64(kcdsa.base64), fixture("kcdsa_random.bin"));
 }
 
 TEST(GetRandomFromPriKey, EncryptsTheRandomForTheRecipientsCertificate) {
@@ -126,7 +126,7 @@ TEST(GetRandomFromPriKey, EncryptsTheRandomForTheRecipientsCertificate) {
     ASSERT_EQ(sent.status, VQXML_OK) << errorText(h);
     const PrivateKey recipient = loadPemKey("leaf.key");
     ASSERT_TRUE(recipient);
-    EXPECT_EQ(rsaDecrypt(recipient.get(), RSA_PKCS1_PADDING, base64Decode(sent.base64)),
+    EXPECT_EQ(rsaDecrypt(recipient.get(), RSA_PKCS1_PADDING, fromBase64(sent.base64)),
               fixture("user_random.bin"));
 }
 
@@ -139,7 +139,7 @@ TEST(GetRandomFromPriKey, ARecipientLengthOfZeroOrLessMeansNoRecipient) {
         ASSERT_EQ(VQTK_XMLAPI_GetRandomFromPriKey(h, nullptr, key.data(), static_cast<int>(key.size()),
                                                   cert.data(), length, &out),
                   VQXML_OK);
-        EXPECT_EQ(base64Decode(reinterpret_cast<char*>(out)), fixture("user_random.bin"));
+        EXPECT_EQ(fromBase64(reinterpret_cast<char*>(out)), fixture("user_random.bin"));
     }
 }
 

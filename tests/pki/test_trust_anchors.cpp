@@ -33,7 +33,7 @@ std::string sha256Hex(const ByteVector& data) {
 
 ByteVector decodedAnchor(int index) {
     const vqxml::TrustAnchor& anchor = vqxml::kTrustAnchors[index];
-    return base64Decode(std::string(anchor.base64, static_cast<size_t>(anchor.base64Length)));
+    return fromBase64(std::string(anchor.base64, static_cast<size_t>(anchor.base64Length)));
 }
 
 }  // namespace
