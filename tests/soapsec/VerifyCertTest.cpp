@@ -1,6 +1,4 @@
 // A signer named only by issuer and serial: the receiver supplies its certificate.
-#include <cstdio>
-
 #include "soapsec/SoapSender.hpp"
 
 using namespace soaptest;
@@ -68,17 +66,14 @@ TEST(SoapVerifyCert, KcdsaSignerNamedByIssuerSerial) {
 // The Body signed by Apache WSS4J's sender, the signer named by issuer and serial.
 std::string signedByWss4j(bool sha256) {
 #ifdef VQXML_WSS4J_JAVA
-    const std::string in = testfiles::scratch("wss4j-envelope.xml");
-    const std::string out = testfiles::scratch("wss4j-signed.xml");
+    const testfiles::ScratchDir dir;
+    const std::string in = dir("envelope.xml"), out = dir("signed.xml");
     testfiles::write(in, kEnvelope);
     const std::string command = std::string(VQXML_WSS4J_JAVA) + " Wss4jProducer " + in + " " + out + " " +
                                 testfiles::dataPath("testpki/ee-rsa.crt.der") + " " +
                                 testfiles::dataPath("testpki/ee-rsa.key.der") + (sha256 ? " --sha256" : "");
     EXPECT_EQ(testfiles::run(command), 0) << command;
-    std::string message = testfiles::read(out);
-    std::remove(in.c_str());
-    std::remove(out.c_str());
-    return message;
+    return testfiles::read(out);
 #else
     (void)sha256;
     return std::string();
