@@ -1,8 +1,11 @@
-// A handle of the C interface that is finished when the test leaves its scope.
+// A handle of the C interface that is finished when the test leaves its scope,
+// and what every caller of the C interface needs around it.
 #ifndef VQXML_TESTS_SCOPEDHANDLE_HPP
 #define VQXML_TESTS_SCOPEDHANDLE_HPP
 
 #include <gtest/gtest.h>
+
+#include <string>
 
 #include "vqxml/vqxml.h"
 
@@ -17,5 +20,35 @@ struct ScopedHandle {
     ScopedHandle& operator=(const ScopedHandle&) = delete;
     operator void*() const { return h; }
 };
+
+namespace apitest {
+
+inline char* chars(const std::string& s) {
+    return const_cast<char*>(s.data());
+}
+
+inline unsigned char* bytes(const std::string& s) {
+    return reinterpret_cast<unsigned char*>(const_cast<char*>(s.data()));
+}
+
+inline int size(const std::string& s) {
+    return static_cast<int>(s.size());
+}
+
+inline std::string errorText(void* h) {
+    char text[1024] = {};
+    VQTK_XMLAPI_GetErrInfo(h, sizeof text, text);
+    return text;
+}
+
+// The handle's result document ("" when there is none).
+inline std::string resultDocument(void* h) {
+    char* doc = nullptr;
+    int len = 0;
+    VQTK_XMLAPI_GetXMLDocument(h, &doc, &len);
+    return doc != nullptr ? std::string(doc, len) : std::string();
+}
+
+}  // namespace apitest
 
 #endif

@@ -1,4 +1,4 @@
-// Reading test data and running peer programs.
+// Reading test data, scratch files and running peer programs.
 #ifndef VQXML_TESTS_TESTFILES_HPP
 #define VQXML_TESTS_TESTFILES_HPP
 
@@ -7,6 +7,9 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace testfiles {
 
@@ -44,6 +47,27 @@ inline std::string scratch(const std::string& name) {
     const char* dir = std::getenv("TMPDIR");
     return std::string(dir != nullptr ? dir : "/tmp") + "/vqxml-test-" + std::to_string(::getpid()) + "-" + name;
 }
+
+// A folder for scratch files, removed with what it holds at the end of its scope.
+class ScratchDir {
+public:
+    ScratchDir() {
+        std::string pattern = scratch("XXXXXX");
+        if (::mkdtemp(&pattern[0]) != nullptr)
+            m_dir = pattern;
+    }
+    ~ScratchDir() {
+        if (!m_dir.empty())
+            run("rm -rf '" + m_dir + "'");
+    }
+    ScratchDir(const ScratchDir&) = delete;
+    ScratchDir& operator=(const ScratchDir&) = delete;
+
+    std::string operator()(const std::string& name) const { return m_dir + "/" + name; }
+
+private:
+    std::string m_dir;
+};
 
 }  // namespace testfiles
 

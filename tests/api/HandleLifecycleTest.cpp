@@ -19,16 +19,38 @@ TEST(HandleLifecycle, InitRefusesAVariableThatHoldsAHandle) {
     EXPECT_EQ(VQTK_XMLAPI_Finish(&h), VQXML_OK);
 }
 
-TEST(HandleLifecycle, NullArgumentsNeverReachAContext) {
+// Every front checks its handle before anything else: one call of each family.
+TEST(HandleLifecycle, NullHandleNeverReachesAContext) {
     void* none = nullptr;
-    EXPECT_EQ(VQTK_XMLAPI_init(nullptr), VQXML_ERR_NULL_ARGUMENT);
-    EXPECT_EQ(VQTK_XMLAPI_Finish(&none), VQXML_ERR_NULL_HANDLE);
-    EXPECT_EQ(VQTK_XMLAPI_Finish(nullptr), VQXML_ERR_NULL_HANDLE);
-    char out[16];
-    EXPECT_EQ(VQTK_XMLAPI_GetVersion(nullptr, 16, out), VQXML_ERR_NULL_HANDLE);
+    char text[16];
     char* doc = nullptr;
+    unsigned char* bytes = nullptr;
+    unsigned char der = 0x30;
     int len = 0;
-    EXPECT_EQ(VQTK_XMLAPI_GetXMLDocument(nullptr, &doc, &len), VQXML_ERR_NULL_HANDLE);
+    const int statuses[] = {
+        VQTK_XMLAPI_Finish(&none),
+        VQTK_XMLAPI_Finish(nullptr),
+        VQTK_XMLAPI_GetVersion(nullptr, 16, text),
+        VQTK_XMLAPI_GetXMLDocument(nullptr, &doc, &len),
+        VQTK_XMLAPI_VerifyCert(nullptr, &der, 1),
+        VQTK_XMLAPI_DecryptPriKey(nullptr, text, &der, 1, &bytes, &len),
+        VQTK_XMLAPI_GetRandomFromPriKey(nullptr, nullptr, &der, 1, nullptr, 0, &bytes),
+        VQTK_XMLDSIG_SetXMLDocument(nullptr, nullptr, 0),
+        VQTK_XMLDSIG_SignatureMethod(nullptr, 5, 3),
+        VQTK_XMLDSIG_sign(nullptr),
+        VQTK_XMLDSIG_Verify(nullptr),
+        VQTK_XMLDSIG_GetKeyName(nullptr, nullptr),
+        VQTK_XMLENC_SetXMLDocument(nullptr, text, 1),
+        VQTK_XMLENC_Decrypt(nullptr),
+        VQTK_SOAPSEC_SetVerifyCert(nullptr, &der, 1),
+        VQTK_EBXML_SetSOAPDocument(nullptr, text, 1),
+        VQTK_EBXML_SetSOAPSecXMLDocument(nullptr, text, 1),
+        VQTK_EBXML_Sign(nullptr),
+        VQTK_EBXML_SetKeyValue(nullptr),
+    };
+    for (size_t i = 0; i < sizeof statuses / sizeof statuses[0]; ++i)
+        EXPECT_EQ(statuses[i], VQXML_ERR_NULL_HANDLE) << "call " << i;
+    EXPECT_EQ(VQTK_XMLAPI_init(nullptr), VQXML_ERR_NULL_ARGUMENT);
 }
 
 TEST(HandleLifecycle, LocaleIsAcceptedWhateverItSays) {

@@ -38,18 +38,6 @@ TEST(EngineLifecycle, EnginesLiveFromTheFirstContextToTheLast) {
     EXPECT_EQ(g_InitCount.load(), 1);
 }
 
-TEST(EngineLifecycle, FreshContextStartsAtTheInitialValues) {
-    InspectableContext ctx;
-    EXPECT_EQ(ctx.getSignatureAlg(), 0);
-    EXPECT_EQ(ctx.getSymmAlg(), 0);
-    EXPECT_EQ(ctx.getKeyWrapAlg(), 0);
-    EXPECT_EQ(ctx.getXMLDocument(), nullptr);
-    EXPECT_STREQ(ctx.getLastErrorMsg(), "");
-    EXPECT_EQ(ctx.getLaseErrorCode(), 0);
-    EXPECT_STREQ(ctx.getVersion(), "V1.0.0.7");
-    EXPECT_EQ(ctx.getXMLEncoding(), nullptr);
-}
-
 // Many threads create and finish handles at once, so that the engines are
 // started and torn down again and again under contention.
 TEST(EngineLifecycle, ConcurrentCreationAndFinishing) {

@@ -6,6 +6,7 @@
 
 #include <xsec/framework/XSECException.hpp>
 
+#include "HostileDocuments.hpp"
 #include "SignatureFixture.hpp"
 
 using namespace dsigtest;
@@ -172,19 +173,15 @@ TEST(HostileSignatures, WhatAStrangerMayNotAskOfTheVerifier) {
 
 TEST(HostileSignatures, KeyInformationThatLoopsIsRefusedBeforeTheEngineFollowsIt) {
     const std::string loop =
-        "<!DOCTYPE r [<!ATTLIST xenc:EncryptedKey Id ID #IMPLIED>]>"
+        std::string(hostile::kLoopingDoctype) +
         "<r><ds:Signature xmlns:ds=\"http://www.w3.org/2000/09/xmldsig#\"><ds:SignedInfo>"
         "<ds:CanonicalizationMethod Algorithm=\"http://www.w3.org/TR/2001/REC-xml-c14n-20010315\"/>"
         "<ds:SignatureMethod Algorithm=\"http://www.w3.org/2000/09/xmldsig#rsa-sha1\"/>"
         "<ds:Reference URI=\"\"><ds:DigestMethod Algorithm=\"http://www.w3.org/2000/09/xmldsig#sha1\"/>"
         "<ds:DigestValue>AA==</ds:DigestValue></ds:Reference></ds:SignedInfo><ds:SignatureValue>AA==</ds:SignatureValue>"
         "<ds:KeyInfo><ds:RetrievalMethod URI=\"#k\" Type=\"http://www.w3.org/2001/04/xmlenc#EncryptedKey\"/>"
-        "</ds:KeyInfo></ds:Signature>"
-        "<xenc:EncryptedKey xmlns:xenc=\"http://www.w3.org/2001/04/xmlenc#\" Id=\"k\">"
-        "<xenc:EncryptionMethod Algorithm=\"http://www.w3.org/2001/04/xmlenc#rsa-1_5\"/>"
-        "<ds:KeyInfo xmlns:ds=\"http://www.w3.org/2000/09/xmldsig#\"><ds:RetrievalMethod URI=\"#k\" "
-        "Type=\"http://www.w3.org/2001/04/xmlenc#EncryptedKey\"/></ds:KeyInfo>"
-        "<xenc:CipherData><xenc:CipherValue>AA==</xenc:CipherValue></xenc:CipherData></xenc:EncryptedKey></r>";
+        "</ds:KeyInfo></ds:Signature>" +
+        hostile::kLoopingEncryptedKey + "</r>";
     ScopedHandle h;
     EXPECT_NE(VQTK_XMLDSIG_SetSignXMLDocument(h, chars(loop), static_cast<int>(loop.size())), 0);
     expectStillUsable(h);
@@ -255,10 +252,8 @@ TEST(HostileSignatures, ACertificateSwappedIntoAKnownSignatureIsNotTakenForTheSi
     }
 }
 
-TEST(HostileSignatures, DeclaredEncodingsOtherThanUtf8AreRefused) {
+TEST(HostileSignatures, NoDocumentToVerify) {
     ScopedHandle h;
-    std::string latin = "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><a/>";
-    EXPECT_EQ(VQTK_XMLDSIG_SetSignXMLDocument(h, chars(latin), static_cast<int>(latin.size())), VQXML_ERR_ENCODING);
     EXPECT_EQ(VQTK_XMLDSIG_SetSignXMLDocument(h, nullptr, 0), 10212);
     EXPECT_EQ(VQTK_XMLDSIG_Verify(h), 10200);
     expectStillUsable(h);

@@ -2,14 +2,13 @@
 // manifest whose verdict is this library's to give.
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <map>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include <xsec/framework/XSECException.hpp>
 
+#include "InteropManifest.hpp"
 #include "SignatureFixture.hpp"
 
 using namespace dsigtest;
@@ -27,24 +26,15 @@ struct Sample {
 // invalid only through certificate trust: a path is taken as valid when any of its
 // rows is.
 std::vector<Sample> dsigSamples() {
-    std::ifstream in(testfiles::sharedPath("interop/MANIFEST.tsv"));
     std::map<std::string, Sample> byPath;
-    std::string line;
-    std::getline(in, line);
-    while (std::getline(in, line)) {
-        std::istringstream fields(line);
-        std::string path, kind, expected, keySource;
-        std::getline(fields, path, '\t');
-        std::getline(fields, kind, '\t');
-        std::getline(fields, expected, '\t');
-        std::getline(fields, keySource, '\t');
-        if (kind != "dsig-verify" || keySource.rfind("cert:", 0) == 0)
+    for (const interop::Row& row : interop::rows("dsig-verify")) {
+        if (row.keySource.rfind("cert:", 0) == 0)
             continue;
-        Sample& s = byPath[path];
-        s.path = path;
-        s.valid = s.valid || expected == "valid";
-        if (keySource.rfind("hmac:", 0) == 0)
-            s.hmacKeyFile = keySource.substr(5);
+        Sample& s = byPath[row.path];
+        s.path = row.path;
+        s.valid = s.valid || row.valid;
+        if (row.keySource.rfind("hmac:", 0) == 0)
+            s.hmacKeyFile = row.keySource.substr(5);
     }
     std::vector<Sample> out;
     for (auto& entry : byPath)
@@ -86,9 +76,8 @@ TEST(InteropSamples, VerifyAsTheManifestSays) {
     ASSERT_GT(samples.size(), 15u) << "manifest not found or changed";
     int checked = 0;
     for (const Sample& s : samples) {
-        const std::string text = testfiles::read(testfiles::sharedPath("interop/" + s.path));
-        const std::string key =
-            s.hmacKeyFile.empty() ? std::string() : testfiles::read(testfiles::sharedPath("interop/" + s.hmacKeyFile));
+        const std::string text = interop::file(s.path);
+        const std::string key = s.hmacKeyFile.empty() ? std::string() : interop::file(s.hmacKeyFile);
         std::string why;
         const int rc = verify(text, &why, key);
         if (needsExternalData(text)) {
@@ -117,13 +106,12 @@ TEST(InteropSamples, VerifyAsTheManifestSays) {
 // canonicalization; the plain signature functions must honour it too.
 TEST(InteropSamples, SignedInfoPrefixListIsHonoured) {
     for (const char* name : {"soap11-sign-rsa-sha1.xml", "soap11-sign-rsa-sha256.xml", "soap12-sign-rsa-sha1.xml"}) {
-        const std::string text = testfiles::read(testfiles::sharedPath(std::string("interop/wss/") + name));
+        const std::string text = interop::file(std::string("wss/") + name);
         ASSERT_NE(text.find("PrefixList"), std::string::npos) << name;
         std::string why;
         EXPECT_EQ(verify(text, &why), 0) << name << ": " << why;
     }
-    const std::string tampered = testfiles::read(testfiles::sharedPath("interop/wss/soap11-sign-rsa-sha1-tampered.xml"));
-    EXPECT_EQ(verify(tampered), 11213);
+    EXPECT_EQ(verify(interop::file("wss/soap11-sign-rsa-sha1-tampered.xml")), 11213);
 }
 
 }  // namespace

@@ -32,26 +32,10 @@ inline const std::string& hmacKey() {
     return bytes;
 }
 
-inline char* chars(const std::string& s) {
-    return const_cast<char*>(s.data());
-}
-
-inline unsigned char* bytes(const std::string& s) {
-    return reinterpret_cast<unsigned char*>(const_cast<char*>(s.data()));
-}
-
-inline std::string errorText(void* h) {
-    char text[1024] = {};
-    VQTK_XMLAPI_GetErrInfo(h, sizeof text, text);
-    return text;
-}
-
-inline std::string resultDocument(void* h) {
-    char* doc = nullptr;
-    int len = 0;
-    VQTK_XMLAPI_GetXMLDocument(h, &doc, &len);
-    return doc != nullptr ? std::string(doc, len) : std::string();
-}
+using apitest::bytes;
+using apitest::chars;
+using apitest::errorText;
+using apitest::resultDocument;
 
 // Verifies signed text on a fresh handle; the status, and the result document in *out.
 inline int verify(const std::string& signedText, std::string* out = nullptr, const std::string& hmac = "") {

@@ -217,12 +217,4 @@ TEST(ArgumentCodes, CallsBeforeTheTemplateExistAreRefused) {
               10205);
 }
 
-TEST(ArgumentCodes, NullHandleEverywhere) {
-    EXPECT_EQ(VQTK_XMLDSIG_SetXMLDocument(nullptr, nullptr, 0), VQXML_ERR_NULL_HANDLE);
-    EXPECT_EQ(VQTK_XMLDSIG_SignatureMethod(nullptr, 5, 3), VQXML_ERR_NULL_HANDLE);
-    EXPECT_EQ(VQTK_XMLDSIG_sign(nullptr), VQXML_ERR_NULL_HANDLE);
-    EXPECT_EQ(VQTK_XMLDSIG_Verify(nullptr), VQXML_ERR_NULL_HANDLE);
-    EXPECT_EQ(VQTK_XMLDSIG_GetKeyName(nullptr, nullptr), VQXML_ERR_NULL_HANDLE);
-}
-
 }  // namespace

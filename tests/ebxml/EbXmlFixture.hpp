@@ -13,10 +13,10 @@
 
 namespace ebxmltest {
 
-using dsigtest::bytes;
-using dsigtest::chars;
-using dsigtest::errorText;
-using dsigtest::resultDocument;
+using apitest::bytes;
+using apitest::chars;
+using apitest::errorText;
+using apitest::resultDocument;
 
 // Excludes the signature and what the next MSH may change, as ebMS 2.0 does with
 // its enveloped-signature and XPath transforms.

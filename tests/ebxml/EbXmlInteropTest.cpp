@@ -2,58 +2,32 @@
 // manifest says; packages this library signs verify with xmlsec1.
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include <xsec/framework/XSECException.hpp>
 
 #include "EbXmlFixture.hpp"
+#include "InteropManifest.hpp"
 
 using namespace ebxmltest;
 
 namespace {
 
-struct Row {
-    std::string path;
-    bool valid;
-};
-
-std::vector<Row> ebxmlRows() {
-    std::ifstream in(testfiles::sharedPath("interop/MANIFEST.tsv"));
-    std::vector<Row> rows;
-    std::string line;
-    std::getline(in, line);
-    while (std::getline(in, line)) {
-        std::istringstream fields(line);
-        std::string path, kind, expected;
-        std::getline(fields, path, '\t');
-        std::getline(fields, kind, '\t');
-        std::getline(fields, expected, '\t');
-        if (kind == "ebxml-verify")
-            rows.push_back({path, expected == "valid"});
-    }
-    return rows;
-}
-
-std::string interop(const std::string& relative) {
-    return testfiles::read(testfiles::sharedPath("interop/" + relative));
-}
+using interop::file;
 
 TEST(EbXmlInterop, XmlsecPackagesVerifyAsTheManifestSays) {
-    const std::vector<Row> rows = ebxmlRows();
+    const std::vector<interop::Row> rows = interop::rows("ebxml-verify");
     ASSERT_GE(rows.size(), 5u) << "manifest not found or changed";
-    for (const Row& row : rows) {
+    for (const interop::Row& row : rows) {
         std::string why;
-        const int rc = verify(interop(row.path), &why);
+        const int rc = verify(file(row.path), &why);
         EXPECT_EQ(rc, row.valid ? 0 : 11213) << row.path << ": " << why;
     }
 }
 
 TEST(EbXmlInterop, SignerAndResultOfAVerifiedPackage) {
-    const std::string package = interop("ebxml/ebms2-signed.mime");
+    const std::string package = file("ebxml/ebms2-signed.mime");
     ScopedHandle h;
     ASSERT_EQ(VQTK_EBXML_SetSOAPSecXMLDocument(h, chars(package), static_cast<int>(package.size())), 0)
         << errorText(h);
@@ -62,7 +36,7 @@ TEST(EbXmlInterop, SignerAndResultOfAVerifiedPackage) {
     unsigned char* cert = nullptr;
     int certLen = 0;
     ASSERT_EQ(VQTK_EBXML_GetSignCert(h, &cert, &certLen), 0);
-    EXPECT_EQ(std::string(reinterpret_cast<char*>(cert), certLen), interop("ebxml/keys/signer-cert.der"));
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(cert), certLen), file("ebxml/keys/signer-cert.der"));
 
     // The package comes back with the envelope less its signature; the
     // attachments are the same bytes.
@@ -70,12 +44,12 @@ TEST(EbXmlInterop, SignerAndResultOfAVerifiedPackage) {
     ASSERT_EQ(leaves.size(), 3u);
     EXPECT_EQ(leaves[0].content.find("Signature"), std::string::npos);
     EXPECT_NE(leaves[0].content.find("<eb:Action>NewOrder</eb:Action>"), std::string::npos);
-    EXPECT_EQ(leaves[1].content, interop("ebxml/parts/ebms2-signed/payload-1.xml"));
-    EXPECT_EQ(leaves[2].content, interop("ebxml/parts/ebms2-signed/payload-2.bin"));
+    EXPECT_EQ(leaves[1].content, file("ebxml/parts/ebms2-signed/payload-1.xml"));
+    EXPECT_EQ(leaves[2].content, file("ebxml/parts/ebms2-signed/payload-2.bin"));
 }
 
 TEST(EbXmlInterop, ABareEnvelopeCannotReachItsAttachments) {
-    const std::string envelopeOnly = interop("ebxml/parts/ebms2-signed/soap-envelope.xml");
+    const std::string envelopeOnly = file("ebxml/parts/ebms2-signed/soap-envelope.xml");
     std::string why;
     EXPECT_EQ(verify(envelopeOnly, &why), XSECException::ErrorOpeningURI) << why;
     EXPECT_NE(why.find("cid:payload-1@interop.example"), std::string::npos) << why;
@@ -84,20 +58,15 @@ TEST(EbXmlInterop, ABareEnvelopeCannotReachItsAttachments) {
 // xmlsec1 verifies the signed envelope with each attachment mapped to its file.
 int xmlsecVerify(const std::string& package) {
     const std::vector<Leaf> leaves = leavesOf(package);
-    std::vector<std::string> files;
+    const testfiles::ScratchDir dir;
     std::string command = "xmlsec1 --verify --trusted-pem " + testfiles::dataPath("dsig/ca.pem");
-    for (size_t i = 0; i < leaves.size(); ++i) {
-        files.push_back(testfiles::scratch("ebxml-part-" + std::to_string(i)));
-        testfiles::write(files.back(), leaves[i].content);
-        if (i > 0) {
-            const std::string& cid = leaves[i].contentId;
-            command += " --url-map:cid:" + cid.substr(1, cid.size() - 2) + " " + files.back();
-        }
+    for (size_t i = 1; i < leaves.size(); ++i) {
+        const std::string& cid = leaves[i].contentId;
+        testfiles::write(dir(std::to_string(i)), leaves[i].content);
+        command += " --url-map:cid:" + cid.substr(1, cid.size() - 2) + " " + dir(std::to_string(i));
     }
-    const int rc = testfiles::run(command + " " + files.front());
-    for (const std::string& file : files)
-        std::remove(file.c_str());
-    return rc;
+    testfiles::write(dir("envelope"), leaves.front().content);
+    return testfiles::run(command + " " + dir("envelope"));
 }
 
 class XmlsecPeer : public testing::Test {
@@ -123,8 +92,8 @@ TEST_F(XmlsecPeer, AcceptsWhatWeSign) {
 
 TEST_F(XmlsecPeer, ItsXPathMayUsePrefixesBoundOnTheSignature) {
     // xmlsec1 binds ds only on ds:Signature, where the engine alone would not see it.
-    const std::string tmpl = testfiles::scratch("ebxml-template.xml");
-    const std::string out = testfiles::scratch("ebxml-signed.xml");
+    const testfiles::ScratchDir dir;
+    const std::string out = dir("signed.xml");
     ASSERT_EQ(testfiles::run("xmlsec1 --sign --privkey-pem " + testfiles::dataPath("dsig/signer-key.pem") + "," +
                              testfiles::dataPath("dsig/signer.pem") + " --url-map:cid:order@example.kr " +
                              testfiles::dataPath("ebxml/order.xml") + " --output " + out + " " +
@@ -133,7 +102,6 @@ TEST_F(XmlsecPeer, ItsXPathMayUsePrefixesBoundOnTheSignature) {
     std::vector<Part> parts = standardParts();
     parts[0].content = testfiles::read(out);
     parts.pop_back();
-    std::remove(out.c_str());
     ASSERT_NE(parts[0].content.find("<ds:XPath>not(ancestor-or-self::ds:Signature"), std::string::npos);
     std::string why;
     EXPECT_EQ(verify(makePackage(parts), &why), 0) << why;

@@ -235,17 +235,3 @@ TEST(CryptoProvider, SymmetricKeyStreamsFollowTheEngineRules) {
     EXPECT_THROW(other.decryptFinish(back, sizeof back), XSECCryptoException) << "finished";
 }
 
-TEST(TestPki, KcdsaCertificatesAreSignedByTheTestCa) {
-    Bytes caDer = testPkiFile("ca-rsa.crt.der");
-    const unsigned char* p = caDer.data();
-    vqxml::korean::OpenSSLPtr<X509, X509_free> ca(d2i_X509(nullptr, &p, long(caDer.size())));
-    ASSERT_NE(ca, nullptr);
-    for (const char* name : {"ee-kcdsa1024.crt.der", "ee-kcdsa2048.crt.der"}) {
-        Bytes der = testPkiFile(name);
-        p = der.data();
-        vqxml::korean::OpenSSLPtr<X509, X509_free> cert(d2i_X509(nullptr, &p, long(der.size())));
-        ASSERT_NE(cert, nullptr) << name;
-        EXPECT_EQ(X509_verify(cert.get(), X509_get0_pubkey(ca.get())), 1) << name;
-        EXPECT_TRUE(vqxml::korean::isKcdsaPublicKey(X509_get_X509_PUBKEY(cert.get()))) << name;
-    }
-}

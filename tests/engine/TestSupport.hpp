@@ -2,33 +2,32 @@
 #ifndef VQXML_TESTS_ENGINE_TESTSUPPORT_HPP
 #define VQXML_TESTS_ENGINE_TESTSUPPORT_HPP
 
-#include <cstdint>
-#include <map>
 #include <string>
-#include <vector>
+
+#include "TestVectors.hpp"
 
 namespace vqxml::test {
 
-using Bytes = std::vector<std::uint8_t>;
+using testvectors::Bytes;
+using testvectors::fromHex;
+using testvectors::toHex;
+using VectorRecord = testvectors::Record;
 
-struct VectorRecord {
-    std::string label;  // the comment line above the record
-    std::map<std::string, std::string> fields;
-
-    bool has(const std::string& name) const { return fields.count(name) != 0; }
-    const std::string& text(const std::string& name) const;
-    Bytes bytes(const std::string& name) const;  // hex field
-};
-
-// The records of a file of /work/shared/testdata/vectors (see its README).
-std::vector<VectorRecord> readVectors(const std::string& fileName);
-
-Bytes fromHex(const std::string& hex);
-std::string toHex(const Bytes& bytes);
+inline std::vector<VectorRecord> readVectors(const std::string& fileName) {
+    return testvectors::records(fileName);
+}
 
 // The bytes of a file under tests/data/testpki.
-Bytes testPkiFile(const std::string& name);
-std::string testPkiPath(const std::string& name);
+inline std::string testPkiPath(const std::string& name) {
+    return testfiles::dataPath("testpki/" + name);
+}
+
+inline Bytes testPkiFile(const std::string& name) {
+    const std::string bytes = testfiles::read(testPkiPath(name));
+    if (bytes.empty())
+        throw std::runtime_error("cannot read " + name);
+    return Bytes(bytes.begin(), bytes.end());
+}
 
 }  // namespace vqxml::test
 

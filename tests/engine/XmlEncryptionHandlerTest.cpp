@@ -1,5 +1,6 @@
-// SEED, ARIA and NEAT through xml-security-c's own XENCCipher: element and
-// content encryption, RSA-OAEP key transport of the session key, bad input.
+// SEED, ARIA and NEAT through xml-security-c's own XENCCipher: what the handlers
+// refuse (keys of another cipher or length, a wrong key) and their registration.
+// Round trips of every cipher and transport run through the C interface (xenc).
 #include <gtest/gtest.h>
 #include <openssl/pem.h>
 #include <xsec/dsig/DSIGConstants.hpp>
@@ -92,69 +93,9 @@ protected:
             *cipher = std::move(enc);
         return doc;
     }
-
-    // Decrypts the first EncryptedData with a fresh cipher and key object.
-    void decrypt(DOMDocument* doc, const Algorithm& alg) {
-        Cipher dec = cipherFor(doc);
-        dec->setKey(sessionKey(alg.keyType));
-        dec->decryptElement(find(doc, "EncryptedData"));
-    }
 };
 
 }  // namespace
-
-TEST_F(XmlEncryptionHandlers, ElementsRoundTripWithEveryCipher) {
-    const std::string before = serialise(parse(kDocument).get());
-    for (const Algorithm& alg : kAlgorithms) {
-        Document doc = encrypted(alg, "Amount");
-        DOMElement* data = find(doc.get(), "EncryptedData");
-        ASSERT_NE(data, nullptr) << alg.name;
-        EXPECT_EQ(find(doc.get(), "Amount"), nullptr);
-        DOMElement* method = find(data, "EncryptionMethod");
-        EXPECT_TRUE(XMLString::equals(method->getAttribute(u"Algorithm"), alg.uri)) << alg.name;
-
-        Document reparsed = parse(serialise(doc.get()));
-        decrypt(reparsed.get(), alg);
-        EXPECT_EQ(serialise(reparsed.get()), before) << alg.name;
-    }
-}
-
-TEST_F(XmlEncryptionHandlers, ContentRoundTripsAndIvIsFreshEachTime) {
-    const std::string before = serialise(parse(kDocument).get());
-    for (const Algorithm& alg : kAlgorithms) {
-        Document doc = encrypted(alg, nullptr);
-        Document again = encrypted(alg, nullptr);
-        EXPECT_NE(serialise(find(again.get(), "CipherValue")), serialise(find(doc.get(), "CipherValue")))
-            << alg.name;
-        decrypt(doc.get(), alg);
-        EXPECT_EQ(serialise(doc.get()), before) << alg.name;
-    }
-}
-
-TEST_F(XmlEncryptionHandlers, SessionKeyTravelsUnderRsaOaep) {
-    const std::string before = serialise(parse(kDocument).get());
-    for (const Algorithm& alg : kAlgorithms) {
-        Cipher enc;
-        Document doc = encrypted(alg, "Note", &enc);
-        enc->setKEK(rsaKey("ee-rsa.crt.pem", false));
-        XENCEncryptedKey* wrapped = enc->encryptKey(kKey, 16, DSIGConstants::s_unicodeStrURIRSA_OAEP_MGFP1);
-        enc->getEncryptedData()->appendEncryptedKey(wrapped);
-
-        // The recipient has only its private key: the session key comes out of
-        // the EncryptedKey and is made by the handler for the data's algorithm.
-        Document received = parse(serialise(doc.get()));
-        Cipher dec = cipherFor(received.get());
-        dec->setKEK(rsaKey("ee-rsa.key.pem", true));
-        dec->decryptElement(find(received.get(), "EncryptedData"));
-        EXPECT_EQ(serialise(received.get()), before) << alg.name;
-
-        // Another recipient's key cannot unwrap it.
-        Document stranger = parse(serialise(doc.get()));
-        Cipher wrong = cipherFor(stranger.get());
-        wrong->setKEK(rsaKey("ee-rsa-b.key.pem", true));
-        EXPECT_THROW(wrong->decryptElement(find(stranger.get(), "EncryptedData")), XSECException) << alg.name;
-    }
-}
 
 TEST_F(XmlEncryptionHandlers, WrongKeysAreRefusedCleanly) {
     Document doc = parse(kDocument);
@@ -184,27 +125,6 @@ TEST_F(XmlEncryptionHandlers, WrongKeysAreRefusedCleanly) {
         } catch (const XSECCryptoException&) {
         }
     }
-}
-
-TEST_F(XmlEncryptionHandlers, MalformedCipherValuesAreRefused) {
-    // CipherValue: 16 bytes of IV and 20 bytes of "ciphertext", not whole blocks;
-    // then an IV alone; then nothing.
-    const char* values[] = {"AAECAwQFBgcICQoLDA0ODxAREhMUFRYXGBkaGxwdHh8gISIj", "AAECAwQFBgcICQoLDA0ODw==", ""};
-    for (const Algorithm& alg : kAlgorithms)
-        for (const char* value : values) {
-            std::u16string uri(alg.uri);
-            std::string text = std::string("<Doc><xenc:EncryptedData xmlns:xenc=\"http://www.w3.org/2001/04/xmlenc#\" "
-                                           "Type=\"http://www.w3.org/2001/04/xmlenc#Element\">"
-                                           "<xenc:EncryptionMethod Algorithm=\"") +
-                               std::string(uri.begin(), uri.end()) +
-                               "\"/><xenc:CipherData><xenc:CipherValue>" + value +
-                               "</xenc:CipherValue></xenc:CipherData></xenc:EncryptedData></Doc>";
-            Document doc = parse(text);
-            Cipher dec = cipherFor(doc.get());
-            dec->setKey(sessionKey(alg.keyType));
-            EXPECT_THROW(dec->decryptElement(find(doc.get(), "EncryptedData")), XSECCryptoException)
-                << alg.name << " " << value;
-        }
 }
 
 TEST_F(XmlEncryptionHandlers, UnwrappedKeysOfTheWrongLengthAreRefused) {

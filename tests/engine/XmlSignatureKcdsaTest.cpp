@@ -122,25 +122,6 @@ TEST_F(KcdsaSignatures, ChangedContentOrOtherCertificateFails) {
     EXPECT_FALSE(verify(garbage, "ee-kcdsa1024"));
 }
 
-TEST_F(KcdsaSignatures, EnvelopingSignatureOverAnObject) {
-    Document doc = parse("<Envelope/>");
-    Signature sig(g_provider->newSignature());
-    DOMElement* node =
-        sig->createBlankSignature(doc.get(), DSIGConstants::s_unicodeStrURIC14N_NOC, vqxml::uri::kKcdsaSha1);
-    doc->replaceChild(node, doc->getDocumentElement())->release();
-    DSIGObject* object = sig->appendObject();
-    object->setId(u"payload");
-    object->appendChild(doc->createTextNode(u"전자문서 본문"));
-    sig->createReference(u"#payload", vqxml::uri::kHas160);
-    sig->setSigningKey(key("ee-kcdsa1024", true));
-    sig->sign();
-    std::string text = serialise(doc.get());
-    EXPECT_TRUE(verify(text, "ee-kcdsa1024"));
-    std::string changed = text;
-    changed.replace(changed.find("본문"), std::string("본문").size(), "변경");
-    EXPECT_FALSE(verify(changed, "ee-kcdsa1024"));
-}
-
 TEST_F(KcdsaSignatures, UnusableKeysAndMethodsAreRefusedCleanly) {
     // SHA-1 is shorter than the 224-bit q of the 2048-bit key.
     EXPECT_THROW(signEnveloped({"ee-kcdsa2048", vqxml::uri::kKcdsaSha1, DSIGConstants::s_unicodeStrURISHA1, 0}),

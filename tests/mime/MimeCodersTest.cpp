@@ -22,23 +22,6 @@ std::string RandomBytes(std::mt19937& rng, size_t n, bool text) {
 
 }  // namespace
 
-TEST(MimeCharTable, ClassesMatchTheirMembers) {
-    int specials = 0;
-    for (int c = 0; c < 128; ++c) {
-        unsigned char v = CMimeChar::m_aCharTbl[c];
-        EXPECT_TRUE(v == 1 || v == 2 || v == 3 || v == 4 || v == 16 || v == 48 || v == 68) << c;
-        specials += CMimeChar::IsSpecial(static_cast<unsigned char>(c)) ? 1 : 0;
-    }
-    EXPECT_EQ(specials, 14);
-    EXPECT_EQ(CMimeChar::m_aCharTbl['\t'], 3);
-    EXPECT_EQ(CMimeChar::m_aCharTbl[' '], 2);
-    EXPECT_EQ(CMimeChar::m_aCharTbl['F'], 68);
-    EXPECT_EQ(CMimeChar::m_aCharTbl['f'], 4);
-    EXPECT_EQ(CMimeChar::m_aCharTbl['.'], 48);
-    EXPECT_EQ(CMimeChar::m_aCharTbl['_'], 16);
-    EXPECT_FALSE(CMimeChar::IsSpace(0xA0));
-}
-
 TEST(QuotedPrintable, EncodesEqualsAndTrailingWhiteSpace) {
     EXPECT_EQ(Encode<CMimeCodeQP>("a =b", false), "a =3Db");
     EXPECT_EQ(Encode<CMimeCodeQP>("end ", false), "end=20");

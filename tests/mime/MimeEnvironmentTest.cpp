@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <typeinfo>
+#include <utility>
 
 namespace {
 
@@ -12,12 +14,6 @@ template <typename Want, typename Have>
 bool Is(Have* object) {
     std::unique_ptr<Have> owned(object);
     return dynamic_cast<Want*>(owned.get()) != nullptr;
-}
-
-template <typename Want>
-bool IsExactly(CMimeCodeBase* object) {
-    std::unique_ptr<CMimeCodeBase> owned(object);
-    return typeid(*owned) == typeid(Want);
 }
 
 class XmlBody : public CMimeBody {
@@ -31,30 +27,36 @@ CFieldCodeBase* MakeAddressCoder() {
 
 }  // namespace
 
-TEST(MimeEnvironment, SevenBitIsACopyUntilAutoFoldingIsOn) {
-    for (const char* name : {static_cast<const char*>(nullptr), "", "7bit", "8bit"})
-        EXPECT_TRUE(IsExactly<CMimeCodeBase>(CMimeEnvironment::CreateCoder(name)));
-    CMimeEnvironment::SetAutoFolding(true);
-    for (const char* name : {static_cast<const char*>(nullptr), "", "7BIT", "8bit"})
-        EXPECT_TRUE(IsExactly<CMimeCode7bit>(CMimeEnvironment::CreateCoder(name)));
+// 7bit and 8bit are a plain copy until automatic folding is on; names ignore case.
+TEST(MimeEnvironment, CodersByName) {
+    const struct {
+        const char* name;
+        bool autoFolding;
+        const std::type_info& type;
+    } coders[] = {
+        {nullptr, false, typeid(CMimeCodeBase)},   {"", false, typeid(CMimeCodeBase)},
+        {"7bit", false, typeid(CMimeCodeBase)},    {"8bit", false, typeid(CMimeCodeBase)},
+        {nullptr, true, typeid(CMimeCode7bit)},    {"", true, typeid(CMimeCode7bit)},
+        {"7BIT", true, typeid(CMimeCode7bit)},     {"8bit", true, typeid(CMimeCode7bit)},
+        {"BASE64", false, typeid(CMimeCodeBase64)}, {"Quoted-Printable", false, typeid(CMimeCodeQP)},
+        {"x-unknown", false, typeid(CMimeCodeBase)}, {"binary", false, typeid(CMimeCodeBase)},
+    };
+    for (const auto& c : coders) {
+        CMimeEnvironment::SetAutoFolding(c.autoFolding);
+        std::unique_ptr<CMimeCodeBase> coder(CMimeEnvironment::CreateCoder(c.name));
+        EXPECT_TRUE(typeid(*coder) == c.type) << (c.name ? c.name : "(null)") << " " << c.autoFolding;
+    }
     CMimeEnvironment::SetAutoFolding(false);
-    EXPECT_TRUE(IsExactly<CMimeCodeBase>(CMimeEnvironment::CreateCoder("7bit")));
-    EXPECT_TRUE(IsExactly<CMimeCodeBase>(CMimeEnvironment::CreateCoder("8bit")));
-}
-
-TEST(MimeEnvironment, TransferEncodingsAreFoundIgnoringCase) {
-    EXPECT_TRUE(IsExactly<CMimeCodeBase64>(CMimeEnvironment::CreateCoder("BASE64")));
-    EXPECT_TRUE(IsExactly<CMimeCodeQP>(CMimeEnvironment::CreateCoder("Quoted-Printable")));
-    EXPECT_TRUE(IsExactly<CMimeCodeBase>(CMimeEnvironment::CreateCoder("x-unknown")));
-    EXPECT_TRUE(IsExactly<CMimeCodeBase>(CMimeEnvironment::CreateCoder("binary")));
-}
-
-TEST(MimeEnvironment, FieldCodersByName) {
-    EXPECT_TRUE(Is<CFieldCodeText>(CMimeEnvironment::CreateFieldCoder("subject")));
-    EXPECT_TRUE(Is<CFieldCodeAddress>(CMimeEnvironment::CreateFieldCoder("resent-reply-to")));
-    EXPECT_TRUE(Is<CFieldCodeParameter>(CMimeEnvironment::CreateFieldCoder("content-disposition")));
-    std::unique_ptr<CFieldCodeBase> plain(CMimeEnvironment::CreateFieldCoder("X-Mailer"));
-    EXPECT_TRUE(typeid(*plain) == typeid(CFieldCodeBase));
+    const std::pair<const char*, const std::type_info&> fieldCoders[] = {
+        {"subject", typeid(CFieldCodeText)},
+        {"resent-reply-to", typeid(CFieldCodeAddress)},
+        {"content-disposition", typeid(CFieldCodeParameter)},
+        {"X-Mailer", typeid(CFieldCodeBase)},
+    };
+    for (const auto& [name, type] : fieldCoders) {
+        std::unique_ptr<CFieldCodeBase> coder(CMimeEnvironment::CreateFieldCoder(name));
+        EXPECT_TRUE(typeid(*coder) == type) << name;
+    }
 }
 
 TEST(MimeEnvironment, RegisteringReplacesAndANullFactoryRemoves) {

@@ -10,7 +10,6 @@
 #include <random>
 
 using mimetest::LoadExact;
-using mimetest::ReadFile;
 using mimetest::Repeat;
 
 namespace {
@@ -57,10 +56,10 @@ std::string Nested(int depth, const std::string& leaf) {
 }  // namespace
 
 TEST(MimeHostileInput, EveryPrefixOfARealPackage) {
-    const std::string mail = ReadFile(mimetest::DataPath("nested-alternative.eml"));
+    const std::string mail = testfiles::read(mimetest::DataPath("nested-alternative.eml"));
     for (size_t n = 0; n <= mail.size(); n += 3)
         LoadEverywhere(mail.substr(0, n));
-    const std::string ebxml = ReadFile(std::string(VQXML_SHARED_DIR) + "/interop/ebxml/ebms2-signed-b64attachment.mime");
+    const std::string ebxml = testfiles::read(testfiles::sharedPath("interop/ebxml/ebms2-signed-b64attachment.mime"));
     for (size_t n = 0; n <= ebxml.size(); n += 97)
         LoadEverywhere(ebxml.substr(0, n));
 }

@@ -8,7 +8,6 @@
 #include <random>
 
 using mimetest::LoadExact;
-using mimetest::ReadFile;
 using mimetest::Stored;
 using mimetest::Text;
 
@@ -72,7 +71,7 @@ std::vector<std::string> LeafTexts(const CMimeBody& body) {
 }
 
 std::string InteropPath(const std::string& name) {
-    return std::string(VQXML_SHARED_DIR) + "/interop/ebxml/" + name;
+    return testfiles::sharedPath("interop/ebxml/" + name);
 }
 
 }  // namespace
@@ -107,24 +106,22 @@ TEST(MimePackage, StoresExactBytes) {
 }
 
 TEST(MimePackage, BuiltPackagesRoundTripByteForByte) {
-    {
-        CMimeMessage built;
-        BuildPackage(built);
-        const std::string first = Stored(built);
-        ASSERT_FALSE(first.empty());
+    CMimeMessage built;
+    BuildPackage(built);
+    const std::string first = Stored(built);
+    ASSERT_FALSE(first.empty());
 
-        CMimeMessage loaded;
-        EXPECT_EQ(LoadExact(loaded, first), static_cast<int>(first.size()));
-        EXPECT_EQ(Stored(loaded), first);
-        EXPECT_EQ(LeafTexts(loaded), LeafTexts(built));
-        EXPECT_EQ(loaded.GetBoundary(), built.GetBoundary());
-        EXPECT_EQ(std::string(loaded.GetFieldValue("Subject")), "Order " + kKorean + " of the week");
+    CMimeMessage loaded;
+    EXPECT_EQ(LoadExact(loaded, first), static_cast<int>(first.size()));
+    EXPECT_EQ(Stored(loaded), first);
+    EXPECT_EQ(LeafTexts(loaded), LeafTexts(built));
+    EXPECT_EQ(loaded.GetBoundary(), built.GetBoundary());
+    EXPECT_EQ(std::string(loaded.GetFieldValue("Subject")), "Order " + kKorean + " of the week");
 
-        CMimeBody::CBodyList attachments;
-        EXPECT_EQ(loaded.GetAttachmentList(attachments), 1);
-        EXPECT_EQ(attachments.front()->GetName(), "invoice.pdf");
-        EXPECT_STREQ(attachments.front()->GetContentId(), "<invoice@example.kr>");
-    }
+    CMimeBody::CBodyList attachments;
+    EXPECT_EQ(loaded.GetAttachmentList(attachments), 1);
+    EXPECT_EQ(attachments.front()->GetName(), "invoice.pdf");
+    EXPECT_STREQ(attachments.front()->GetContentId(), "<invoice@example.kr>");
 }
 
 TEST(MimePackage, LineFeedPackagesRoundTrip) {
@@ -167,7 +164,7 @@ TEST(MimePackage, EbxmlPackagesLoadIntoEnvelopeAndAttachments) {
     for (const char* name : {"ebms2-signed", "ebms2-signed-b64attachment", "ebms2-signed-nextmsh-modified",
                              "ebms2-tampered-attachment", "ebms2-tampered-header"}) {
         SCOPED_TRACE(name);
-        const std::string package = ReadFile(InteropPath(std::string(name) + ".mime"));
+        const std::string package = testfiles::read(InteropPath(std::string(name) + ".mime"));
         ASSERT_FALSE(package.empty());
         const std::string parts = InteropPath(std::string("parts/") + name + "/");
 
@@ -178,9 +175,9 @@ TEST(MimePackage, EbxmlPackagesLoadIntoEnvelopeAndAttachments) {
         CMimeBody::CBodyList leaves;
         ASSERT_EQ(msg.GetBodyPartList(leaves), 3);
         std::vector<const CMimeBody*> part(leaves.begin(), leaves.end());
-        EXPECT_EQ(Text(*part[0]), ReadFile(parts + "soap-envelope.xml"));
-        EXPECT_EQ(Text(*part[1]), ReadFile(parts + "payload-1.xml"));
-        EXPECT_EQ(Text(*part[2]), ReadFile(parts + "payload-2.bin"));
+        EXPECT_EQ(Text(*part[0]), testfiles::read(parts + "soap-envelope.xml"));
+        EXPECT_EQ(Text(*part[1]), testfiles::read(parts + "payload-1.xml"));
+        EXPECT_EQ(Text(*part[2]), testfiles::read(parts + "payload-2.bin"));
         EXPECT_STREQ(part[0]->GetContentId(), "<soap-part@interop.example>");
         EXPECT_STREQ(part[2]->GetContentId(), "<payload-2@interop.example>");
         EXPECT_EQ(part[2]->GetMainType(), "application");
@@ -194,14 +191,14 @@ TEST(MimePackage, EbxmlPackagesLoadIntoEnvelopeAndAttachments) {
         std::vector<std::string> texts = LeafTexts(again);
         ASSERT_EQ(texts.size(), 3u);
         EXPECT_EQ(texts[0], "<signed/>");
-        EXPECT_EQ(texts[2], ReadFile(parts + "payload-2.bin"));
+        EXPECT_EQ(texts[2], testfiles::read(parts + "payload-2.bin"));
     }
 }
 
 TEST(MimePackage, LoadingAgainReplacesThePreviousPackage) {
     CMimeMessage msg;
     const std::string lf = "Content-Type: multipart/mixed; boundary=q\n\n--q\n\na\n--q\n\nb\n--q--\n";
-    const std::string crlf = ReadFile(InteropPath("ebms2-signed.mime"));
+    const std::string crlf = testfiles::read(InteropPath("ebms2-signed.mime"));
     EXPECT_GT(LoadExact(msg, lf), 0);
     EXPECT_EQ(LeafTexts(msg), (std::vector<std::string>{"a", "b"}));
     EXPECT_GT(LoadExact(msg, crlf), 0);
@@ -211,7 +208,7 @@ TEST(MimePackage, LoadingAgainReplacesThePreviousPackage) {
 }
 
 TEST(MimePackage, NestedMailFromRfcExamples) {
-    const std::string mail = ReadFile(mimetest::DataPath("nested-alternative.eml"));
+    const std::string mail = testfiles::read(mimetest::DataPath("nested-alternative.eml"));
     CMimeMessage msg;
     EXPECT_EQ(LoadExact(msg, mail), static_cast<int>(mail.find("\r\nThis is the epilogue")));
     EXPECT_EQ(std::string(msg.GetFieldValue("subject")), "Sample message with \xE9l\xE8ves");

@@ -12,7 +12,6 @@
 #include <random>
 
 namespace fs = std::filesystem;
-using mimetest::ReadFile;
 using mimetest::Repeat;
 using mimetest::Text;
 
@@ -35,13 +34,8 @@ protected:
             fs::remove_all(m_dir);
     }
 
-    void Write(const std::string& name, const std::string& data) const {
-        FILE* f = std::fopen((m_dir / name).c_str(), "wb");
-        ASSERT_NE(f, nullptr);
-        std::fwrite(data.data(), 1, data.size(), f);
-        std::fclose(f);
-    }
-    std::string Read(const std::string& name) const { return ReadFile((m_dir / name).string()); }
+    void Write(const std::string& name, const std::string& data) const { testfiles::write(m_dir / name, data); }
+    std::string Read(const std::string& name) const { return testfiles::read(m_dir / name); }
 
     void RunPeer(const char* command) const {
         std::string line = std::string(kPython) + " " + VQXML_MIME_PEER_SCRIPT + " " + command + " '" +

@@ -1,16 +1,16 @@
 // Helpers shared by the MIME tests: run coders over strings, store entities
 // into strings, load from exact-size heap copies (so that AddressSanitizer sees
-// any read past the end) and read files.
+// any read past the end).
 #ifndef VQXML_TESTS_MIME_SUPPORT_HPP
 #define VQXML_TESTS_MIME_SUPPORT_HPP
 
 #include <vqxml/VQXML_Mime.h>
 
+#include "TestFiles.hpp"
+
 #include <algorithm>
 #include <cstring>
-#include <fstream>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -58,15 +58,8 @@ inline std::string Text(const CMimeBody& body) {
     return text;
 }
 
-inline std::string ReadFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream s;
-    s << in.rdbuf();
-    return s.str();
-}
-
 inline std::string DataPath(const std::string& name) {
-    return std::string(VQXML_TEST_DATA_DIR) + "/mime/" + name;
+    return testfiles::dataPath("mime/" + name);
 }
 
 inline std::string Repeat(const std::string& s, size_t n) {

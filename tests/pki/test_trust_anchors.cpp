@@ -2,12 +2,11 @@
 // accepted as an anchor by the certificate check.
 #include <gtest/gtest.h>
 
-#include <cstring>
-
 #include <openssl/evp.h>
 #include <openssl/x509v3.h>
 
-#include "pki/PkiTestSupport.hpp"
+#include "ScopedHandle.hpp"
+#include "TestVectors.hpp"
 #include "pki/TrustAnchors.hpp"
 #include "toolkit/ToolkitTestSupport.hpp"
 
@@ -15,35 +14,26 @@ using namespace vqtktest;
 
 namespace {
 
-struct Expected {
+// The published roots by their SHA-256 fingerprints.
+const struct {
     const char* name;
-    int base64Length;
-    size_t derLength;
     const char* sha256;
-};
-
-const Expected kExpected[] = {
-    {"KISA RootCA 4", 1188, 889, "a002ff556c601863b08b9aa33a8e6666e97e72bbe552f66eb9f2395c68c7bc98"},
-    {"KISA RootCA 1", 1184, 887, "6fdb3f76c8b801a75338d8a50a7c02879f6198b57e594d318d3832900fedcd79"},
-    {"GPKIRootCA1", 1156, 865, "407c276bead2e4af0661ef6697341dec0a1f9434e4eafb2d3d32a90549d9de4a"},
+} kExpected[] = {
+    {"KISA RootCA 4", "a002ff556c601863b08b9aa33a8e6666e97e72bbe552f66eb9f2395c68c7bc98"},
+    {"KISA RootCA 1", "6fdb3f76c8b801a75338d8a50a7c02879f6198b57e594d318d3832900fedcd79"},
+    {"GPKIRootCA1", "407c276bead2e4af0661ef6697341dec0a1f9434e4eafb2d3d32a90549d9de4a"},
 };
 
 std::string sha256Hex(const ByteVector& data) {
-    unsigned char digest[32];
+    ByteVector digest(32);
     unsigned int n = 0;
-    EVP_Digest(data.data(), data.size(), digest, &n, EVP_sha256(), nullptr);
-    static const char kHex[] = "0123456789abcdef";
-    std::string hex;
-    for (unsigned int i = 0; i < n; ++i) {
-        hex += kHex[digest[i] >> 4];
-        hex += kHex[digest[i] & 15];
-    }
-    return hex;
+    EVP_Digest(data.data(), data.size(), digest.data(), &n, EVP_sha256(), nullptr);
+    return testvectors::toHex(digest);
 }
 
 ByteVector decodedAnchor(int index) {
     const vqxml::TrustAnchor& anchor = vqxml::kTrustAnchors[index];
-    return base64Decode(std::string(anchor.base64, static_cast<size_t>(anchor.base64Length)));
+    return fromBase64(std::string(anchor.base64, static_cast<size_t>(anchor.base64Length)));
 }
 
 }  // namespace
@@ -54,11 +44,7 @@ TEST(TrustAnchors, AreThePublishedRootsInTheirOrder) {
     for (int i = 0; i < vqxml::kTrustAnchorCount; ++i) {
         const vqxml::TrustAnchor& anchor = vqxml::kTrustAnchors[i];
         EXPECT_STREQ(anchor.name, kExpected[i].name);
-        EXPECT_EQ(anchor.base64Length, kExpected[i].base64Length) << anchor.name;
-        EXPECT_EQ(std::strlen(anchor.base64), static_cast<size_t>(anchor.base64Length));
-        const ByteVector der = decodedAnchor(i);
-        EXPECT_EQ(der.size(), kExpected[i].derLength) << anchor.name;
-        EXPECT_EQ(sha256Hex(der), kExpected[i].sha256) << anchor.name;
+        EXPECT_EQ(sha256Hex(decodedAnchor(i)), kExpected[i].sha256) << anchor.name;
     }
 }
 
@@ -82,6 +68,6 @@ TEST(TrustAnchors, EachRootPassesTheLibrarysCertificateCheck) {
     for (int i = 0; i < vqxml::kTrustAnchorCount; ++i) {
         ByteVector der = decodedAnchor(i);
         EXPECT_EQ(VQTK_XMLAPI_VerifyCert(h, der.data(), static_cast<int>(der.size())), VQXML_OK)
-            << vqxml::kTrustAnchors[i].name << ": " << pkitest::errorText(h);
+            << vqxml::kTrustAnchors[i].name << ": " << apitest::errorText(h);
     }
 }

@@ -36,20 +36,20 @@ bool findKeyFor(void* h, const std::string& cert) {
 // cert, the last one read is unwrapped, so that the name check must refuse it.
 int process(std::string message, std::string cert, std::string key, std::string& plain) {
     ScopedHandle h;
-    int status = VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], len(message));
+    int status = VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], size(message));
     if (status != 0)
         return status;
     int isSigned = 0;
     EXPECT_EQ(VQTK_SOAPSEC_GetSignKeyInfo(h, &isSigned), 0);
     if (!key.empty()) {
         findKeyFor(h, cert);
-        status = VQTK_SOAPSEC_DecryptKeyWrapKey(h, bytes(cert), len(cert), bytes(key), len(key));
+        status = VQTK_SOAPSEC_DecryptKeyWrapKey(h, bytes(cert), size(cert), bytes(key), size(key));
         if (status != 0)
             return status;
     }
     status = VQTK_SOAPSEC_ProcessSOAP(h);
     if (status == 0)
-        plain = resultOf(h);
+        plain = resultDocument(h);
     return status;
 }
 
@@ -127,18 +127,18 @@ TEST(SoapRoundTrip, Soap12Envelopes) {
 std::string hmacSigned(std::string key) {
     ScopedHandle h;
     std::string xml = kEnvelope;
-    EXPECT_EQ(VQTK_SOAPSEC_SetSOAPDocument(h, &xml[0], len(xml)), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_SetSOAPDocument(h, &xml[0], size(xml)), 0);
     EXPECT_EQ(VQTK_SOAPSEC_SignatureMethod(h, 1, 0), 0);
     EXPECT_EQ(VQTK_SOAPSEC_createReference(h, nullptr, 1, 3, nullptr), 0);
     EXPECT_EQ(VQTK_SOAPSEC_SetHMACKey(h, bytes(key), unsigned(key.size())), 0);
     EXPECT_EQ(VQTK_SOAPSEC_Sign(h), 0);
-    return resultOf(h);
+    return resultDocument(h);
 }
 
 // The receiver reads the signature's method first; that lets it set the secret.
 int hmacVerified(std::string message, std::string key) {
     ScopedHandle h;
-    EXPECT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], len(message)), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], size(message)), 0);
     int isSigned = 0;
     EXPECT_EQ(VQTK_SOAPSEC_GetSignKeyInfo(h, &isSigned), 0);
     if (!key.empty()) {
@@ -170,7 +170,7 @@ TEST(SoapBadInput, CallsBeforeALoadAreRefused) {
 TEST(SoapBadInput, MessageNeitherSignedNorEncrypted) {
     ScopedHandle h;
     std::string xml = kEnvelope;
-    ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &xml[0], len(xml)), 0);
+    ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &xml[0], size(xml)), 0);
     EXPECT_EQ(VQTK_SOAPSEC_ProcessSOAP(h), 10509);
 }
 

@@ -30,13 +30,6 @@ inline const char* const kWss4jMissing =
     "WSS4J test programs not built: needs a JDK and Debian's libwss4j-java, libxml-security-java and "
     "libbcprov-java (scripts/setup.sh installs them)";
 
-inline std::string resultOf(void* h) {
-    char* doc = nullptr;
-    int len = 0;
-    EXPECT_EQ(VQTK_XMLAPI_GetXMLDocument(h, &doc, &len), 0);
-    return doc != nullptr ? std::string(doc, static_cast<size_t>(len)) : std::string();
-}
-
 // The issuer and serial number the last key information reading reported
 // ("" for one not reported).
 inline std::pair<std::string, std::string> issuerAndSerial(void* h) {
@@ -46,13 +39,9 @@ inline std::pair<std::string, std::string> issuerAndSerial(void* h) {
     return {issuer != nullptr ? issuer : "", serial != nullptr ? serial : ""};
 }
 
-inline unsigned char* bytes(std::string& s) {
-    return reinterpret_cast<unsigned char*>(&s[0]);
-}
-
-inline int len(const std::string& s) {
-    return static_cast<int>(s.size());
-}
+using apitest::bytes;
+using apitest::resultDocument;
+using apitest::size;
 
 }  // namespace soaptest
 

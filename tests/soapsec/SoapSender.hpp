@@ -22,15 +22,15 @@ struct Pki {
 inline std::string sign(const std::string& envelope, int alg, bool issuerSerial, std::string cert, std::string key) {
     ScopedHandle h;
     std::string xml = envelope;
-    EXPECT_EQ(VQTK_SOAPSEC_SetSOAPDocument(h, &xml[0], len(xml)), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_SetSOAPDocument(h, &xml[0], size(xml)), 0);
     EXPECT_EQ(VQTK_SOAPSEC_SignatureMethod(h, alg, 0), 0);
     EXPECT_EQ(VQTK_SOAPSEC_createReference(h, nullptr, alg == 5 ? 3 : 1, 3, nullptr), 0);
     if (issuerSerial) {
         EXPECT_EQ(VQTK_SOAPSEC_SetIssuerSerial(h), 0);
     }
-    EXPECT_EQ(VQTK_SOAPSEC_SetSigner(h, bytes(cert), len(cert), bytes(key), len(key)), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_SetSigner(h, bytes(cert), size(cert), bytes(key), size(key)), 0);
     EXPECT_EQ(VQTK_SOAPSEC_Sign(h), 0);
-    return resultOf(h);
+    return resultDocument(h);
 }
 
 // Encrypts the Body's content (or target, of encryption type 1 or 2) with
@@ -41,16 +41,16 @@ inline std::string encrypt(const std::string& envelope, int symm, int wrap, std:
     ScopedHandle h;
     std::string xml = envelope;
     std::string targetText = target != nullptr ? target : "";
-    EXPECT_EQ(VQTK_SOAPSEC_SetSOAPDocument(h, &xml[0], len(xml)), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_SetSOAPDocument(h, &xml[0], size(xml)), 0);
     EXPECT_EQ(VQTK_SOAPSEC_SetSymmAlg(h, symm), 0);
     EXPECT_EQ(VQTK_SOAPSEC_EncryptElement(h, target != nullptr ? &targetText[0] : nullptr, type), 0);
     EXPECT_EQ(VQTK_SOAPSEC_SetIssuerSerial(h), 0);
-    EXPECT_EQ(VQTK_SOAPSEC_EncryptKeyWrapKey(h, bytes(recipient), len(recipient), wrap), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_EncryptKeyWrapKey(h, bytes(recipient), size(recipient), wrap), 0);
     if (!second.empty()) {
-        EXPECT_EQ(VQTK_SOAPSEC_EncryptKeyWrapKey(h, bytes(second), len(second), wrap), 0);
+        EXPECT_EQ(VQTK_SOAPSEC_EncryptKeyWrapKey(h, bytes(second), size(second), wrap), 0);
     }
     EXPECT_EQ(VQTK_SOAPSEC_Encrypt(h), 0);
-    return resultOf(h);
+    return resultDocument(h);
 }
 
 // The message with the Body's "tea" changed after it was secured.

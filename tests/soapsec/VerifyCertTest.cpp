@@ -1,6 +1,4 @@
 // A signer named only by issuer and serial: the receiver supplies its certificate.
-#include <cstdio>
-
 #include "soapsec/SoapSender.hpp"
 
 using namespace soaptest;
@@ -11,11 +9,11 @@ namespace {
 // of ProcessSOAP (or of the first failing step).
 int verifyWith(std::string message, std::string cert) {
     ScopedHandle h;
-    EXPECT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], len(message)), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], size(message)), 0);
     int isSigned = 0;
     EXPECT_EQ(VQTK_SOAPSEC_GetSignKeyInfo(h, &isSigned), 0);
     EXPECT_EQ(isSigned, 1);
-    const int status = VQTK_SOAPSEC_SetVerifyCert(h, bytes(cert), len(cert));
+    const int status = VQTK_SOAPSEC_SetVerifyCert(h, bytes(cert), size(cert));
     if (status != 0)
         return status;
     return VQTK_SOAPSEC_ProcessSOAP(h);
@@ -35,7 +33,7 @@ TEST(SoapVerifyCert, IssuerSerialSignatureWithoutACertificateIsRefused) {
     Pki pki;
     std::string message = sign(kEnvelope, 2, true, pki.cert, pki.key);
     ScopedHandle h;
-    ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], len(message)), 0);
+    ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], size(message)), 0);
     EXPECT_EQ(VQTK_SOAPSEC_ProcessSOAP(h), 11213);
 }
 
@@ -52,10 +50,10 @@ TEST(SoapVerifyCert, OverridesTheMessagesToken) {
     EXPECT_EQ(verifyWith(message, pki.otherCert), 11213);
     EXPECT_EQ(verifyWith(message, pki.cert), 0);
     ScopedHandle h;
-    ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], len(message)), 0);
+    ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], size(message)), 0);
     int isSigned = 0;
     ASSERT_EQ(VQTK_SOAPSEC_GetSignKeyInfo(h, &isSigned), 0);
-    ASSERT_EQ(VQTK_SOAPSEC_SetVerifyCert(h, bytes(pki.otherCert), len(pki.otherCert)), 0);
+    ASSERT_EQ(VQTK_SOAPSEC_SetVerifyCert(h, bytes(pki.otherCert), size(pki.otherCert)), 0);
     ASSERT_EQ(VQTK_SOAPSEC_GetSignKeyInfo(h, &isSigned), 0);
     EXPECT_EQ(VQTK_SOAPSEC_ProcessSOAP(h), 11213);
 }
@@ -68,17 +66,14 @@ TEST(SoapVerifyCert, KcdsaSignerNamedByIssuerSerial) {
 // The Body signed by Apache WSS4J's sender, the signer named by issuer and serial.
 std::string signedByWss4j(bool sha256) {
 #ifdef VQXML_WSS4J_JAVA
-    const std::string in = testfiles::scratch("wss4j-envelope.xml");
-    const std::string out = testfiles::scratch("wss4j-signed.xml");
+    const testfiles::ScratchDir dir;
+    const std::string in = dir("envelope.xml"), out = dir("signed.xml");
     testfiles::write(in, kEnvelope);
     const std::string command = std::string(VQXML_WSS4J_JAVA) + " Wss4jProducer " + in + " " + out + " " +
                                 testfiles::dataPath("testpki/ee-rsa.crt.der") + " " +
                                 testfiles::dataPath("testpki/ee-rsa.key.der") + (sha256 ? " --sha256" : "");
     EXPECT_EQ(testfiles::run(command), 0) << command;
-    std::string message = testfiles::read(out);
-    std::remove(in.c_str());
-    std::remove(out.c_str());
-    return message;
+    return testfiles::read(out);
 #else
     (void)sha256;
     return std::string();
@@ -95,7 +90,7 @@ TEST(SoapVerifyCert, Wss4jIssuerSerialSignature) {
         std::string message = signedByWss4j(sha256);
         ASSERT_NE(message.find("X509IssuerSerial"), std::string::npos) << message;
         ScopedHandle h;
-        ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], len(message)), 0);
+        ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], size(message)), 0);
         int isSigned = 0;
         ASSERT_EQ(VQTK_SOAPSEC_GetSignKeyInfo(h, &isSigned), 0);
         const auto named = issuerAndSerial(h);
@@ -110,19 +105,18 @@ TEST(SoapVerifyCert, Wss4jIssuerSerialSignature) {
 TEST(SoapVerifyCert, BadArgumentsAndUnsignedMessages) {
     Pki pki;
     ScopedHandle h;
-    EXPECT_EQ(VQTK_SOAPSEC_SetVerifyCert(nullptr, bytes(pki.cert), len(pki.cert)), 10100);
-    EXPECT_EQ(VQTK_SOAPSEC_SetVerifyCert(h, bytes(pki.cert), len(pki.cert)), 10400);
+    EXPECT_EQ(VQTK_SOAPSEC_SetVerifyCert(h, bytes(pki.cert), size(pki.cert)), 10400);
     std::string encrypted = encrypt(kEnvelope, 1, 3, pki.cert, "");
-    ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &encrypted[0], len(encrypted)), 0);
+    ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &encrypted[0], size(encrypted)), 0);
     EXPECT_EQ(VQTK_SOAPSEC_SetVerifyCert(h, nullptr, 10), 10405);
     EXPECT_EQ(VQTK_SOAPSEC_SetVerifyCert(h, bytes(pki.cert), 0), 10405);
-    EXPECT_EQ(VQTK_SOAPSEC_SetVerifyCert(h, bytes(pki.cert), len(pki.cert)), 10406);
+    EXPECT_EQ(VQTK_SOAPSEC_SetVerifyCert(h, bytes(pki.cert), size(pki.cert)), 10406);
     std::string garbage = "not a certificate";
     std::string message = sign(kEnvelope, 2, true, pki.cert, pki.key);
-    ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], len(message)), 0);
-    EXPECT_NE(VQTK_SOAPSEC_SetVerifyCert(h, bytes(garbage), len(garbage)), 0);
+    ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], size(message)), 0);
+    EXPECT_NE(VQTK_SOAPSEC_SetVerifyCert(h, bytes(garbage), size(garbage)), 0);
     std::string truncated = pki.cert.substr(0, pki.cert.size() / 2);
-    EXPECT_NE(VQTK_SOAPSEC_SetVerifyCert(h, bytes(truncated), len(truncated)), 0);
+    EXPECT_NE(VQTK_SOAPSEC_SetVerifyCert(h, bytes(truncated), size(truncated)), 0);
 }
 
 }  // namespace

@@ -133,23 +133,21 @@ std::map<std::string, Outcome> processAll() {
     std::map<std::string, Outcome> outcomes;
 #ifdef VQXML_WSS4J_JAVA
     const Pki pki;
-    const std::string dir = testfiles::scratch("wss4j");
-    EXPECT_EQ(testfiles::run("mkdir -p " + dir), 0);
+    const testfiles::ScratchDir dir;
     std::string list;
     for (const Case& c : cases()) {
-        const std::string in = dir + "/" + c.name + ".xml";
+        const std::string in = dir(std::string(c.name) + ".xml");
         testfiles::write(in, c.make(pki));
         list += in + "\t" + in + ".out" + c.keys + "\n";
     }
-    testfiles::write(dir + "/batch", list);
-    const std::string command = std::string(VQXML_WSS4J_JAVA) + " Wss4jConsumer --batch " + dir + "/batch";
+    testfiles::write(dir("batch"), list);
+    const std::string command = std::string(VQXML_WSS4J_JAVA) + " Wss4jConsumer --batch " + dir("batch");
     const int status = testfiles::run(command);
     EXPECT_TRUE(status == 0 || status == 1) << "the WSS4J consumer did not run (" << status << "): " << command;
     for (const Case& c : cases()) {
-        const std::string out = dir + "/" + c.name + ".xml.out";
+        const std::string out = dir(std::string(c.name) + ".xml.out");
         outcomes[c.name] = {testfiles::read(out + ".report"), testfiles::read(out)};
     }
-    testfiles::run("rm -rf " + dir);
 #endif
     return outcomes;
 }

@@ -12,6 +12,7 @@
 #include <openssl/x509.h>
 
 #include "TestFiles.hpp"
+#include "TestVectors.hpp"
 #include "toolkit/vqtk_toolkit.h"
 
 namespace vqtktest {
@@ -31,17 +32,7 @@ inline ByteVector fixture(const std::string& name) {
 
 inline std::string text(const ByteVector& bytes) { return std::string(bytes.begin(), bytes.end()); }
 
-// Base64 decoding by OpenSSL alone (no line breaks), to check the toolkit against.
-inline ByteVector base64Decode(const std::string& b64) {
-    ByteVector out(b64.size() / 4 * 3 + 3);
-    const int n = EVP_DecodeBlock(out.data(), reinterpret_cast<const unsigned char*>(b64.data()),
-                                  static_cast<int>(b64.size()));
-    if (n < 0)
-        return {};
-    const size_t padding = b64.size() >= 2 ? (b64.end()[-1] == '=') + (b64.end()[-2] == '=') : 0;
-    out.resize(static_cast<size_t>(n) - padding);
-    return out;
-}
+using testvectors::fromBase64;
 
 // A byte string that deletes itself.
 class String {

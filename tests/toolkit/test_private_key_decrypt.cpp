@@ -3,9 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <map>
-#include <sstream>
 
+#include "TestVectors.hpp"
 #include "toolkit/PasswordBasedEncryption.hpp"
 #include "toolkit/ToolkitTestSupport.hpp"
 
@@ -14,34 +13,6 @@ using namespace vqtktest;
 namespace {
 
 const char kPassword[] = "vqxml-test-1234";
-
-ByteVector unhex(const std::string& hex) {
-    ByteVector out;
-    for (size_t i = 0; i + 1 < hex.size(); i += 2)
-        out.push_back(static_cast<unsigned char>(std::stoul(hex.substr(i, 2), nullptr, 16)));
-    return out;
-}
-
-// The records of a shared vector file: "name = value" lines, blank-line separated.
-std::vector<std::map<std::string, std::string>> vectorRecords(const std::string& path) {
-    std::istringstream in(text(readFile(path)));
-    std::vector<std::map<std::string, std::string>> records(1);
-    for (std::string line; std::getline(in, line);) {
-        if (line.empty()) {
-            if (!records.back().empty())
-                records.emplace_back();
-            continue;
-        }
-        const size_t eq = line.find(" = ");
-        if (line[0] != '#' && eq != std::string::npos)
-            records.back()[line.substr(0, eq)] = line.substr(eq + 3);
-        else if (line[0] != '#' && line.back() == '=')
-            records.back()[line.substr(0, line.find(' '))] = "";
-    }
-    if (records.back().empty())
-        records.pop_back();
-    return records;
-}
 
 vqtk::Bytes view(const ByteVector& v) { return {v.data(), v.size()}; }
 
@@ -68,18 +39,18 @@ protected:
 
 TEST(PbeSeedSha1, DerivesTheSharedVectorsByteForByte) {
     Toolkit tk;  // makes SEED available
-    const auto records = vectorRecords(std::string(VQXML_SHARED_DIR) + "/testdata/vectors/pbe_seed_sha1.txt");
+    const auto records = testvectors::records("pbe_seed_sha1.txt");
     ASSERT_EQ(records.size(), 3u);
-    for (const auto& r : records) {
-        const ByteVector password = unhex(r.at("password")), salt = unhex(r.at("salt"));
-        const long iterations = std::stol(r.at("iterations"));
-        EXPECT_EQ(toVector(vqtk::pbkdf1Sha1(view(password), view(salt), iterations)), unhex(r.at("dk")));
+    for (const testvectors::Record& r : records) {
+        const ByteVector password = r.bytes("password"), salt = r.bytes("salt");
+        const long iterations = std::stol(r.text("iterations"));
+        EXPECT_EQ(toVector(vqtk::pbkdf1Sha1(view(password), view(salt), iterations)), r.bytes("dk")) << r.label;
         const vqtk::CipherSetup setup = vqtk::seedSha1Setup(view(password), view(salt), iterations);
         EXPECT_EQ(setup.cipher, "SEED-CBC");
-        EXPECT_EQ(toVector(setup.key), unhex(r.at("key")));
-        EXPECT_EQ(toVector(setup.iv), unhex(r.at("iv")));
-        const ByteVector ciphertext = unhex(r.at("ciphertext"));
-        EXPECT_EQ(toVector(vqtk::decryptCbc(setup, view(ciphertext))), unhex(r.at("plaintext")));
+        EXPECT_EQ(toVector(setup.key), r.bytes("key"));
+        EXPECT_EQ(toVector(setup.iv), r.bytes("iv"));
+        const ByteVector ciphertext = r.bytes("ciphertext");
+        EXPECT_EQ(toVector(vqtk::decryptCbc(setup, view(ciphertext))), r.bytes("plaintext"));
     }
 }
 

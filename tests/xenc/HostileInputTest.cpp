@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "HostileDocuments.hpp"
 #include "XencFixture.hpp"
 #include "vqxml/VQXML_XMLSecurity.h"
 
@@ -228,17 +229,13 @@ TEST(Structure, MalformedAndTruncatedDocumentsFailCleanly) {
 
 TEST(Structure, RetrievalMethodLoopsAreRefused) {
     const std::string doc =
-        "<!DOCTYPE Root [<!ATTLIST xenc:EncryptedKey Id ID #IMPLIED>]>"
-        "<Root><xenc:EncryptedData xmlns:xenc=\"http://www.w3.org/2001/04/xmlenc#\">"
+        std::string(hostile::kLoopingDoctype) +
+        "<r><xenc:EncryptedData xmlns:xenc=\"http://www.w3.org/2001/04/xmlenc#\">"
         "<xenc:EncryptionMethod Algorithm=\"http://www.w3.org/2001/04/xmlenc#tripledes-cbc\"/>"
         "<ds:KeyInfo xmlns:ds=\"http://www.w3.org/2000/09/xmldsig#\"><ds:RetrievalMethod "
         "Type=\"http://www.w3.org/2001/04/xmlenc#EncryptedKey\" URI=\"#k\"/></ds:KeyInfo>"
-        "<xenc:CipherData><xenc:CipherValue>AAAA</xenc:CipherValue></xenc:CipherData></xenc:EncryptedData>"
-        "<xenc:EncryptedKey xmlns:xenc=\"http://www.w3.org/2001/04/xmlenc#\" Id=\"k\">"
-        "<xenc:EncryptionMethod Algorithm=\"http://www.w3.org/2001/04/xmlenc#kw-tripledes\"/>"
-        "<ds:KeyInfo xmlns:ds=\"http://www.w3.org/2000/09/xmldsig#\"><ds:RetrievalMethod "
-        "Type=\"http://www.w3.org/2001/04/xmlenc#EncryptedKey\" URI=\"#k\"/></ds:KeyInfo>"
-        "<xenc:CipherData><xenc:CipherValue>AAAA</xenc:CipherValue></xenc:CipherData></xenc:EncryptedKey></Root>";
+        "<xenc:CipherData><xenc:CipherValue>AAAA</xenc:CipherValue></xenc:CipherData></xenc:EncryptedData>" +
+        hostile::kLoopingEncryptedKey + "</r>";
     Context ctx;
     EXPECT_NE(load(ctx, doc), 0);
     EXPECT_NE(ctx.error().find("leads back to itself"), std::string::npos) << ctx.error();

@@ -8,46 +8,18 @@
 // cipher (11304 while reading, then 10304).
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
+#include "InteropManifest.hpp"
 #include "XencFixture.hpp"
 
 using namespace xenctest;
 
 namespace {
 
-struct Row {
-    std::string path;
-    bool valid;
-    std::string keySource;
-    std::string algorithms;
-};
-
-std::vector<Row> xencRows() {
-    std::ifstream in(testfiles::sharedPath("interop/MANIFEST.tsv"));
-    std::vector<Row> rows;
-    std::string line;
-    std::getline(in, line);
-    while (std::getline(in, line)) {
-        std::istringstream fields(line);
-        std::string path, kind, expected, keySource, algorithms;
-        std::getline(fields, path, '\t');
-        std::getline(fields, kind, '\t');
-        std::getline(fields, expected, '\t');
-        std::getline(fields, keySource, '\t');
-        std::getline(fields, algorithms, '\t');
-        if (kind == "xenc-decrypt")
-            rows.push_back({path, expected == "valid", keySource, algorithms});
-    }
-    return rows;
-}
-
-void PrintTo(const Row& r, std::ostream* os) {
-    *os << r.path << " [" << r.keySource << "]";
-}
+using interop::file;
+using interop::Row;
 
 bool has(const std::string& list, const std::string& algorithm) {
     return ("," + list + ",").find("," + algorithm + ",") != std::string::npos;
@@ -55,10 +27,6 @@ bool has(const std::string& list, const std::string& algorithm) {
 
 bool contentIsTripleDes(const Row& r) {
     return has(r.algorithms, "tripledes-cbc") && r.algorithms.find("aes") == std::string::npos;
-}
-
-std::string interop(const std::string& relative) {
-    return testfiles::read(testfiles::sharedPath("interop/" + relative));
 }
 
 // The document from its root element on: the XML declaration and DOCTYPE are
@@ -75,9 +43,9 @@ std::string fromRoot(const std::string& text) {
 
 // Opens a sample with the row's key: the status and the result (or error text).
 int open(const Row& r, std::string* out) {
-    const std::string text = interop(r.path);
+    const std::string text = file(r.path);
     const std::string kind = r.keySource.substr(0, r.keySource.find(':'));
-    const std::string key = interop(r.keySource.substr(r.keySource.find(':') + 1));
+    const std::string key = file(r.keySource.substr(r.keySource.find(':') + 1));
     ScopedHandle h;
     int rc = VQTK_XMLENC_SetEncXMLDocument(h, chars(text), size(text));
     if (rc == 0)
@@ -109,11 +77,11 @@ TEST_P(XencSample, OpensToTheExpectedData) {
         return;
     }
     ASSERT_EQ(rc, 0) << result;
-    const std::string expected = interop(r.path.substr(0, r.path.size() - 4) + ".data");
+    const std::string expected = file(r.path.substr(0, r.path.size() - 4) + ".data");
     EXPECT_EQ(fromRoot(result), fromRoot(expected));
 }
 
-INSTANTIATE_TEST_SUITE_P(Manifest, XencSample, testing::ValuesIn(xencRows()),
+INSTANTIATE_TEST_SUITE_P(Manifest, XencSample, testing::ValuesIn(interop::rows("xenc-decrypt")),
                          [](const testing::TestParamInfo<Row>& info) {
                              std::string name = info.param.path.substr(info.param.path.rfind('/') + 1) + "_" +
                                                 std::to_string(info.index);

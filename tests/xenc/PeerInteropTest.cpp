@@ -9,12 +9,10 @@
 // session key, and xmlsec1 --decrypt then opens each EncryptedData with it.
 #include <gtest/gtest.h>
 
-#include <openssl/evp.h>
-
-#include <cstdlib>
 #include <string>
 #include <vector>
 
+#include "TestVectors.hpp"
 #include "XencFixture.hpp"
 
 using namespace xenctest;
@@ -38,19 +36,6 @@ std::string withoutKeys(std::string text) {
         text.pop_back();
     return text;
 }
-
-class ScratchDir {
-public:
-    ScratchDir() {
-        char pattern[] = "/tmp/vqxml-xenc-XXXXXX";
-        m_dir = mkdtemp(pattern) != nullptr ? pattern : "/tmp";
-    }
-    ~ScratchDir() { std::system(("rm -rf '" + m_dir + "'").c_str()); }
-    std::string operator()(const std::string& name) const { return m_dir + "/" + name; }
-
-private:
-    std::string m_dir;
-};
 
 bool havePythonXmlsec() {
     return testfiles::run("/usr/bin/python3 -c 'import xmlsec'") == 0;
@@ -85,7 +70,7 @@ TEST_P(XmlsecDecrypts, ToTheOriginalBytes) {
     const std::string encrypted = encrypt(kOrder, e);
     ASSERT_EQ(encrypted.find("4000-1234"), std::string::npos);
 
-    ScratchDir dir;
+    testfiles::ScratchDir dir;
     testfiles::write(dir("doc.xml"), encrypted);
     const bool rsa = c.recipient.transport != 1;
     testfiles::write(dir("key"), c.recipient.privateKey());
@@ -128,30 +113,6 @@ INSTANTIATE_TEST_SUITE_P(
                     Case{"KeyWrap_TwoContents", {1, "", sharedKek()}, true, 1}),
     [](const testing::TestParamInfo<Case>& info) { return std::string(info.param.name); });
 
-std::string hex(const std::string& bytes) {
-    static const char kDigits[] = "0123456789abcdef";
-    std::string out;
-    for (unsigned char b : bytes) {
-        out.push_back(kDigits[b >> 4]);
-        out.push_back(kDigits[b & 15]);
-    }
-    return out;
-}
-
-std::string base64Decoded(std::string text) {
-    std::string clean;
-    for (char ch : text)
-        if (ch != '\n' && ch != '\r' && ch != ' ')
-            clean.push_back(ch);
-    std::vector<unsigned char> out(clean.size());
-    const int len = EVP_DecodeBlock(out.data(), reinterpret_cast<const unsigned char*>(clean.data()),
-                                    static_cast<int>(clean.size()));
-    size_t padding = 0;
-    while (padding < clean.size() && clean[clean.size() - 1 - padding] == '=')
-        ++padding;
-    return len < 0 ? std::string() : std::string(out.begin(), out.begin() + len - static_cast<long>(padding));
-}
-
 // The CipherValue is the IV and the CBC ciphertext; XML Encryption's padding
 // ends in its own length.
 TEST(OpenSSLDecrypts, SeedCipherValueWithTheSessionKey) {
@@ -166,14 +127,16 @@ TEST(OpenSSLDecrypts, SeedCipherValueWithTheSessionKey) {
     const std::string encrypted = encrypt(kOrder, e);
     const size_t data = encrypted.find("<xenc:CipherData>", encrypted.find("</xenc:EncryptedKey>"));
     const size_t from = encrypted.find("<xenc:CipherValue>", data) + 18;
-    const std::string framed = base64Decoded(encrypted.substr(from, encrypted.find('<', from) - from));
+    const testvectors::Bytes framed = testvectors::fromBase64(encrypted.substr(from, encrypted.find('<', from) - from));
     ASSERT_GE(framed.size(), 32u);
+    const testvectors::Bytes iv(framed.begin(), framed.begin() + 16);
 
-    ScratchDir dir;
-    testfiles::write(dir("in"), framed.substr(16));
+    testfiles::ScratchDir dir;
+    testfiles::write(dir("in"), std::string(framed.begin() + 16, framed.end()));
     const std::string command = "openssl enc -d -seed-cbc -provider legacy -provider default -nopad -K " +
-                                hex(sessionKey) + " -iv " + hex(framed.substr(0, 16)) + " -in '" + dir("in") +
-                                "' -out '" + dir("out") + "'";
+                                testvectors::toHex(testvectors::Bytes(sessionKey.begin(), sessionKey.end())) +
+                                " -iv " + testvectors::toHex(iv) + " -in '" + dir("in") + "' -out '" + dir("out") +
+                                "'";
     ASSERT_EQ(testfiles::run(command), 0) << command;
     std::string plain = testfiles::read(dir("out"));
     ASSERT_FALSE(plain.empty());

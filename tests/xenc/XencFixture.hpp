@@ -14,15 +14,11 @@
 
 namespace xenctest {
 
-// chars, bytes, errorText and resultDocument serve both families.
-using dsigtest::bytes;
-using dsigtest::chars;
-using dsigtest::errorText;
-using dsigtest::resultDocument;
-
-inline int size(const std::string& s) {
-    return static_cast<int>(s.size());
-}
+using apitest::bytes;
+using apitest::chars;
+using apitest::errorText;
+using apitest::resultDocument;
+using apitest::size;
 
 inline std::string pki(const std::string& file) {
     return testfiles::read(testfiles::dataPath("testpki/" + file));
