@@ -6,6 +6,8 @@
 #include <xercesc/util/XMLString.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
+#include "core/Utf8Output.hpp"
+
 XERCES_CPP_NAMESPACE_USE
 
 namespace vqxml {
@@ -252,28 +254,7 @@ private:
     }
 
     bool utf8(const XMLCh* text, XMLSize_t len) {
-        for (XMLSize_t i = 0; i < len; ++i) {
-            const char32_t c = text[i];
-            if (c < 0x80) {
-                m_out += static_cast<char>(c);
-            } else if (c < 0x800) {
-                m_out += static_cast<char>(0xC0 | (c >> 6));
-                m_out += static_cast<char>(0x80 | (c & 0x3F));
-            } else if (c < 0xD800 || c > 0xDFFF) {
-                m_out += static_cast<char>(0xE0 | (c >> 12));
-                m_out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-                m_out += static_cast<char>(0x80 | (c & 0x3F));
-            } else {
-                if (c > 0xDBFF || i + 1 >= len || text[i + 1] < 0xDC00 || text[i + 1] > 0xDFFF)
-                    return false;
-                const char32_t full = 0x10000 + ((c - 0xD800) << 10) + (text[++i] - 0xDC00);
-                m_out += static_cast<char>(0xF0 | (full >> 18));
-                m_out += static_cast<char>(0x80 | ((full >> 12) & 0x3F));
-                m_out += static_cast<char>(0x80 | ((full >> 6) & 0x3F));
-                m_out += static_cast<char>(0x80 | (full & 0x3F));
-            }
-        }
-        return true;
+        return appendUtf8(text, len, m_out);
     }
 
     std::string& m_out;

@@ -1,6 +1,5 @@
 #include "engine/XencPlaintext.hpp"
 
-#include <algorithm>
 #include <cstring>
 #include <string>
 #include <utility>
@@ -8,6 +7,9 @@
 
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/util/XMLUniDefs.hpp>
+#include <xsec/framework/XSECException.hpp>
+
+#include "core/Utf8Output.hpp"
 
 XERCES_CPP_NAMESPACE_USE
 
@@ -185,46 +187,25 @@ private:
     }
 
     // Writes n UTF-16 units as UTF-8, a unit that escape() names as its text.
-    // The room is made once for the run (no escape or character takes more
-    // than six octets a unit), so the loop only stores.
     template <const char* (*escape)(XMLCh)>
     void encoded(const XMLCh* s, std::size_t n) {
-        const std::size_t old = m_out.size();
-        const std::size_t most = old + 6 * n;
-        if (m_out.capacity() < most)
-            m_out.reserve(std::max(most, 2 * m_out.capacity()));
-        m_out.resize(most);
-        std::uint8_t* w = m_out.data() + old;
+        const XMLCh* run = s;
         const XMLCh* const end = s + n;
         for (const XMLCh* c = s; c < end; ++c) {
             if (const char* e = escape(*c)) {
-                while (*e != 0)
-                    *w++ = static_cast<std::uint8_t>(*e++);
-                continue;
+                whole(run, static_cast<std::size_t>(c - run));
+                raw(e);
+                run = c + 1;
             }
-            char32_t cp = *c;
-            if (cp < 0x80) {
-                *w++ = static_cast<std::uint8_t>(cp);
-                continue;
-            }
-            // A surrogate pair is one character; a lone half is written as it stands.
-            if (cp >= 0xD800 && cp <= 0xDBFF && c + 1 < end && c[1] >= 0xDC00 && c[1] <= 0xDFFF) {
-                cp = 0x10000 + ((cp - 0xD800) << 10) + (c[1] - 0xDC00);
-                ++c;
-            }
-            if (cp < 0x800) {
-                *w++ = static_cast<std::uint8_t>(0xC0 | (cp >> 6));
-            } else if (cp < 0x10000) {
-                *w++ = static_cast<std::uint8_t>(0xE0 | (cp >> 12));
-                *w++ = static_cast<std::uint8_t>(0x80 | ((cp >> 6) & 0x3F));
-            } else {
-                *w++ = static_cast<std::uint8_t>(0xF0 | (cp >> 18));
-                *w++ = static_cast<std::uint8_t>(0x80 | ((cp >> 12) & 0x3F));
-                *w++ = static_cast<std::uint8_t>(0x80 | ((cp >> 6) & 0x3F));
-            }
-            *w++ = static_cast<std::uint8_t>(0x80 | (cp & 0x3F));
         }
-        m_out.resize(static_cast<std::size_t>(w - m_out.data()));
+        whole(run, static_cast<std::size_t>(end - run));
+    }
+
+    // Text the DOM holds is whole UTF-16 unless a program put half a surrogate
+    // pair into it; such text has no octets to encrypt.
+    void whole(const XMLCh* s, std::size_t n) {
+        if (!appendUtf8(s, n, m_out))
+            throw XSECException(XSECException::CipherError, "The content holds half a surrogate pair");
     }
 
     void raw(const char* s) {
