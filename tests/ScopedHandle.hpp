@@ -7,6 +7,7 @@
 
 #include <string>
 
+#include "CBuffers.hpp"
 #include "vqxml/vqxml.h"
 
 struct ScopedHandle {
@@ -23,17 +24,9 @@ struct ScopedHandle {
 
 namespace apitest {
 
-inline char* chars(const std::string& s) {
-    return const_cast<char*>(s.data());
-}
-
-inline unsigned char* bytes(const std::string& s) {
-    return reinterpret_cast<unsigned char*>(const_cast<char*>(s.data()));
-}
-
-inline int size(const std::string& s) {
-    return static_cast<int>(s.size());
-}
+using cbuffers::bytes;
+using cbuffers::chars;
+using cbuffers::size;
 
 inline std::string errorText(void* h) {
     char text[1024] = {};

@@ -6,20 +6,13 @@
 #include <sstream>
 #include <string>
 
+#include "tests/CBuffers.hpp"
+
 namespace benchdata {
 
-// The C interface takes non-const buffers and int lengths.
-inline char* chars(const std::string& s) {
-    return const_cast<char*>(s.data());
-}
-
-inline unsigned char* bytes(const std::string& s) {
-    return reinterpret_cast<unsigned char*>(const_cast<char*>(s.data()));
-}
-
-inline int size(const std::string& s) {
-    return static_cast<int>(s.size());
-}
+using cbuffers::bytes;
+using cbuffers::chars;
+using cbuffers::size;
 
 inline std::string read(const std::string& relative) {
     std::ifstream in(std::string(VQXML_TEST_DATA_DIR) + "/" + relative, std::ios::binary);
