@@ -98,4 +98,13 @@ int VQTK_XMLDSIG_GetKeyName(void* handle, char** keyName) {
     });
 }
 
+int VQTK_XMLDSIG_GetCanonicalReading(void* handle, int* reading) {
+    if (reading == nullptr)
+        return handle == nullptr ? VQXML_ERR_NULL_HANDLE : VQXML_ERR_NULL_ARGUMENT;
+    return forward(handle, [&](Ctx& c) {
+        *reading = c.getCanonicalReading();
+        return VQXML_OK;
+    });
+}
+
 }  // extern "C"

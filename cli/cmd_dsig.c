@@ -10,7 +10,10 @@ static const CliSignatureFamily kXmlSignature = {
         "Signs an XML document (IN, or stdin) with an XML Signature: enveloped over the\n"
         "whole document unless --ref names what to sign, or enveloping IN with\n"
         "--enveloping. The Signature goes into the SOAP Header, before an existing\n"
-        "Signature, before TaxInvoiceDocument, or at the end of the root element.",
+        "Signature, before TaxInvoiceDocument, or at the end of the root element.\n"
+        "--tax-invoice applies the national e-tax-invoice recipe: RSA-SHA256, C14N for\n"
+        "SignedInfo, one reference URI=\"\" with SHA-256, a C14N transform and then the\n"
+        "XPath that leaves out TaxInvoice, ExchangedDocument and the Signature.",
     .verifyDescription =
         "Verifies the first XML Signature of a document (IN, or stdin) with the key in\n"
         "its KeyInfo (or an HMAC secret) and prints who signed. Exit 0: valid; 213\n"
@@ -39,6 +42,8 @@ static const CliSignatureFamily kXmlSignature = {
     .getIssuerSerial = VQTK_XMLDSIG_GetIssuerSerialNum,
     .getKeyName = VQTK_XMLDSIG_GetKeyName,
     .getSignCert = VQTK_XMLDSIG_GetSignCert,
+    .getCanonicalReading = VQTK_XMLDSIG_GetCanonicalReading,
+    .taxInvoice = 1,
 };
 
 static int runSign(const CliCommand* cmd, int argc, char** argv) {

@@ -23,7 +23,7 @@ typedef struct {
     const char* xpath;
     const char* prefix;
     const char* enveloping;
-    int subjectName, issuerSerial, keyValue;
+    int subjectName, issuerSerial, keyValue, taxInvoice;
     CliList refs;
     CliList keyNames;
 } SignArgs;
@@ -31,6 +31,20 @@ typedef struct {
 typedef struct {
     int signature, c14n, digest, refC14n;
 } SignSelectors;
+
+/* The national e-tax-invoice recipe, as defaults the other options may still change. */
+static void applyTaxInvoiceRecipe(SignArgs* a) {
+    if (a->c14n == NULL)
+        a->c14n = "c14n";
+    if (a->refC14n == NULL)
+        a->refC14n = "c14n";
+    if (a->digest == NULL)
+        a->digest = "sha256";
+    if (a->xpath == NULL)
+        a->xpath = CLI_TAX_INVOICE_XPATH;
+    if (a->prefix == NULL)
+        a->prefix = "ds";
+}
 
 static int signSelectors(const CliSignatureFamily* f, const SignArgs* a, SignSelectors* s) {
     const char* alg = a->alg ? a->alg : a->hmacKey ? "hmac-sha1" : "rsa-sha256";
@@ -110,7 +124,7 @@ static int buildSignature(const CliSignatureFamily* f, void* h, const SignArgs* 
 
 int cliRunSign(const CliCommand* cmd, const CliSignatureFamily* f, int argc, char** argv) {
     SignArgs a = {0};
-    CliOption options[20];
+    CliOption options[21];
     int count = 0;
     ADD_OPTION("output", 'o', CLI_VALUE, "FILE", "write the signed result here (default: stdout)", &a.output);
     ADD_OPTION("cert", 'c', CLI_VALUE, "FILE", "signer's certificate, DER or PEM", &a.cert);
@@ -138,6 +152,9 @@ int cliRunSign(const CliCommand* cmd, const CliSignatureFamily* f, int argc, cha
     if (f->appendObject != NULL)
         ADD_OPTION("enveloping", 0, CLI_VALUE, "ID", "put IN into an Object with this Id inside the Signature",
                    &a.enveloping);
+    if (f->taxInvoice)
+        ADD_OPTION("tax-invoice", 0, CLI_FLAG, NULL, "sign by the national e-tax-invoice recipe (see above)",
+                   &a.taxInvoice);
     ADD_OPTION("key-name", 0, CLI_LIST, "NAME", "add a KeyName to KeyInfo; repeatable", &a.keyNames);
     if (f->setSubjectName != NULL)
         ADD_OPTION("subject-name", 0, CLI_FLAG, NULL, "add the signer's X509SubjectName to KeyInfo", &a.subjectName);
@@ -159,6 +176,10 @@ int cliRunSign(const CliCommand* cmd, const CliSignatureFamily* f, int argc, cha
         return args.exitCode;
     if (a.hmacKey == NULL && (a.cert == NULL || a.key == NULL))
         return cliUsageError(f->setHMACKey ? "give --cert and --key, or --hmac-key" : "give --cert and --key");
+    if (a.taxInvoice && (a.hmacKey != NULL || a.enveloping != NULL || a.refs.count != 0))
+        return cliUsageError("--tax-invoice signs the whole invoice with a certificate: no --hmac-key, --enveloping or --ref");
+    if (a.taxInvoice)
+        applyTaxInvoiceRecipe(&a);
     SignSelectors s;
     int rc = signSelectors(f, &a, &s);
     if (rc != 0)
@@ -212,6 +233,17 @@ static int loadAndVerify(const CliSignatureFamily* f, void* h, const CliBuffer* 
     return status ? cliLibraryFailure(h, status) : 0;
 }
 
+/* Which canonical form the XPath-filtered references matched in. */
+static void printReading(const CliSignatureFamily* f, void* h, FILE* report) {
+    int reading = VQXML_READING_PLAIN;
+    if (f->getCanonicalReading == NULL || f->getCanonicalReading(h, &reading) != VQXML_OK ||
+        reading == VQXML_READING_PLAIN)
+        return;
+    fprintf(report, "canonical form: %s\n",
+            reading == VQXML_READING_SANTUARIO ? "Santuario's (the national test bed's)"
+                                               : "the literal reading of C14N (libxmlsec1's)");
+}
+
 int cliRunVerify(const CliCommand* cmd, const CliSignatureFamily* f, int argc, char** argv) {
     const char *output = NULL, *signerCert = NULL, *hmacKey = NULL;
     int allowExternal = 0, quiet = 0;
@@ -239,6 +271,7 @@ int cliRunVerify(const CliCommand* cmd, const CliSignatureFamily* f, int argc, c
         FILE* report = output != NULL && strcmp(output, "-") == 0 ? stderr : stdout;
         fprintf(report, "valid signature\n");
         cliPrintKeyInfo(report, &info);
+        printReading(f, h, report);
     }
     if (rc == 0 && output != NULL)
         rc = cliWriteResult(h, output);

@@ -8,6 +8,11 @@
 
 /* The XPath of an enveloped signature over the whole document. */
 #define CLI_ENVELOPED_XPATH "not(ancestor-or-self::ds:Signature)"
+/* The national e-tax-invoice recipe's XPath: everything but the TaxInvoice element
+ * itself, ExchangedDocument and the Signature. */
+#define CLI_TAX_INVOICE_XPATH                                                                  \
+    "not(self::*[name() = 'TaxInvoice'] | ancestor-or-self::*[name() = 'ExchangedDocument'] | " \
+    "ancestor-or-self::ds:Signature)"
 
 typedef struct {
     const char* signUsage;
@@ -39,6 +44,8 @@ typedef struct {
     int (*getIssuerSerial)(void* h, char** issuer, char** serial);
     int (*getKeyName)(void* h, char** keyName);
     int (*getSignCert)(void* h, unsigned char** cert, int* certLen);
+    int (*getCanonicalReading)(void* h, int* reading);              /* optional */
+    int taxInvoice;                                                  /* offers --tax-invoice */
 } CliSignatureFamily;
 
 int cliRunSign(const CliCommand* cmd, const CliSignatureFamily* family, int argc, char** argv);

@@ -1,6 +1,7 @@
 // Parsing callers' bytes into a tree, safely: no DTD, external entity or URL is
 // ever loaded, entity expansion is bounded, and so are nesting depth and the
 // attributes of an element (core/ParseLimits.hpp).
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -203,6 +204,14 @@ void vqxml::checkFragmentShape(const char* text, std::size_t length, std::size_t
 
 void vqxml::checkDocumentShape(const char* text, std::size_t length) {
     checkShape(std::string(text, length), 0);
+}
+
+int vqxml::parseBounded(const char* text, std::size_t length, DOMDocument** out) {
+    if (length == 0 || length > static_cast<std::size_t>(INT32_MAX)) {
+        *out = nullptr;
+        return 1;
+    }
+    return parse(text, static_cast<int>(length), out).errors;
 }
 
 int VQXML_XMLSecurity::setXMLDocument(char* xml, int len, DOMDocument** out) {

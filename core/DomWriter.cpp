@@ -228,17 +228,7 @@ private:
         const XMLCh* run = orEmpty(value);
         const XMLCh* at = run;
         for (; *at != 0; ++at) {
-            const char* escape = nullptr;
-            switch (*at) {
-            case u'&': escape = "&amp;"; break;
-            case u'<': escape = "&lt;"; break;
-            case u'>': escape = inAttribute ? nullptr : "&gt;"; break;
-            case u'"': escape = inAttribute ? "&quot;" : nullptr; break;
-            case u'\t': escape = inAttribute ? "&#x9;" : nullptr; break;
-            case u'\n': escape = inAttribute ? "&#xA;" : nullptr; break;
-            case u'\r': escape = "&#xD;"; break;
-            default: break;
-            }
+            const char* escape = escapeOf(*at, inAttribute);
             if (escape == nullptr)
                 continue;
             if (!utf8(run, static_cast<XMLSize_t>(at - run)))

@@ -16,6 +16,12 @@
 #include <cstddef>
 #include <string>
 
+#include <xercesc/util/XercesDefs.hpp>
+
+XERCES_CPP_NAMESPACE_BEGIN
+class DOMDocument;
+XERCES_CPP_NAMESPACE_END
+
 namespace vqxml {
 
 // Levels of element nesting; the document element is level 1.
@@ -34,6 +40,11 @@ std::string boundBrokenBy(std::size_t level, std::size_t attributeCount);
 void checkFragmentShape(const char* text, std::size_t length, std::size_t levelsAbove);
 // The same for a whole document that another parser is about to read.
 void checkDocumentShape(const char* text, std::size_t length);
+
+// Parses text (a document, such as the octets of a transform that the next
+// transform needs as nodes) within the bounds, loading nothing from outside;
+// the number of errors. *out is the tree, or null; the caller releases it.
+int parseBounded(const char* text, std::size_t length, XERCES_CPP_NAMESPACE::DOMDocument** out);
 
 }  // namespace vqxml
 

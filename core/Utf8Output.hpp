@@ -50,6 +50,22 @@ bool appendUtf8(const XMLCh* text, std::size_t n, Bytes& out) {
     return whole;
 }
 
+// How c is written in character data (&, <, > and carriage return escaped) or in
+// an attribute value (&, <, the quote, tab, line feed and carriage return), as
+// canonical XML has it; null where c stands for itself.
+inline const char* escapeOf(XMLCh c, bool inAttribute) {
+    switch (c) {
+    case u'&': return "&amp;";
+    case u'<': return "&lt;";
+    case u'>': return inAttribute ? nullptr : "&gt;";
+    case u'"': return inAttribute ? "&quot;" : nullptr;
+    case u'\t': return inAttribute ? "&#x9;" : nullptr;
+    case u'\n': return inAttribute ? "&#xA;" : nullptr;
+    case u'\r': return "&#xD;";
+    default: return nullptr;
+    }
+}
+
 }  // namespace vqxml
 
 #endif

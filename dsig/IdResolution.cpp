@@ -1,5 +1,7 @@
 #include "dsig/IdResolution.hpp"
 
+#include <vector>
+
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
 #include <xsec/dsig/DSIGReference.hpp>
@@ -25,17 +27,17 @@ bool isIdAttribute(const DOMAttr* attr) {
            XMLString::equals(name, u"ID");
 }
 
-// Elements carrying an Id-like attribute with that value, counted up to two.
-int elementsWithId(const DOMDocument* doc, const XMLCh* id) {
-    int found = 0;
+// The first two elements carrying an Id-like attribute with that value.
+std::vector<const DOMElement*> elementsWithId(const DOMDocument* doc, const XMLCh* id) {
+    std::vector<const DOMElement*> found;
     DOMNodeIterator* it = const_cast<DOMDocument*>(doc)->createNodeIterator(
         const_cast<DOMElement*>(doc->getDocumentElement()), DOMNodeFilter::SHOW_ELEMENT, nullptr, false);
-    for (DOMNode* node = it->nextNode(); node != nullptr && found < 2; node = it->nextNode()) {
+    for (DOMNode* node = it->nextNode(); node != nullptr && found.size() < 2; node = it->nextNode()) {
         DOMNamedNodeMap* attrs = node->getAttributes();
         for (XMLSize_t i = 0; attrs != nullptr && i < attrs->getLength(); ++i) {
             auto* attr = static_cast<DOMAttr*>(attrs->item(i));
             if (isIdAttribute(attr) && XMLString::equals(attr->getValue(), id)) {
-                ++found;
+                found.push_back(static_cast<const DOMElement*>(node));
                 break;
             }
         }
@@ -69,13 +71,18 @@ void checkReferencedIds(const DSIGSignature* signature) {
         const XMLCh* uri = references->item(i)->getURI();
         if (uri == nullptr || uri[0] != u'#' || uri[1] == 0 || XMLString::startsWith(uri, u"#xpointer("))
             continue;
-        const int found = elementsWithId(doc, uri + 1);
+        const size_t found = elementsWithId(doc, uri + 1).size();
         if (found != 1) {
             XString text = found == 0 ? u"No element carries the referenced Id " : u"More than one element carries the referenced Id ";
             text += uri + 1;
             throw XSECException(XSECException::IDNotFoundInDOMDoc, text.c_str());
         }
     }
+}
+
+const DOMElement* elementWithId(const DOMDocument* doc, const XMLCh* id) {
+    const std::vector<const DOMElement*> found = elementsWithId(doc, id);
+    return found.size() == 1 ? found[0] : nullptr;
 }
 
 }  // namespace vqxml

@@ -2,6 +2,8 @@
 #ifndef VQXML_DSIG_IDRESOLUTION_HPP
 #define VQXML_DSIG_IDRESOLUTION_HPP
 
+#include <xercesc/dom/DOM.hpp>
+
 class DSIGSignature;
 
 namespace vqxml {
@@ -16,6 +18,10 @@ void enableIdAttributes(DSIGSignature*& signature);
 // element carries, or one that more than one element carries: which of them the
 // engine would digest need not be what the signer meant (signature wrapping).
 void checkReferencedIds(const DSIGSignature* signature);
+
+// The one element whose Id-like attribute (as above) is id; null when none or
+// several are.
+const XERCES_CPP_NAMESPACE::DOMElement* elementWithId(const XERCES_CPP_NAMESPACE::DOMDocument* doc, const XMLCh* id);
 
 }  // namespace vqxml
 

@@ -213,7 +213,7 @@ int VQXML_XMLSecurity::XMLDSIG_sign() {
     return vqxml::guarded(*this, "XMLDSIG_sign > ", [&] {
         requireTemplate(10200);
         processAttachment(true);
-        if (!signEnveloped())
+        if (!signWithOwnTransforms())
             m_signature->sign();
         storeResultDocument();
     });

@@ -1,4 +1,6 @@
 // Loading a signed document and checking its signature.
+#include <algorithm>
+
 #include <xercesc/dom/DOM.hpp>
 #include <xsec/dsig/DSIGObject.hpp>
 #include <xsec/dsig/DSIGReference.hpp>
@@ -11,11 +13,10 @@
 #include "core/ErrorFrame.hpp"
 #include "core/Transcode.hpp"
 #include "dsig/AlgorithmCodes.hpp"
-#include "dsig/EnvelopedReferenceCheck.hpp"
 #include "dsig/IdResolution.hpp"
+#include "dsig/ReferenceDigesting.hpp"
 #include "dsig/VerificationLimits.hpp"
 #include "engine/KeyInfoGuard.hpp"
-#include "engine/ReferenceDigest.hpp"
 #include "engine/SignedInfoCanonicalization.hpp"
 #include "engine/VQXMLURIResolver.hpp"
 
@@ -46,6 +47,7 @@ int VQXML_XMLSecurity::XMLDSIG_setSignXMLDocument(char* xml, int len) {
 int VQXML_XMLSecurity::XMLDSIG_verify() {
     return vqxml::guarded(*this, "XMLDSIG_verify > ", [&] {
         requireSignature();
+        m_canonicalReading = VQXML_READING_PLAIN;
         processAttachment(false);
         vqxml::checkVerificationLimits(m_signature);
         vqxml::checkReferencedIds(m_signature);
@@ -55,16 +57,18 @@ int VQXML_XMLSecurity::XMLDSIG_verify() {
 }
 
 // Each reference first, so that one that cannot be processed is reported as such
-// rather than as a bad signature: the enveloped tax-invoice shape by the
-// document's canonical form directly, any other by the engine. Then the SignedInfo.
+// rather than as a bad signature; then the SignedInfo.
 void VQXML_XMLSecurity::checkSignatureAndReferences() {
     const DSIGReferenceList* references = m_signature->getReferenceList();
-    for (DSIGReferenceList::size_type i = 0; references != nullptr && i < references->getSize(); ++i) {
+    const std::vector<DOMElement*> elements = vqxml::referenceElements(m_signatureElement);
+    const DSIGReferenceList::size_type count = references != nullptr ? references->getSize() : 0;
+    if (elements.size() != count)
+        throw XSECException(XSECException::SigVfyError, "The References of SignedInfo are not all loaded");
+    for (DSIGReferenceList::size_type i = 0; i < count; ++i) {
         const DSIGReference* reference = references->item(i);
-        const vqxml::ReferenceCheck check = vqxml::checkEnvelopedReference(reference, m_document);
-        const bool valid = check == vqxml::ReferenceCheck::NotThisShape ? vqxml::referenceDigestMatches(reference)
-                                                                         : check == vqxml::ReferenceCheck::Valid;
-        if (!valid) {
+        const vqxml::ReferenceMatch match = vqxml::matchReferenceDigest(*reference, elements[i], m_signatureElement);
+        m_canonicalReading = std::max(m_canonicalReading, static_cast<int>(match) - 1);
+        if (match == vqxml::ReferenceMatch::None) {
             vqxml::XString text = u"Reference URI=\"";
             text += reference->getURI() != nullptr ? reference->getURI() : u"";
             text += u"\" failed to verify";

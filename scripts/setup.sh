@@ -30,7 +30,9 @@ if [ "${#missing[@]}" -gt 0 ]; then
   $SUDO apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 fi
 
-if [ -f "$PREFIX/lib/libxml-security-c.so.20" ] && \
+# Bumped whenever the fixes below change, so that an older build is replaced.
+FIXES_STAMP="$PREFIX/vqxml-fixes-1"
+if [ -f "$PREFIX/lib/libxml-security-c.so.20" ] && [ -f "$FIXES_STAMP" ] && \
    grep -q '^#define XSEC_HAVE_XALAN' "$PREFIX/include/xsec/framework/XSECConfig.hpp" 2>/dev/null; then
   exit 0
 fi
@@ -50,6 +52,16 @@ apt-get "${APT_OPTS[@]}" update -qq
 ( cd "$work" && apt-get "${APT_OPTS[@]}" source -qq xml-security-c >/dev/null )
 src="$(find "$work" -maxdepth 1 -type d -name 'xml-security-c-*' | head -n1)"
 [ -n "$src" ] || { echo "setup: xml-security-c source not found" >&2; exit 1; }
+# The inclusive canonicalizer looks for a namespace declaration on the nearest
+# output ancestor without checking that it is an element: when that ancestor is
+# the document (a node-set without the document element, as the national
+# tax-invoice XPath makes), it reads through a null attribute map and the process
+# dies. The library canonicalizes such node-sets itself; this keeps the
+# transforms still left to the engine from crashing on them.
+c14n="$src/xsec/canon/XSECC14n20010315.cpp"
+grep -q 'DOMNode \*pns = pmap->getNamedItem(a->getNodeName());' "$c14n" || {
+  echo "setup: xml-security-c source differs from the one the fixes were made for" >&2; exit 1; }
+sed -i 's/DOMNode \*pns = pmap->getNamedItem(a->getNodeName());/DOMNode *pns = pmap != NULL ? pmap->getNamedItem(a->getNodeName()) : NULL;/' "$c14n"
 (
   cd "$src"
   ./configure --prefix="$PREFIX" --with-xalan=/usr --without-nss --disable-static >/dev/null
@@ -58,4 +70,5 @@ src="$(find "$work" -maxdepth 1 -type d -name 'xml-security-c-*' | head -n1)"
 )
 grep -q '^#define XSEC_HAVE_XALAN' "$PREFIX/include/xsec/framework/XSECConfig.hpp" || {
   echo "setup: xml-security-c was built without Xalan" >&2; exit 1; }
+touch "$FIXES_STAMP"
 echo "setup: xml-security-c ready in $PREFIX"

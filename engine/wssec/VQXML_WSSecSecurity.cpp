@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstring>
 #include <utility>
+#include <vector>
 
 #include <xercesc/dom/DOM.hpp>
 #include <xsec/dsig/DSIGKeyInfoList.hpp>
@@ -19,9 +20,9 @@
 
 #include "core/Transcode.hpp"
 #include "core/VQXMLException.hpp"
-#include "engine/ReferenceDigest.hpp"
 #include "dsig/AlgorithmCodes.hpp"
 #include "dsig/IdResolution.hpp"
+#include "dsig/ReferenceDigesting.hpp"
 #include "dsig/VerificationLimits.hpp"
 #include "engine/SignedInfoCanonicalization.hpp"
 #include "engine/VQXMLURIResolver.hpp"
@@ -439,8 +440,12 @@ bool VQXML_WSSecSecurity::verify() {
             throw VQXML_XSECException(11213, "No key to check the signature with");
         sig.setSigningKey(key);
         const DSIGReferenceList* references = sig.getReferenceList();
-        for (DSIGReferenceList::size_type i = 0; references != nullptr && i < references->getSize(); ++i) {
-            if (!vqxml::referenceDigestMatches(references->item(i))) {
+        const std::vector<DOMElement*> elements = vqxml::referenceElements(m_signatureElement);
+        if (references == nullptr || elements.size() != references->getSize())
+            throw XSECException(XSECException::SigVfyError, "The References of SignedInfo are not all loaded");
+        for (DSIGReferenceList::size_type i = 0; i < references->getSize(); ++i) {
+            if (vqxml::matchReferenceDigest(*references->item(i), elements[i], m_signatureElement) ==
+                vqxml::ReferenceMatch::None) {
                 m_errMsgs = "Reference URI=\"" + vqxml::toEucKr(references->item(i)->getURI()) + "\" failed to verify";
                 return false;
             }

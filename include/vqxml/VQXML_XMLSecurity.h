@@ -58,6 +58,8 @@ public:
     char* getXMLDocument();
     int getXMLDocumentLength();
     char* getKeyName();
+    /* How the last verification read its references (VQXML_READING_*); an addition. */
+    int getCanonicalReading() const { return m_canonicalReading; }
     int getCert(unsigned char** cert);
     char* getIssuer();
     char* getSerialNumber();
@@ -229,7 +231,7 @@ protected:
     void describeSigner(DSIGKeyInfoX509* x509, const Key& key, bool withCertificate);
     void checkSignatureAndReferences();
     XSECCryptoKey* verificationKey();
-    bool signEnveloped();
+    bool signWithOwnTransforms();
     void setSigningKey(XSECCryptoKey* key);
     void storeVerifiedContent();
     void readX509Data(DSIGKeyInfoX509* x509, const char* subjectEncoding);
@@ -300,10 +302,11 @@ protected:
     CMimeMessage* m_mimeMessage;
     bool m_allowExternalReferences;
     /* The Signature element being built, and its signing key (both the signature
-     * object's; views for the enveloped signing path). */
+     * object's; views for signing with the library's own transforms). */
     XERCES_CPP_NAMESPACE::DOMElement* m_signatureElement = nullptr;
     XSECCryptoKey* m_signingKey = nullptr;
     int m_priKeyInfoLength = 0; /* bytes of key in m_priKeyInfo, to wipe them */
+    int m_canonicalReading = 0; /* VQXML_READING_* of the last verification */
 };
 
 #endif

@@ -117,6 +117,19 @@ VQXML_EXPORT int VQTK_XMLDSIG_GetSubjectName(void* handle, char** subject);
 VQXML_EXPORT int VQTK_XMLDSIG_GetIssuerSerialNum(void* handle, char** issuer, char** serial);
 VQXML_EXPORT int VQTK_XMLDSIG_GetSignCert(void* handle, unsigned char** cert, int* certLen);
 VQXML_EXPORT int VQTK_XMLDSIG_GetKeyName(void* handle, char** keyName);
+/* Addition: how the last VQTK_XMLDSIG_Verify or VQTK_EBXML_Verify on the handle read
+ * the data of its references. Where an XPath transform leaves an element out but
+ * keeps its namespace nodes (the national tax-invoice recipe leaves out TaxInvoice),
+ * Santuario and libxmlsec1 write the canonical form differently; the library
+ * accepts both for such node-sets, and says here which one the signer used:
+ * VQXML_READING_PLAIN (no reference's node-set is one the two forms write
+ * differently), VQXML_READING_SANTUARIO (one is, and it matched in Santuario's form,
+ * the national test bed's), VQXML_READING_LITERAL (it matched only in the
+ * canonicalization text read literally, as libxmlsec1 writes it). */
+#define VQXML_READING_PLAIN 0
+#define VQXML_READING_SANTUARIO 1
+#define VQXML_READING_LITERAL 2
+VQXML_EXPORT int VQTK_XMLDSIG_GetCanonicalReading(void* handle, int* reading);
 
 /* ---- XML Encryption ----
  *

@@ -1,10 +1,9 @@
-// Signing the tax-invoice shape without the XPath engine.
+// Signing with the library's own transforms.
 //
-// When every reference is of the enveloped shape (EnvelopedReferenceCheck.hpp),
-// their digests come from the canonical form of the document without its
-// signatures; the SignedInfo is then canonicalized and signed by the same
-// algorithm handler the engine's sign() would use. Any other signature is signed
-// by the engine.
+// When the library's pipeline (ReferenceDigesting.hpp) takes every reference,
+// it computes their digests, the same way verification recomputes them; the
+// SignedInfo is then canonicalized and signed by the same algorithm handler the
+// engine's sign() would use. Any other signature is signed by the engine.
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,7 +20,7 @@
 
 #include "core/Namespaces.hpp"
 #include "core/VQXMLException.hpp"
-#include "dsig/EnvelopedReferenceCheck.hpp"
+#include "dsig/ReferenceDigesting.hpp"
 #include "engine/Base64.hpp"
 #include "engine/SignedInfoCanonicalization.hpp"
 #include "vqxml/VQXML_XMLSecurity.h"
@@ -54,20 +53,20 @@ std::string withoutLineBreaks(std::string text) {
 
 }  // namespace
 
-bool VQXML_XMLSecurity::signEnveloped() {
+bool VQXML_XMLSecurity::signWithOwnTransforms() {
     if (m_signatureElement == nullptr || m_signingKey == nullptr)
         return false;
-    const DSIGReferenceList* references = m_signature->getReferenceList();
     DOMElement* signedInfo = m_signatureElement->getFirstElementChild();
-    const std::vector<DOMElement*> referenceElements = dsigChildren(signedInfo, u"Reference");
-    if (references == nullptr || references->getSize() == 0 || references->getSize() != referenceElements.size())
+    const std::vector<DOMElement*> referenceElements = vqxml::referenceElements(m_signatureElement);
+    if (referenceElements.empty())
         return false;
     std::vector<std::vector<unsigned char>> digests;
-    for (DSIGReferenceList::size_type i = 0; i < references->getSize(); ++i) {
-        std::optional<std::vector<unsigned char>> digest = vqxml::envelopedDigest(references->item(i), m_document);
+    for (const DOMElement* reference : referenceElements) {
+        std::optional<vqxml::ReferenceDigest> digest =
+            vqxml::digestReference(reference, m_signatureElement, vqxml::OrphanForm::Santuario);
         if (!digest)
             return false;
-        digests.push_back(std::move(*digest));
+        digests.push_back(std::move(digest->value));
     }
     const XSECAlgorithmHandler* handler =
         XSECPlatformUtils::g_algorithmMapper->mapURIToHandler(m_signature->getAlgorithmURI());

@@ -1,0 +1,503 @@
+#include "dsig/Canonicalizer.hpp"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+#include "core/Utf8Output.hpp"
+
+XERCES_CPP_NAMESPACE_USE
+
+namespace vqxml {
+
+namespace {
+
+const XMLCh kEmpty[] = u"";
+const XMLCh kXmlnsNamespace[] = u"http://www.w3.org/2000/xmlns/";
+const XMLCh kXmlNamespace[] = u"http://www.w3.org/XML/1998/namespace";
+const XMLCh kXml[] = u"xml";
+const XMLCh kXmlnsName[] = u"xmlns";
+
+const XMLCh* orEmpty(const XMLCh* s) {
+    return s != nullptr ? s : kEmpty;
+}
+
+bool same(const XMLCh* a, const XMLCh* b) {
+    return XMLString::equals(orEmpty(a), orEmpty(b));
+}
+
+// A map from prefixes (or names) to values whose changes are undone an element
+// at a time.
+template <class V>
+class ScopedMap {
+public:
+    void push() { m_marks.push_back({m_undo.size(), m_entries.size()}); }
+    void pop() {
+        const Mark mark = m_marks.back();
+        m_marks.pop_back();
+        for (; m_undo.size() > mark.undo; m_undo.pop_back())
+            m_entries[m_undo.back().first].second = m_undo.back().second;
+        m_entries.resize(mark.size);
+    }
+    V* find(const XMLCh* key) {
+        for (auto& entry : m_entries)
+            if (same(entry.first, key))
+                return &entry.second;
+        return nullptr;
+    }
+    void set(const XMLCh* key, const V& value) {
+        for (size_t i = 0; i < m_entries.size(); ++i) {
+            if (!same(m_entries[i].first, key))
+                continue;
+            if (!m_marks.empty() && i < m_marks.back().size)
+                m_undo.push_back({i, m_entries[i].second});
+            m_entries[i].second = value;
+            return;
+        }
+        m_entries.push_back({key, value});
+    }
+    std::vector<std::pair<const XMLCh*, V>>& entries() { return m_entries; }
+
+private:
+    struct Mark {
+        size_t undo;
+        size_t size;
+    };
+    std::vector<std::pair<const XMLCh*, V>> m_entries;
+    std::vector<std::pair<size_t, V>> m_undo;
+    std::vector<Mark> m_marks;
+};
+
+// What Santuario's inclusive canonicalizer knows of a prefix: the namespace it is
+// bound to, whether that binding has been written where it is in force, and the
+// namespace last written for the prefix.
+struct Rendering {
+    const XMLCh* uri = kEmpty;
+    const XMLCh* lastRendered = nullptr;
+    bool rendered = false;
+    bool written = true;  // false only for the implicit empty default, which is never written
+    bool present = true;
+};
+
+class RenderingTable {
+public:
+    RenderingTable() {
+        Rendering implicitDefault;
+        implicitDefault.lastRendered = kEmpty;
+        implicitDefault.rendered = true;
+        implicitDefault.written = false;
+        m_map.set(kEmpty, implicitDefault);
+    }
+    void push() { m_map.push(); }
+    void pop() { m_map.pop(); }
+
+    // Binds prefix without writing it.
+    void bind(const XMLCh* prefix, const XMLCh* uri) {
+        const Rendering* old = current(prefix);
+        if (old != nullptr && same(old->uri, uri))
+            return;
+        Rendering fresh;
+        fresh.uri = uri;
+        if (old != nullptr) {
+            fresh.lastRendered = old->lastRendered;
+            fresh.rendered = old->lastRendered != nullptr && same(old->lastRendered, uri);
+        }
+        m_map.set(prefix, fresh);
+    }
+
+    // Binds prefix and marks it written; whether it must be written here.
+    bool bindAndRender(const XMLCh* prefix, const XMLCh* uri) {
+        const Rendering* old = current(prefix);
+        if (old != nullptr && same(old->uri, uri)) {
+            if (old->rendered)
+                return false;
+            Rendering now = *old;
+            now.rendered = true;
+            now.lastRendered = uri;
+            m_map.set(prefix, now);
+            return now.written;
+        }
+        // A binding written here before is in force again without writing it.
+        const bool writtenBefore = old != nullptr && old->lastRendered != nullptr && same(old->lastRendered, uri);
+        Rendering fresh;
+        fresh.uri = uri;
+        fresh.lastRendered = uri;
+        fresh.rendered = true;
+        m_map.set(prefix, fresh);
+        return !writtenBefore;
+    }
+
+    void unbind(const XMLCh* prefix) {
+        if (current(prefix) != nullptr)
+            m_map.set(prefix, Rendering{kEmpty, nullptr, false, true, false});
+    }
+
+    void unbindIfRendered(const XMLCh* prefix) {
+        const Rendering* old = current(prefix);
+        if (old != nullptr && old->rendered)
+            unbind(prefix);
+    }
+
+    // The binding of prefix if it is still to be written; marks it written.
+    const XMLCh* takeUnrendered(const XMLCh* prefix) {
+        const Rendering* old = current(prefix);
+        if (old == nullptr || old->rendered)
+            return nullptr;
+        Rendering now = *old;
+        now.rendered = true;
+        now.lastRendered = now.uri;
+        m_map.set(prefix, now);
+        return now.written ? now.uri : nullptr;
+    }
+
+    // Every binding of a non-empty namespace still to be written; marks them written.
+    void takeAllUnrendered(std::vector<std::pair<const XMLCh*, const XMLCh*>>& out) {
+        std::vector<const XMLCh*> prefixes;
+        for (const auto& [prefix, r] : m_map.entries())
+            if (r.present && !r.rendered && r.written && *r.uri != 0)
+                prefixes.push_back(prefix);
+        for (const XMLCh* prefix : prefixes)
+            out.push_back({prefix, takeUnrendered(prefix)});
+    }
+
+private:
+    const Rendering* current(const XMLCh* prefix) {
+        const Rendering* r = m_map.find(prefix);
+        return r != nullptr && r->present ? r : nullptr;
+    }
+    ScopedMap<Rendering> m_map;
+};
+
+using Declarations = std::vector<std::pair<const XMLCh*, const XMLCh*>>;
+
+class Writer {
+public:
+    Writer(NodeSelection& selection, const CanonicalOptions& how, ByteSink& sink)
+        : m_selection(selection), m_how(how), m_sink(sink) {}
+
+    bool formsDiffer() const { return m_formsDiffer; }
+
+    void run(const DOMNode* root) {
+        if (root->getNodeType() == DOMNode::DOCUMENT_NODE) {
+            document(static_cast<const DOMDocument*>(root));
+        } else {
+            std::vector<const DOMElement*> ancestors;
+            for (const DOMNode* n = root->getParentNode(); n != nullptr && n->getNodeType() == DOMNode::ELEMENT_NODE;
+                 n = n->getParentNode())
+                ancestors.push_back(static_cast<const DOMElement*>(n));
+            std::vector<bool> shown;
+            for (auto it = ancestors.rbegin(); it != ancestors.rend(); ++it)
+                shown.push_back(open(*it));
+            element(static_cast<const DOMElement*>(root));
+            for (const DOMElement* a : ancestors) {
+                close(a, shown.back());
+                shown.pop_back();
+            }
+        }
+        m_sink.write(m_out.data(), m_out.size());
+        m_out.clear();
+    }
+
+private:
+    void document(const DOMDocument* doc) {
+        bool afterRoot = false;
+        for (const DOMNode* n = doc->getFirstChild(); n != nullptr; n = n->getNextSibling()) {
+            const short type = n->getNodeType();
+            if (type == DOMNode::ELEMENT_NODE) {
+                element(static_cast<const DOMElement*>(n));
+                afterRoot = true;
+                continue;
+            }
+            if ((type != DOMNode::COMMENT_NODE || !m_how.comments) && type != DOMNode::PROCESSING_INSTRUCTION_NODE)
+                continue;
+            if (!m_selection.leaf(n))
+                continue;
+            if (afterRoot)
+                m_out.push_back('\n');
+            leaf(n);
+            if (!afterRoot)
+                m_out.push_back('\n');
+        }
+    }
+
+    void element(const DOMElement* e) {
+        const bool shown = open(e);
+        for (const DOMNode* n = e->getFirstChild(); n != nullptr; n = n->getNextSibling()) {
+            if (n->getNodeType() == DOMNode::ELEMENT_NODE)
+                element(static_cast<const DOMElement*>(n));
+            else if (m_selection.leaf(n))
+                leaf(n);
+        }
+        close(e, shown);
+    }
+
+    void leaf(const DOMNode* n) {
+        switch (n->getNodeType()) {
+        case DOMNode::TEXT_NODE:
+        case DOMNode::CDATA_SECTION_NODE:
+            escaped(n->getNodeValue(), false);
+            break;
+        case DOMNode::COMMENT_NODE:
+            if (m_how.comments) {
+                m_out += "<!--";
+                utf8(n->getNodeValue());
+                m_out += "-->";
+            }
+            break;
+        case DOMNode::PROCESSING_INSTRUCTION_NODE:
+            m_out += "<?";
+            utf8(n->getNodeName());
+            if (n->getNodeValue() != nullptr && *n->getNodeValue() != 0) {
+                m_out.push_back(' ');
+                utf8(n->getNodeValue());
+            }
+            m_out += "?>";
+            break;
+        default:
+            break;
+        }
+        flushIfFull();
+    }
+
+    void flushIfFull() {
+        if (m_out.size() >= kFlushAt) {
+            m_sink.write(m_out.data(), m_out.size());
+            m_out.clear();
+        }
+    }
+
+    // Enters e and writes its start tag, or its orphans when it is left out;
+    // whether it is output.
+    bool open(const DOMElement* e) {
+        m_selection.enter(e);
+        const bool shown = m_selection.element();
+        m_inScope.push();
+        m_rendering.push();
+        m_lastWritten.push();
+        m_pendingXml.push();
+
+        const DOMNamedNodeMap* attributes = e->getAttributes();
+        const XMLSize_t count = attributes != nullptr ? attributes->getLength() : 0;
+        std::vector<const DOMAttr*> plain;
+        for (XMLSize_t i = 0; i < count; ++i) {
+            const auto* a = static_cast<const DOMAttr*>(attributes->item(i));
+            if (XMLString::equals(a->getNamespaceURI(), kXmlnsNamespace))
+                m_inScope.set(XMLString::equals(a->getLocalName(), kXmlnsName) ? kEmpty : a->getLocalName(),
+                              orEmpty(a->getValue()));
+            else
+                plain.push_back(a);
+        }
+        std::vector<const DOMAttr*> written = attributesToWrite(e, shown, plain);
+        Declarations declarations;
+        if (m_how.exclusive)
+            exclusiveNamespaces(e, shown, written, declarations);
+        else if (m_how.orphans == OrphanForm::Santuario)
+            santuarioNamespaces(shown, declarations);
+        else
+            literalNamespaces(shown, declarations);
+
+        std::sort(declarations.begin(), declarations.end(), [](const auto& x, const auto& y) {
+            return XMLString::compareString(x.first, y.first) < 0;
+        });
+        std::sort(written.begin(), written.end(), [](const DOMAttr* x, const DOMAttr* y) {
+            const int byNamespace = XMLString::compareString(orEmpty(x->getNamespaceURI()), orEmpty(y->getNamespaceURI()));
+            if (byNamespace != 0)
+                return byNamespace < 0;
+            return XMLString::compareString(localName(x), localName(y)) < 0;
+        });
+        if (shown) {
+            m_out.push_back('<');
+            utf8(e->getNodeName());
+        }
+        for (const auto& [prefix, uri] : declarations) {
+            m_out += *prefix != 0 ? " xmlns:" : " xmlns";
+            utf8(prefix);
+            m_out += "=\"";
+            escaped(uri, true);
+            m_out.push_back('"');
+        }
+        for (const DOMAttr* a : written) {
+            m_out.push_back(' ');
+            utf8(a->getNodeName());
+            m_out += "=\"";
+            escaped(a->getValue(), true);
+            m_out.push_back('"');
+        }
+        if (shown)
+            m_out.push_back('>');
+        return shown;
+    }
+
+    void close(const DOMElement* e, bool shown) {
+        if (shown) {
+            m_out += "</";
+            utf8(e->getNodeName());
+            m_out.push_back('>');
+            flushIfFull();
+        }
+        m_pendingXml.pop();
+        m_lastWritten.pop();
+        m_rendering.pop();
+        m_inScope.pop();
+        m_selection.leave();
+    }
+
+    static const XMLCh* localName(const DOMAttr* a) {
+        return a->getLocalName() != nullptr ? a->getLocalName() : a->getNodeName();
+    }
+
+    // Attributes in the xml namespace of elements left out are inherited by the
+    // next output element below them (inclusive canonicalization only).
+    std::vector<const DOMAttr*> attributesToWrite(const DOMElement* e, bool shown,
+                                                  const std::vector<const DOMAttr*>& plain) {
+        const bool inclusive = !m_how.exclusive;
+        const bool everyAttribute = inclusive && m_how.orphans == OrphanForm::Santuario;
+        std::vector<const DOMAttr*> out;
+        for (const DOMAttr* a : plain) {
+            const bool xml = XMLString::equals(a->getNamespaceURI(), kXmlNamespace);
+            if (inclusive && xml && !shown) {
+                m_pendingXml.set(localName(a), a);
+                continue;
+            }
+            const bool selected = m_selection.attribute(a);
+            if (inclusive && selected != shown)
+                m_formsDiffer = true;
+            if (shown ? selected || everyAttribute : inclusive && m_how.orphans == OrphanForm::Literal && selected)
+                out.push_back(a);
+        }
+        if (!shown || !inclusive)
+            return out;
+        for (auto& [name, a] : m_pendingXml.entries()) {
+            if (a != nullptr && e->getAttributeNodeNS(kXmlNamespace, name) == nullptr)
+                out.push_back(a);
+            m_pendingXml.set(name, nullptr);
+        }
+        return out;
+    }
+
+    void santuarioNamespaces(bool shown, Declarations& out) {
+        const auto& bindings = m_inScope.entries();
+        for (const auto& [prefix, uri] : bindings) {
+            if (XMLString::equals(prefix, kXml))
+                continue;
+            if (m_selection.namespaceNode(prefix, uri)) {
+                m_formsDiffer = m_formsDiffer || !shown;
+                if (!shown)
+                    m_rendering.unbindIfRendered(prefix);
+                if (m_rendering.bindAndRender(prefix, uri))
+                    out.push_back({prefix, uri});
+            } else if (shown && *prefix != 0) {
+                m_rendering.unbind(prefix);
+            } else {
+                m_rendering.bind(prefix, uri);
+            }
+        }
+        if (!shown)
+            return;
+        const XMLCh* const* defaultNamespace = m_inScope.find(kEmpty);
+        if (defaultNamespace == nullptr) {
+            if (const XMLCh* uri = m_rendering.takeUnrendered(kEmpty))
+                out.push_back({kEmpty, uri});
+        } else if (!m_selection.namespaceNode(kEmpty, *defaultNamespace) && m_rendering.bindAndRender(kEmpty, kEmpty)) {
+            out.push_back({kEmpty, kEmpty});
+        }
+        m_rendering.takeAllUnrendered(out);
+    }
+
+    void literalNamespaces(bool shown, Declarations& out) {
+        const auto& bindings = m_inScope.entries();
+        bool defaultSelected = false;
+        for (const auto& [prefix, uri] : bindings) {
+            if (XMLString::equals(prefix, kXml) || *uri == 0)
+                continue;
+            const bool selected = m_selection.namespaceNode(prefix, uri);
+            const XMLCh* const* before = m_lastWritten.find(prefix);
+            if (selected && (before == nullptr || *before == nullptr || !same(*before, uri)))
+                out.push_back({prefix, uri});
+            defaultSelected = defaultSelected || (selected && *prefix == 0);
+        }
+        if (!shown)
+            return;
+        const XMLCh* const* outerDefault = m_lastWritten.find(kEmpty);
+        if (!defaultSelected && outerDefault != nullptr && *outerDefault != nullptr && **outerDefault != 0)
+            out.push_back({kEmpty, kEmpty});
+        // Descendants compare with this element's namespace nodes.
+        for (const auto& [prefix, uri] : bindings)
+            m_lastWritten.set(prefix, *uri != 0 && m_selection.namespaceNode(prefix, uri) ? uri : nullptr);
+    }
+
+    void exclusiveNamespaces(const DOMElement* e, bool shown, const std::vector<const DOMAttr*>& written,
+                             Declarations& out) {
+        std::vector<const XMLCh*> utilized;
+        for (const XString& p : m_how.inclusivePrefixes)
+            utilized.push_back(p.c_str());
+        if (shown) {
+            utilized.push_back(orEmpty(e->getPrefix()));
+            for (const DOMAttr* a : written)
+                if (a->getPrefix() != nullptr && *a->getPrefix() != 0 && !XMLString::equals(a->getPrefix(), kXml))
+                    utilized.push_back(a->getPrefix());
+        }
+        for (const XMLCh* prefix : utilized) {
+            const XMLCh* const* bound = m_inScope.find(prefix);
+            const XMLCh* uri = bound != nullptr ? *bound : kEmpty;
+            const XMLCh* const* before = m_lastWritten.find(prefix);
+            const XMLCh* last = before != nullptr && *before != nullptr ? *before : kEmpty;
+            if (*uri == 0) {
+                if (*prefix == 0 && shown && *last != 0) {
+                    out.push_back({kEmpty, kEmpty});
+                    m_lastWritten.set(kEmpty, kEmpty);
+                }
+                continue;
+            }
+            if (!same(last, uri) && m_selection.namespaceNode(prefix, uri)) {
+                out.push_back({prefix, uri});
+                m_lastWritten.set(prefix, uri);
+            }
+        }
+    }
+
+    void utf8(const XMLCh* text) {
+        if (text != nullptr)
+            appendUtf8(text, XMLString::stringLen(text), m_out);
+    }
+
+    // Text escapes &, <, > and CR; attribute values &, <, ", TAB, LF and CR.
+    void escaped(const XMLCh* text, bool attribute) {
+        if (text == nullptr)
+            return;
+        const XMLCh* run = text;
+        for (const XMLCh* p = text;; ++p) {
+            const XMLCh c = *p;
+            const char* replacement = escapeOf(c, attribute);
+            if (replacement == nullptr && c != 0)
+                continue;
+            appendUtf8(run, static_cast<size_t>(p - run), m_out);
+            if (c == 0)
+                return;
+            m_out += replacement;
+            run = p + 1;
+        }
+    }
+
+    static constexpr size_t kFlushAt = 1 << 16;
+
+    NodeSelection& m_selection;
+    const CanonicalOptions& m_how;
+    ByteSink& m_sink;
+    std::string m_out;
+    bool m_formsDiffer = false;
+    ScopedMap<const XMLCh*> m_inScope;      // prefix -> namespace, "" for the default
+    RenderingTable m_rendering;             // inclusive, Santuario's form
+    ScopedMap<const XMLCh*> m_lastWritten;  // inclusive literal form and exclusive
+    ScopedMap<const DOMAttr*> m_pendingXml; // xml: attributes of left-out ancestors
+};
+
+}  // namespace
+
+bool canonicalize(const DOMNode* root, NodeSelection& selection, const CanonicalOptions& how, ByteSink& out) {
+    Writer writer(selection, how, out);
+    writer.run(root);
+    return writer.formsDiffer();
+}
+
+}  // namespace vqxml

@@ -1,0 +1,362 @@
+#include "dsig/ReferenceDigesting.hpp"
+
+#include <memory>
+#include <string>
+
+#include <openssl/crypto.h>
+#include <openssl/evp.h>
+#include <xsec/dsig/DSIGReference.hpp>
+#include <xsec/framework/XSECException.hpp>
+
+#include "core/Namespaces.hpp"
+#include "core/ParseLimits.hpp"
+#include "dsig/IdResolution.hpp"
+#include "dsig/NodeSelection.hpp"
+#include "dsig/XPathSelection.hpp"
+#include "engine/AlgorithmURIs.hpp"
+#include "engine/ReferenceDigest.hpp"
+#include "engine/korean/Digest.hpp"
+
+XERCES_CPP_NAMESPACE_USE
+
+namespace vqxml {
+
+namespace {
+
+const XMLCh kEnveloped[] = u"http://www.w3.org/2000/09/xmldsig#enveloped-signature";
+const XMLCh kXPath[] = u"http://www.w3.org/TR/1999/REC-xpath-19991116";
+const XMLCh kC14n[] = u"http://www.w3.org/TR/2001/REC-xml-c14n-20010315";
+const XMLCh kC14nComments[] = u"http://www.w3.org/TR/2001/REC-xml-c14n-20010315#WithComments";
+const XMLCh kExcC14n[] = u"http://www.w3.org/2001/10/xml-exc-c14n#";
+const XMLCh kExcC14nComments[] = u"http://www.w3.org/2001/10/xml-exc-c14n#WithComments";
+
+const DOMElement* dsigChild(const DOMElement* parent, const XMLCh* localName) {
+    for (const DOMElement* e = parent != nullptr ? parent->getFirstElementChild() : nullptr; e != nullptr;
+         e = e->getNextElementSibling())
+        if (XMLString::equals(e->getLocalName(), localName) && XMLString::equals(e->getNamespaceURI(), kDsigNamespace))
+            return e;
+    return nullptr;
+}
+
+class Hash : public ByteSink {
+public:
+    explicit Hash(const EVP_MD* md) : m_ctx(EVP_MD_CTX_new(), &EVP_MD_CTX_free) {
+        if (!m_ctx || EVP_DigestInit_ex(m_ctx.get(), md, nullptr) != 1)
+            throw XSECException(XSECException::InternalError, "The digest could not be started");
+    }
+    explicit Hash(korean::HashAlgorithm alg) : m_ctx(nullptr, &EVP_MD_CTX_free), m_korean(std::make_unique<korean::Digest>(alg)) {}
+
+    void write(const char* bytes, std::size_t n) override {
+        if (m_korean)
+            m_korean->update(reinterpret_cast<const std::uint8_t*>(bytes), n);
+        else if (EVP_DigestUpdate(m_ctx.get(), bytes, n) != 1)
+            throw XSECException(XSECException::InternalError, "The digest failed");
+    }
+
+    std::vector<unsigned char> finish() {
+        if (m_korean)
+            return m_korean->finish();
+        std::vector<unsigned char> out(EVP_MAX_MD_SIZE);
+        unsigned int len = 0;
+        if (EVP_DigestFinal_ex(m_ctx.get(), out.data(), &len) != 1)
+            throw XSECException(XSECException::InternalError, "The digest failed");
+        out.resize(len);
+        return out;
+    }
+
+private:
+    std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> m_ctx;
+    std::unique_ptr<korean::Digest> m_korean;
+};
+
+std::unique_ptr<Hash> hashFor(const XMLCh* uri) {
+    struct Choice {
+        const XMLCh* uri;
+        const EVP_MD* (*md)();
+    };
+    static const Choice kChoices[] = {
+        {u"http://www.w3.org/2000/09/xmldsig#sha1", &EVP_sha1},
+        {u"http://www.w3.org/2001/04/xmldsig-more#sha224", &EVP_sha224},
+        {u"http://www.w3.org/2001/04/xmlenc#sha256", &EVP_sha256},
+        {u"http://www.w3.org/2001/04/xmldsig-more#sha384", &EVP_sha384},
+        {u"http://www.w3.org/2001/04/xmlenc#sha512", &EVP_sha512},
+    };
+    for (const Choice& c : kChoices)
+        if (XMLString::equals(c.uri, uri))
+            return std::make_unique<Hash>(c.md());
+    if (XMLString::equals(uri, uri::kHas160))
+        return std::make_unique<Hash>(korean::HashAlgorithm::Has160);
+    return nullptr;
+}
+
+class Octets : public ByteSink {
+public:
+    void write(const char* bytes, std::size_t n) override { text.append(bytes, n); }
+    std::string text;
+};
+
+struct DocumentRelease {
+    void operator()(DOMDocument* doc) const { doc->release(); }
+};
+
+// The data of a reference as it goes through the transforms: a node-set of a
+// tree (its root, the URI's nodes and the filters applied since), or octets.
+class Pipeline {
+public:
+    Pipeline(const DOMElement* signature, OrphanForm form) : m_signature(signature), m_form(form) {}
+
+    // The URI's node-set; false for URIs this pipeline does not take.
+    bool dereference(const XMLCh* uri, const DOMDocument* doc) {
+        if (uri == nullptr)
+            return false;
+        if (*uri == 0)
+            return startNodes(doc, doc, nullptr, false);
+        if (XMLString::equals(uri, u"#xpointer(/)"))
+            return startNodes(doc, doc, nullptr, true);
+        const XString id = referencedId(uri);
+        if (id.empty())
+            return false;
+        const DOMElement* target = elementWithId(doc, id.c_str());
+        if (target == nullptr)
+            throw XSECException(XSECException::IDNotFoundInDOMDoc,
+                                (u"No single element carries the referenced Id " + id).c_str());
+        return startNodes(doc, target, target, XMLString::startsWith(uri, u"#xpointer("));
+    }
+
+    // One transform; false when this pipeline does not take it.
+    bool apply(const DOMElement* transform) {
+        const XMLCh* algorithm = transform->getAttribute(u"Algorithm");
+        if (XMLString::equals(algorithm, kEnveloped)) {
+            // Only the tree the signature is in holds the signature.
+            if (m_holdsOctets || m_doc != m_signature->getOwnerDocument())
+                return false;
+            addFilter(std::make_unique<ExcludedSubtree>(m_signature));
+            return true;
+        }
+        if (XMLString::equals(algorithm, kXPath))
+            return xpath(transform);
+        CanonicalOptions how;
+        if (!canonicalization(transform, how))
+            return false;
+        needNodes();
+        Octets octets;
+        m_formsDiffer = canonicalize(m_root, m_selection, how, octets) || m_formsDiffer;
+        m_octets = std::move(octets.text);
+        m_holdsOctets = true;
+        return true;
+    }
+
+    std::vector<unsigned char> digest(Hash& hash) {
+        if (m_holdsOctets) {
+            hash.write(m_octets.data(), m_octets.size());
+        } else {
+            CanonicalOptions how;
+            how.comments = true;  // the node-set says whether comments are in it
+            how.orphans = m_form;
+            m_formsDiffer = canonicalize(m_root, m_selection, how, hash) || m_formsDiffer;
+        }
+        return hash.finish();
+    }
+
+    bool formsDiffer() const { return m_formsDiffer; }
+
+private:
+    bool startNodes(const DOMDocument* doc, const DOMNode* root, const DOMElement* apex, bool comments) {
+        m_doc = doc;
+        m_root = root;
+        m_base = std::make_unique<SubtreeSelection>(apex, comments);
+        m_selection.add(m_base.get());
+        return true;
+    }
+
+    void addFilter(std::unique_ptr<NodeSelection> filter) {
+        m_selection.add(filter.get());
+        m_filters.push_back(std::move(filter));
+    }
+
+    // Octets a node-set transform needs are parsed into a tree of their own.
+    void needNodes() {
+        if (!m_holdsOctets)
+            return;
+        DOMDocument* parsed = nullptr;
+        const int errors = parseBounded(m_octets.data(), m_octets.size(), &parsed);
+        std::unique_ptr<DOMDocument, DocumentRelease> owned(parsed);
+        if (errors != 0 || parsed == nullptr || parsed->getDocumentElement() == nullptr)
+            throw XSECException(XSECException::TransformError,
+                                "The octets of a transform do not parse into the nodes the next transform needs");
+        m_holdsOctets = false;
+        m_octets.clear();
+        m_filters.clear();
+        m_selection = Intersection();
+        startNodes(parsed, parsed, nullptr, true);
+        m_parsed.push_back(std::move(owned));
+    }
+
+    bool xpath(const DOMElement* transform) {
+        const DOMElement* expression = dsigChild(transform, u"XPath");
+        if (expression == nullptr)
+            return false;
+        auto filter = xpath::compile(XString(expression->getTextContent()), [expression](const XString& prefix) {
+            const XMLCh* uri = expression->lookupNamespaceURI(prefix.c_str());
+            return uri != nullptr ? std::optional<XString>(uri) : std::nullopt;
+        });
+        if (!filter)
+            return false;
+        needNodes();
+        addFilter(std::make_unique<XPathSelection>(*filter, m_doc));
+        m_compiled.push_back(std::move(filter));
+        return true;
+    }
+
+    bool canonicalization(const DOMElement* transform, CanonicalOptions& how) const {
+        const XMLCh* algorithm = transform->getAttribute(u"Algorithm");
+        how.orphans = m_form;
+        how.comments = XMLString::equals(algorithm, kC14nComments) || XMLString::equals(algorithm, kExcC14nComments);
+        how.exclusive = XMLString::equals(algorithm, kExcC14n) || XMLString::equals(algorithm, kExcC14nComments);
+        if (!how.exclusive && !how.comments && !XMLString::equals(algorithm, kC14n))
+            return false;
+        for (const DOMElement* e = transform->getFirstElementChild(); e != nullptr; e = e->getNextElementSibling()) {
+            if (!how.exclusive || !XMLString::equals(e->getLocalName(), u"InclusiveNamespaces") ||
+                !XMLString::equals(e->getNamespaceURI(), kExcC14n))
+                return false;
+            const XString list = e->getAttribute(u"PrefixList");
+            size_t at = 0;
+            while (at < list.size()) {
+                const size_t end = list.find_first_of(u" \t\r\n", at);
+                const XString prefix = list.substr(at, end == XString::npos ? XString::npos : end - at);
+                if (!prefix.empty())
+                    how.inclusivePrefixes.push_back(prefix == u"#default" ? XString() : prefix);
+                at = end == XString::npos ? list.size() : end + 1;
+            }
+        }
+        return true;
+    }
+
+    const DOMElement* m_signature;
+    OrphanForm m_form;
+    const DOMDocument* m_doc = nullptr;
+    const DOMNode* m_root = nullptr;
+    std::unique_ptr<SubtreeSelection> m_base;
+    std::vector<std::unique_ptr<NodeSelection>> m_filters;
+    std::vector<std::unique_ptr<xpath::Filter>> m_compiled;
+    Intersection m_selection;
+    std::string m_octets;
+    bool m_holdsOctets = false;
+    bool m_formsDiffer = false;
+    std::vector<std::unique_ptr<DOMDocument, DocumentRelease>> m_parsed;
+};
+
+// The general XPath engine resolves only the prefixes declared on the ds:XPath
+// element itself, while an expression's context is every declaration in scope
+// there (and peers declare ds on ds:Signature only). The declarations in scope
+// are copied onto each ds:XPath element of a reference while the engine digests
+// it, and taken away again before anything else (the SignedInfo's canonical
+// form) sees the element.
+class XPathContextDeclared {
+public:
+    explicit XPathContextDeclared(DOMElement* reference) {
+        DOMElement* transforms = const_cast<DOMElement*>(dsigChild(reference, u"Transforms"));
+        for (DOMElement* t = transforms != nullptr ? transforms->getFirstElementChild() : nullptr; t != nullptr;
+             t = t->getNextElementSibling())
+            if (DOMElement* xpath = const_cast<DOMElement*>(dsigChild(t, u"XPath")))
+                declareAncestors(xpath);
+    }
+    ~XPathContextDeclared() {
+        for (auto& [element, name] : m_added)
+            element->removeAttributeNS(kXmlnsNamespace, name.c_str());
+    }
+    XPathContextDeclared(const XPathContextDeclared&) = delete;
+    XPathContextDeclared& operator=(const XPathContextDeclared&) = delete;
+
+private:
+    void declareAncestors(DOMElement* xpath) {
+        for (const DOMNode* n = xpath->getParentNode(); n != nullptr && n->getNodeType() == DOMNode::ELEMENT_NODE;
+             n = n->getParentNode()) {
+            const DOMNamedNodeMap* attributes = n->getAttributes();
+            for (XMLSize_t i = 0; attributes != nullptr && i < attributes->getLength(); ++i) {
+                const DOMNode* a = attributes->item(i);
+                if (!XMLString::equals(a->getNamespaceURI(), kXmlnsNamespace) ||
+                    xpath->getAttributeNodeNS(kXmlnsNamespace, a->getLocalName()) != nullptr)
+                    continue;
+                xpath->setAttributeNS(kXmlnsNamespace, a->getNodeName(), a->getNodeValue());
+                m_added.push_back({xpath, a->getLocalName()});
+            }
+        }
+    }
+
+    static constexpr XMLCh kXmlnsNamespace[] = u"http://www.w3.org/2000/xmlns/";
+    std::vector<std::pair<DOMElement*, XString>> m_added;
+};
+
+}  // namespace
+
+XString referencedId(const XMLCh* uri) {
+    if (uri == nullptr || uri[0] != u'#' || uri[1] == 0)
+        return {};
+    const XString fragment(uri + 1);
+    if (fragment.rfind(u"xpointer(", 0) != 0)
+        return fragment;
+    // xpointer(id('x')) or xpointer(id("x"))
+    const XString head = u"xpointer(id(";
+    if (fragment.size() < head.size() + 4 || fragment.compare(0, head.size(), head) != 0 ||
+        fragment.compare(fragment.size() - 2, 2, u"))") != 0)
+        return {};
+    const XString quoted = fragment.substr(head.size(), fragment.size() - head.size() - 2);
+    if (quoted.size() < 3 || (quoted.front() != u'\'' && quoted.front() != u'"') || quoted.back() != quoted.front())
+        return {};
+    return quoted.substr(1, quoted.size() - 2);
+}
+
+std::optional<ReferenceDigest> digestReference(const DOMElement* reference, const DOMElement* signature,
+                                               OrphanForm form) {
+    const DOMElement* method = dsigChild(reference, u"DigestMethod");
+    std::unique_ptr<Hash> hash = method != nullptr ? hashFor(method->getAttribute(u"Algorithm")) : nullptr;
+    const DOMAttr* uri = reference->getAttributeNode(u"URI");
+    if (!hash || uri == nullptr)
+        return std::nullopt;
+    Pipeline pipeline(signature, form);
+    if (!pipeline.dereference(uri->getValue(), reference->getOwnerDocument()))
+        return std::nullopt;
+    const DOMElement* transforms = dsigChild(reference, u"Transforms");
+    for (const DOMElement* t = transforms != nullptr ? transforms->getFirstElementChild() : nullptr; t != nullptr;
+         t = t->getNextElementSibling()) {
+        if (!XMLString::equals(t->getLocalName(), u"Transform") || !XMLString::equals(t->getNamespaceURI(), kDsigNamespace))
+            return std::nullopt;
+        if (!pipeline.apply(t))
+            return std::nullopt;
+    }
+    ReferenceDigest out;
+    out.value = pipeline.digest(*hash);
+    out.formsDiffer = pipeline.formsDiffer();
+    return out;
+}
+
+ReferenceMatch matchReferenceDigest(const DSIGReference& reference, DOMElement* element, const DOMElement* signature) {
+    std::optional<ReferenceDigest> ours = digestReference(element, signature, OrphanForm::Santuario);
+    if (!ours) {
+        XPathContextDeclared declared(element);
+        return referenceDigestMatches(&reference) ? ReferenceMatch::Plain : ReferenceMatch::None;
+    }
+    unsigned char stated[EVP_MAX_MD_SIZE];
+    const unsigned int statedLen = reference.readHash(stated, sizeof stated);
+    const auto matches = [&](const std::optional<ReferenceDigest>& d) {
+        return d && d->value.size() == statedLen && CRYPTO_memcmp(d->value.data(), stated, statedLen) == 0;
+    };
+    if (matches(ours))
+        return ours->formsDiffer ? ReferenceMatch::SantuarioForm : ReferenceMatch::Plain;
+    if (ours->formsDiffer && matches(digestReference(element, signature, OrphanForm::Literal)))
+        return ReferenceMatch::LiteralForm;
+    return ReferenceMatch::None;
+}
+
+std::vector<DOMElement*> referenceElements(const DOMElement* signature) {
+    std::vector<DOMElement*> out;
+    const DOMElement* signedInfo = dsigChild(signature, u"SignedInfo");
+    for (DOMElement* e = signedInfo != nullptr ? signedInfo->getFirstElementChild() : nullptr; e != nullptr;
+         e = e->getNextElementSibling())
+        if (XMLString::equals(e->getLocalName(), u"Reference") && XMLString::equals(e->getNamespaceURI(), kDsigNamespace))
+            out.push_back(e);
+    return out;
+}
+
+}  // namespace vqxml

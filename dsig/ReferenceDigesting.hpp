@@ -1,0 +1,60 @@
+// The digest of a same-document Reference computed by the library's own
+// transforms: the URI's node-set, then enveloped-signature, XPath filters (the
+// linear subset of dsig/XPathExpression.hpp), Canonical XML 1.0 and Exclusive
+// Canonical XML in any order (octets that a node-set transform needs are parsed
+// again, as the recommendation says), and the final canonicalization. Signing
+// and verifying both go through it, so what is signed is what is checked; the
+// engine's transforms remain for whatever it does not take (other URIs and
+// transforms, XPath beyond the subset).
+#ifndef VQXML_DSIG_REFERENCEDIGESTING_HPP
+#define VQXML_DSIG_REFERENCEDIGESTING_HPP
+
+#include <optional>
+#include <vector>
+
+#include <xercesc/dom/DOM.hpp>
+
+#include "core/Transcode.hpp"
+#include "dsig/Canonicalizer.hpp"
+
+class DSIGReference;
+
+namespace vqxml {
+
+struct ReferenceDigest {
+    std::vector<unsigned char> value;
+    bool formsDiffer = false;  // Santuario's form and the literal one differ for its nodes
+};
+
+// The digest of the ds:Reference element reference (in the ds:Signature
+// element signature) with node-sets written in form; nothing when the reference
+// is not one the library's transforms take. Throws XSECException when the
+// reference cannot be processed at all (an Id no element or several elements
+// carry, octets that do not parse).
+std::optional<ReferenceDigest> digestReference(const XERCES_CPP_NAMESPACE::DOMElement* reference,
+                                               const XERCES_CPP_NAMESPACE::DOMElement* signature, OrphanForm form);
+
+// How a reference's digest matched, if it did: where Santuario's and the literal
+// form are the same (or by the engine's transforms), in Santuario's form where
+// they differ, or only in the literal form libxmlsec1 writes.
+enum class ReferenceMatch { None, Plain, SantuarioForm, LiteralForm };
+
+// Whether the reference (loaded by the engine from element, in the ds:Signature
+// signature) has the digest it states: computed by the pipeline above in
+// Santuario's form, and where the forms differ, also in the literal form; by
+// the engine's transforms when the pipeline does not take the
+// reference (element's ds:XPath elements then carry the declarations in scope
+// for the while).
+ReferenceMatch matchReferenceDigest(const DSIGReference& reference, XERCES_CPP_NAMESPACE::DOMElement* element,
+                             const XERCES_CPP_NAMESPACE::DOMElement* signature);
+
+// The ds:Reference elements of signature's SignedInfo, in order.
+std::vector<XERCES_CPP_NAMESPACE::DOMElement*> referenceElements(const XERCES_CPP_NAMESPACE::DOMElement* signature);
+
+// The Id a same-document URI names ("#x", "#xpointer(id('x'))"); empty for
+// "", "#xpointer(/)" and URIs that are not same-document.
+XString referencedId(const XMLCh* uri);
+
+}  // namespace vqxml
+
+#endif
