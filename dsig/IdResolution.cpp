@@ -10,6 +10,7 @@
 #include <xsec/framework/XSECException.hpp>
 
 #include "core/Transcode.hpp"
+#include "dsig/ReferenceDigesting.hpp"
 #include "engine/ParkedObjects.hpp"
 
 XERCES_CPP_NAMESPACE_USE
@@ -68,13 +69,13 @@ void checkReferencedIds(const DSIGSignature* signature) {
     const DSIGReferenceList* references = signature->getReferenceList();
     const DOMDocument* doc = signature->getParentDocument();
     for (DSIGReferenceList::size_type i = 0; references != nullptr && i < references->getSize(); ++i) {
-        const XMLCh* uri = references->item(i)->getURI();
-        if (uri == nullptr || uri[0] != u'#' || uri[1] == 0 || XMLString::startsWith(uri, u"#xpointer("))
+        const XString id = referencedId(references->item(i)->getURI());
+        if (id.empty())
             continue;
-        const size_t found = elementsWithId(doc, uri + 1).size();
+        const size_t found = elementsWithId(doc, id.c_str()).size();
         if (found != 1) {
             XString text = found == 0 ? u"No element carries the referenced Id " : u"More than one element carries the referenced Id ";
-            text += uri + 1;
+            text += id;
             throw XSECException(XSECException::IDNotFoundInDOMDoc, text.c_str());
         }
     }
