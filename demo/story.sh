@@ -73,6 +73,24 @@ step 0 "verify the KCDSA signature and take the invoice back without it" \
 step 0 "the invoice taken back is the original one, canonically" \
     same_xml "$invoice" invoice-again.xml
 
+echo "The National Tax Service's recipe, on the KEC sample invoice"
+kec=$root/tests/data/taxinvoice/kec-sample-unsigned.xml
+step 0 "sign it by the recipe: RSA-SHA256, C14N, then the XPath without TaxInvoice and ExchangedDocument" \
+    "$vqxml" sign --tax-invoice --cert "$pki/ee-rsa.crt.pem" --key "$pki/ee-rsa.key.pem" -o kec-signed.xml "$kec"
+step 0 "verify it: $(size kec-signed.xml), in the canonical form Santuario and the NTS test bed use" \
+    "$vqxml" verify kec-signed.xml
+sed 's|<IssueDateTime>20090914220351|<IssueDateTime>20090915000000|' kec-signed.xml >kec-exchanged.xml
+step 0 "ExchangedDocument is outside the signature by the recipe: changing it still verifies" \
+    "$vqxml" verify kec-exchanged.xml
+santuario_jars=/usr/share/java/xmlsec.jar:/usr/share/java/slf4j-api.jar:/usr/share/java/slf4j-nop.jar
+if command -v javac >/dev/null && [ -f /usr/share/java/xmlsec.jar ] &&
+    javac -nowarn -d "$work" -cp "$santuario_jars" "$root/tests/dsig/santuario/TaxInvoiceSantuario.java" 2>/dev/null; then
+    step 0 "Apache Santuario 2.1.7 checks it against the recipe and accepts it" \
+        java -cp "$work:$santuario_jars" TaxInvoiceSantuario verify kec-signed.xml
+else
+    echo "  skip  Apache Santuario's check (no JDK or no Santuario here)"
+fi
+
 echo "The invoice encrypted for its recipient"
 step 0 "encrypt it with SEED for server.vqxml.test (ee-rsa-b), the key wrapped by RSA-OAEP" \
     "$vqxml" encrypt --symm seed --transport rsa-oaep --recipient "$pki/ee-rsa-b.crt.pem" --issuer-serial \

@@ -128,7 +128,8 @@ public:
         const XMLCh* algorithm = transform->getAttribute(u"Algorithm");
         if (XMLString::equals(algorithm, kEnveloped)) {
             // Only the tree the signature is in holds the signature.
-            if (m_holdsOctets || m_doc != m_signature->getOwnerDocument())
+            needNodes();
+            if (m_doc != m_signature->getOwnerDocument())
                 return false;
             addFilter(std::make_unique<ExcludedSubtree>(m_signature));
             return true;
@@ -139,15 +140,26 @@ public:
         if (!canonicalization(transform, how))
             return false;
         needNodes();
+        m_holdsOctets = true;
+        // Inclusive C14N of a whole tree no transform has filtered parses back
+        // into the same tree, as far as the transforms here can tell (the same
+        // elements, attributes, namespace nodes, text and processing
+        // instructions; comments only if kept): such octets are written only if
+        // nothing needs the tree again.
+        if (!how.exclusive && m_root == m_doc && m_filters.empty()) {
+            m_deferred = how;
+            return true;
+        }
         Octets octets;
         m_formsDiffer = canonicalize(m_root, m_selection, how, octets) || m_formsDiffer;
         m_octets = std::move(octets.text);
-        m_holdsOctets = true;
         return true;
     }
 
     std::vector<unsigned char> digest(Hash& hash) {
-        if (m_holdsOctets) {
+        if (m_deferred) {
+            m_formsDiffer = canonicalize(m_root, m_selection, *m_deferred, hash) || m_formsDiffer;
+        } else if (m_holdsOctets) {
             hash.write(m_octets.data(), m_octets.size());
         } else {
             CanonicalOptions how;
@@ -164,6 +176,7 @@ private:
     bool startNodes(const DOMDocument* doc, const DOMNode* root, const DOMElement* apex, bool comments) {
         m_doc = doc;
         m_root = root;
+        m_comments = comments;
         m_base = std::make_unique<SubtreeSelection>(apex, comments);
         m_selection.add(m_base.get());
         return true;
@@ -178,16 +191,22 @@ private:
     void needNodes() {
         if (!m_holdsOctets)
             return;
+        m_holdsOctets = false;
+        m_selection = Intersection();
+        if (m_deferred) {
+            const bool comments = m_comments && m_deferred->comments;
+            m_deferred.reset();
+            startNodes(m_doc, m_doc, nullptr, comments);
+            return;
+        }
         DOMDocument* parsed = nullptr;
         const int errors = parseBounded(m_octets.data(), m_octets.size(), &parsed);
         std::unique_ptr<DOMDocument, DocumentRelease> owned(parsed);
         if (errors != 0 || parsed == nullptr || parsed->getDocumentElement() == nullptr)
             throw XSECException(XSECException::TransformError,
                                 "The octets of a transform do not parse into the nodes the next transform needs");
-        m_holdsOctets = false;
         m_octets.clear();
         m_filters.clear();
-        m_selection = Intersection();
         startNodes(parsed, parsed, nullptr, true);
         m_parsed.push_back(std::move(owned));
     }
@@ -240,8 +259,10 @@ private:
     std::vector<std::unique_ptr<NodeSelection>> m_filters;
     std::vector<std::unique_ptr<xpath::Filter>> m_compiled;
     Intersection m_selection;
+    bool m_comments = false;                   // whether the URI's node-set keeps comments
     std::string m_octets;
     bool m_holdsOctets = false;
+    std::optional<CanonicalOptions> m_deferred;  // octets not written yet (see apply)
     bool m_formsDiffer = false;
     std::vector<std::unique_ptr<DOMDocument, DocumentRelease>> m_parsed;
 };

@@ -31,7 +31,7 @@ if [ "${#missing[@]}" -gt 0 ]; then
 fi
 
 # Bumped whenever the fixes below change, so that an older build is replaced.
-FIXES_STAMP="$PREFIX/vqxml-fixes-1"
+FIXES_STAMP="$PREFIX/vqxml-fixes-2"
 if [ -f "$PREFIX/lib/libxml-security-c.so.20" ] && [ -f "$FIXES_STAMP" ] && \
    grep -q '^#define XSEC_HAVE_XALAN' "$PREFIX/include/xsec/framework/XSECConfig.hpp" 2>/dev/null; then
   exit 0
@@ -62,6 +62,13 @@ c14n="$src/xsec/canon/XSECC14n20010315.cpp"
 grep -q 'DOMNode \*pns = pmap->getNamedItem(a->getNodeName());' "$c14n" || {
   echo "setup: xml-security-c source differs from the one the fixes were made for" >&2; exit 1; }
 sed -i 's/DOMNode \*pns = pmap->getNamedItem(a->getNodeName());/DOMNode *pns = pmap != NULL ? pmap->getNamedItem(a->getNodeName()) : NULL;/' "$c14n"
+# The namespace expander frees the entries it made only when asked to undo them;
+# the parser transform (an XPath after octets) deletes it without that, so every
+# such transform leaked them. Its destructor frees what is left.
+expander="$src/xsec/utils/XSECNameSpaceExpander.cpp"
+grep -q '^XSECNameSpaceExpander::~XSECNameSpaceExpander() {$' "$expander" || {
+  echo "setup: xml-security-c source differs from the one the fixes were made for" >&2; exit 1; }
+sed -i 's/^XSECNameSpaceExpander::~XSECNameSpaceExpander() {$/&\n\tfor (NameSpaceEntryListVectorType::size_type i = 0; i < m_lst.size(); ++i)\n\t\tdelete m_lst[i];/' "$expander"
 (
   cd "$src"
   ./configure --prefix="$PREFIX" --with-xalan=/usr --without-nss --disable-static >/dev/null
