@@ -1,6 +1,5 @@
 #include "dsig/XPathExpression.hpp"
 
-#include <cmath>
 #include <string>
 
 namespace vqxml::xpath {
