@@ -11,6 +11,7 @@
 
 #include "core/EngineLifecycle.hpp"
 #include "core/ErrorFrame.hpp"
+#include "core/NamespaceFixup.hpp"
 #include "core/Transcode.hpp"
 #include "dsig/AlgorithmCodes.hpp"
 #include "dsig/IdResolution.hpp"
@@ -189,7 +190,9 @@ int VQXML_XMLSecurity::XMLDSIG_appendObject(char* id, char* content, int len) {
         }
         try {
             checkDocumentEncoding();
-            object->appendChild(m_document->importNode(parsed->getDocumentElement(), true));
+            auto* content = static_cast<DOMElement*>(m_document->importNode(parsed->getDocumentElement(), true));
+            object->appendChild(content);
+            vqxml::declareNamespaces(content);
             object->appendChild(m_document->createTextNode(u"\n"));
         } catch (...) {
             parsed->release();

@@ -153,6 +153,31 @@ TEST(Verification, EnvelopedResultIsTheDocumentWithoutItsSignature) {
     EXPECT_NE(result.find("<NameText>테스트상사 주식회사</NameText>"), std::string::npos);
 }
 
+// Content in no namespace inside a Signature whose default namespace is XML
+// Signature's: the digest must cover the xmlns="" the returned document carries.
+TEST(Signing, ObjectContentWithoutANamespaceVerifiesHereAndInXmlsec) {
+    const std::string id = "obj1", content = "<data>x</data>";
+    ScopedHandle h;
+    ASSERT_EQ(VQTK_XMLDSIG_SetXMLDocument(h, nullptr, 0), 0);
+    ASSERT_EQ(VQTK_XMLDSIG_SignatureMethod(h, 2, 1), 0);
+    ASSERT_EQ(VQTK_XMLDSIG_appendObject(h, chars(id), chars(content), static_cast<int>(content.size())), 0);
+    ASSERT_EQ(VQTK_XMLDSIG_createReference(h, chars(id), 1, 1, nullptr), 0);
+    ASSERT_EQ(VQTK_XMLDSIG_SetSigner(h, bytes(signerCert()), static_cast<int>(signerCert().size()),
+                                     bytes(signerKey()), static_cast<int>(signerKey().size())),
+              0);
+    ASSERT_EQ(VQTK_XMLDSIG_sign(h), 0) << errorText(h);
+    const std::string signedText = resultDocument(h);
+    std::string result;
+    EXPECT_EQ(verify(signedText, &result), 0) << result;
+    if (!testfiles::haveProgram("xmlsec1"))
+        return;
+    testfiles::ScratchDir dir;
+    testfiles::write(dir("signed.xml"), signedText);
+    EXPECT_EQ(testfiles::run("xmlsec1 --verify --trusted-pem " + testfiles::dataPath("dsig/ca.pem") +
+                             " --id-attr:Id Object " + dir("signed.xml")),
+              0);
+}
+
 TEST(Verification, EnvelopingResultIsTheObjectsFirstElement) {
     const std::string signedText = sign({"x", 5, 3, 0, 3, Shape::Enveloping});
     std::string result;
