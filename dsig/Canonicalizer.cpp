@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <utility>
 
 #include "core/Utf8Output.hpp"
@@ -27,7 +29,8 @@ bool same(const XMLCh* a, const XMLCh* b) {
 }
 
 // A map from prefixes (or names) to values whose changes are undone an element
-// at a time.
+// at a time. Keys are found by hash: an element may have hundreds of namespaces
+// in scope, and every one of them is looked up at every element.
 template <class V>
 class ScopedMap {
 public:
@@ -37,33 +40,36 @@ public:
         m_marks.pop_back();
         for (; m_undo.size() > mark.undo; m_undo.pop_back())
             m_entries[m_undo.back().first].second = m_undo.back().second;
+        for (size_t i = mark.size; i < m_entries.size(); ++i)
+            m_index.erase(key(m_entries[i].first));
         m_entries.resize(mark.size);
     }
-    V* find(const XMLCh* key) {
-        for (auto& entry : m_entries)
-            if (same(entry.first, key))
-                return &entry.second;
-        return nullptr;
+    V* find(const XMLCh* k) {
+        const auto it = m_index.find(key(k));
+        return it != m_index.end() ? &m_entries[it->second].second : nullptr;
     }
-    void set(const XMLCh* key, const V& value) {
-        for (size_t i = 0; i < m_entries.size(); ++i) {
-            if (!same(m_entries[i].first, key))
-                continue;
-            if (!m_marks.empty() && i < m_marks.back().size)
-                m_undo.push_back({i, m_entries[i].second});
-            m_entries[i].second = value;
+    void set(const XMLCh* k, const V& value) {
+        const auto it = m_index.find(key(k));
+        if (it == m_index.end()) {
+            m_index.emplace(key(k), m_entries.size());
+            m_entries.push_back({orEmpty(k), value});
             return;
         }
-        m_entries.push_back({key, value});
+        const size_t i = it->second;
+        if (!m_marks.empty() && i < m_marks.back().size)
+            m_undo.push_back({i, m_entries[i].second});
+        m_entries[i].second = value;
     }
     std::vector<std::pair<const XMLCh*, V>>& entries() { return m_entries; }
 
 private:
+    static std::u16string_view key(const XMLCh* k) { return std::u16string_view(orEmpty(k)); }
     struct Mark {
         size_t undo;
         size_t size;
     };
     std::vector<std::pair<const XMLCh*, V>> m_entries;
+    std::unordered_map<std::u16string_view, size_t> m_index;
     std::vector<std::pair<size_t, V>> m_undo;
     std::vector<Mark> m_marks;
 };

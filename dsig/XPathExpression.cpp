@@ -401,6 +401,21 @@ void collectSlots(const Expr& e, std::vector<const Expr*>& slots) {
     }
 }
 
+// Whether a name function in e may be asked of a namespace node: where the
+// context may be one (the top, or a predicate of a self:: or ancestor-or-self::
+// step whose test, node(), lets namespace nodes through).
+bool namesNamespaceNodes(const Expr& e, bool contextMayBeNamespace) {
+    if (e.op == Op::Name || e.op == Op::LocalName || e.op == Op::NamespaceURI)
+        return contextMayBeNamespace;
+    const bool inner = e.op != Op::Step ? contextMayBeNamespace
+                                        : contextMayBeNamespace && e.test.kind == TestKind::AnyNode &&
+                                              (e.axis == Axis::Self || e.axis == Axis::AncestorOrSelf);
+    for (const Expr& a : e.args)
+        if (namesNamespaceNodes(a, inner))
+            return true;
+    return false;
+}
+
 }  // namespace
 
 std::unique_ptr<Filter> compile(const XString& expression, const PrefixResolver& resolve) {
@@ -408,6 +423,7 @@ std::unique_ptr<Filter> compile(const XString& expression, const PrefixResolver&
         auto filter = std::make_unique<Filter>();
         filter->root = Parser(tokenize(expression), resolve).parse();
         collectSlots(filter->root, filter->slots);
+        filter->namespaceSensitive = namesNamespaceNodes(filter->root, true);
         return filter;
     } catch (const Unsupported&) {
         return nullptr;

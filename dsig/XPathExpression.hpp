@@ -57,9 +57,13 @@ struct Expr {
 };
 
 // A compiled filter: its expression and its steps by slot, inner steps first.
+// Whether it can tell one namespace node of an element from another (only a
+// name function asked of the namespace node itself can): if not, it is
+// evaluated once for all of them.
 struct Filter {
     Expr root;
     std::vector<const Expr*> slots;
+    bool namespaceSensitive = true;
 };
 
 // The namespace bound to a prefix where the expression stands; nothing if none.

@@ -153,11 +153,13 @@ void XPathSelection::pushFrame(const Context& at) {
 }
 
 void XPathSelection::enter(const DOMElement* e) {
+    m_namespaceAnswer = -1;
     const int parent = top();
     pushFrame({Kind::Element, e, nullptr, nullptr, parent + 1, parent});
 }
 
 void XPathSelection::leave() {
+    m_namespaceAnswer = -1;
     m_nodes.pop_back();
     m_counts.resize(m_counts.size() - 2 * static_cast<size_t>(m_slots));
 }
@@ -171,7 +173,11 @@ bool XPathSelection::attribute(const DOMAttr* a) {
 }
 
 bool XPathSelection::namespaceNode(const XMLCh* prefix, const XMLCh* uri) {
-    return holds({Kind::Namespace, m_nodes.back(), orEmpty(prefix), uri, -1, top()});
+    if (m_filter.namespaceSensitive)
+        return holds({Kind::Namespace, m_nodes.back(), orEmpty(prefix), uri, -1, top()});
+    if (m_namespaceAnswer < 0)
+        m_namespaceAnswer = holds({Kind::Namespace, m_nodes.back(), orEmpty(prefix), uri, -1, top()}) ? 1 : 0;
+    return m_namespaceAnswer == 1;
 }
 
 bool XPathSelection::leaf(const DOMNode* n) {

@@ -67,6 +67,7 @@ private:
     int m_slots;
     std::vector<const XERCES_CPP_NAMESPACE::DOMNode*> m_nodes;  // frame i's element; the document first
     std::vector<uint32_t> m_counts;
+    int m_namespaceAnswer = -1;  // the element's namespace nodes, when the filter cannot tell them apart
 };
 
 }  // namespace vqxml
