@@ -58,7 +58,7 @@ TEST(CliKeys, WrongPasswordIsRefusedWithTheLibrarysReason) {
 
 TEST(CliKeys, CertVerifyAcceptsAKisaRootAndRefusesTheTestPkiWithTheReason) {
     const std::string root = testfiles::scratch("root.der");
-    clitest::shell("base64 -d " + testfiles::sharedPath("testdata/roots/kisa_rootca4.b64") + " > " + root);
+    clitest::shell("base64 -d " + testfiles::dataPath("roots/kisa_rootca4.b64") + " > " + root);
     auto accepted = vqxml({"cert-verify", root});
     EXPECT_EQ(accepted.exitCode, 0) << accepted.err;
     auto refused = vqxml({"cert-verify", testpki("ee-rsa.crt.pem")});

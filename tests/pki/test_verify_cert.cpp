@@ -54,7 +54,7 @@ TEST(VerifyCert, OnlyTheLastFailureIsKeptAndSuccessKeepsIt) {
     const std::string second = errorText(h);
     EXPECT_EQ(second, "verifyCert > The certificate is empty");
     // A KISA root itself chains (to itself); the earlier failure stays recorded.
-    const ByteVector b64 = readFile(std::string(VQXML_SHARED_DIR) + "/testdata/roots/kisa_rootca4.b64");
+    const ByteVector b64 = readFile(testfiles::dataPath("roots/kisa_rootca4.b64"));
     EXPECT_EQ(verify(h, fromBase64(std::string(b64.begin(), b64.end() - 1))), VQXML_OK) << errorText(h);
     EXPECT_EQ(errorText(h), second);
 }

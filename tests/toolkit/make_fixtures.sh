@@ -4,7 +4,7 @@
 set -euo pipefail
 here="$(cd "$(dirname "$0")" && pwd)"
 out="$here/../data/toolkit"
-vectors="$here/../../../shared/testdata/vectors"
+vectors="$here/../data/vectors"
 rm -rf "$out"
 mkdir -p "$out"
 bash "$here/make_test_pki.sh" "$out"
