@@ -39,6 +39,8 @@ typedef struct {
     int (*getIssuerSerial)(void* h, char** issuer, char** serial);
     int (*getKeyName)(void* h, char** keyName);
     int (*getSignCert)(void* h, unsigned char** cert, int* certLen);
+    /* optional: --trust */
+    int (*verifySignerCert)(void* h, unsigned char* chain, int chainLen, unsigned char* crls, int crlsLen);
 } CliSignatureFamily;
 
 int cliRunSign(const CliCommand* cmd, const CliSignatureFamily* family, int argc, char** argv);
