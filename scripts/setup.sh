@@ -35,7 +35,17 @@ if [ -f "$PREFIX/lib/libxml-security-c.so.20" ] && \
   exit 0
 fi
 
-echo "setup: building xml-security-c with Xalan into $PREFIX"
+# Its compiler warnings would fill the screen: everything goes to a log, and the
+# screen gets a line before, a line after, or the log's end when a step fails.
+log="$PREFIX.build.log"
+mkdir -p "$(dirname "$log")"
+: > "$log"
+echo "setup: building xml-security-c with Xalan into $PREFIX (a few minutes; log: $log)"
+failed() {
+  echo "setup: building xml-security-c failed ($1); the end of $log:" >&2
+  tail -n 30 "$log" >&2
+  exit 1
+}
 work="$(mktemp -d)"
 trap 'rm -rf "$work"' EXIT
 apt_dir="$work/apt"
@@ -46,16 +56,16 @@ echo "deb-src http://deb.debian.org/debian $codename main" > "$apt_dir/sources/s
 APT_OPTS=(-o Dir::Etc::SourceList="$apt_dir/empty.list"
           -o Dir::Etc::SourceParts="$apt_dir/sources"
           -o Dir::State::Lists="$apt_dir/lists")
-apt-get "${APT_OPTS[@]}" update -qq
-( cd "$work" && apt-get "${APT_OPTS[@]}" source -qq xml-security-c >/dev/null )
+apt-get "${APT_OPTS[@]}" update >>"$log" 2>&1 || failed "apt-get update"
+( cd "$work" && apt-get "${APT_OPTS[@]}" source xml-security-c ) >>"$log" 2>&1 || failed "apt-get source"
 src="$(find "$work" -maxdepth 1 -type d -name 'xml-security-c-*' | head -n1)"
-[ -n "$src" ] || { echo "setup: xml-security-c source not found" >&2; exit 1; }
+[ -n "$src" ] || failed "no source folder"
 (
   cd "$src"
-  ./configure --prefix="$PREFIX" --with-xalan=/usr --without-nss --disable-static >/dev/null
-  make -j"$(nproc)" >/dev/null
-  make install >/dev/null
-)
-grep -q '^#define XSEC_HAVE_XALAN' "$PREFIX/include/xsec/framework/XSECConfig.hpp" || {
-  echo "setup: xml-security-c was built without Xalan" >&2; exit 1; }
-echo "setup: xml-security-c ready in $PREFIX"
+  ./configure --prefix="$PREFIX" --with-xalan=/usr --without-nss --disable-static || exit 1
+  make -j"$(nproc)" || exit 1
+  make install
+) >>"$log" 2>&1 || failed "configure, make or make install"
+grep -q '^#define XSEC_HAVE_XALAN' "$PREFIX/include/xsec/framework/XSECConfig.hpp" ||
+  failed "built without Xalan"
+echo "setup: xml-security-c ready in $PREFIX ($(grep -c 'warning:' "$log" || true) compiler warnings in $log)"
