@@ -107,8 +107,8 @@ int VQTK_BASE64_Encode(VQTK_Toolkit* handle, const VQTK_BINSTR* in, VQTK_BINSTR*
 /* Adds one trust anchor: the DER encoding of a certificate OpenSSL takes for a CA
  * (basic constraints CA:TRUE; or, lacking them, key usage keyCertSign or a
  * self-signed version 1 certificate). An anchor is trusted as it
- * is: its own signature and validity dates are not checked, and it need not be
- * self-signed (a path may end at an added intermediate). */
+ * is: its own signature is not checked, its validity dates only with time mode
+ * 3, and it need not be self-signed (a path may end at an added intermediate). */
 int VQTK_CERT_AddTrustedCert(VQTK_Toolkit* handle, const VQTK_BINSTR* der);
 
 /* Chooses what VQTK_CERT_Verify checks.
