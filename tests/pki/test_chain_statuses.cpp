@@ -18,10 +18,7 @@ struct Outcome {
 };
 
 Outcome check(const ByteVector& cert, const ByteVector& chain, const ByteVector& crls) {
-    const ByteVector root = fixture("root.der");
-    std::string base64(4 * ((root.size() + 2) / 3) + 1, '\0');
-    base64.resize(static_cast<size_t>(EVP_EncodeBlock(reinterpret_cast<unsigned char*>(&base64[0]), root.data(),
-                                                      static_cast<int>(root.size()))));
+    const std::string base64 = toBase64(fixture("root.der"));
     const vqxml::TrustAnchor anchor{"vqxml Test Root", base64.c_str(), static_cast<int>(base64.size())};
     try {
         vqxml::verifyChain({cert, chain, crls}, &anchor, 1);
@@ -29,11 +26,6 @@ Outcome check(const ByteVector& cert, const ByteVector& chain, const ByteVector&
     } catch (const VQXML_XSECException& e) {
         return {e.getCode(), vqxml::toEucKr(e.getMsg())};
     }
-}
-
-ByteVector operator+(ByteVector a, const ByteVector& b) {
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
 }
 
 }  // namespace

@@ -4,8 +4,6 @@
 // leaves) that ends outside them.
 #include <gtest/gtest.h>
 
-#include <openssl/evp.h>
-
 #include "ScopedHandle.hpp"
 #include "toolkit/ToolkitTestSupport.hpp"
 
@@ -28,25 +26,13 @@ ByteVector root(const std::string& file) {
     return fromBase64(std::string(b64.begin(), b64.end() - 1));
 }
 
-std::string base64(const ByteVector& der) {
-    std::string out(4 * ((der.size() + 2) / 3) + 1, '\0');
-    out.resize(static_cast<size_t>(EVP_EncodeBlock(reinterpret_cast<unsigned char*>(&out[0]), der.data(),
-                                                   static_cast<int>(der.size()))));
-    return out;
-}
-
 ByteVector pem(const ByteVector& der, const std::string& label = "CERTIFICATE") {
     std::string text = "some text before\n-----BEGIN " + label + "-----\n";
-    const std::string body = base64(der);
+    const std::string body = toBase64(der);
     for (size_t at = 0; at < body.size(); at += 64)
         text += body.substr(at, 64) + "\n";
     text += "-----END " + label + "-----\n";
     return ByteVector(text.begin(), text.end());
-}
-
-ByteVector operator+(ByteVector a, const ByteVector& b) {
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
 }
 
 }  // namespace
@@ -163,7 +149,7 @@ std::string signedByTheTestLeaf(const std::vector<ByteVector>& inKeyInfo) {
     std::string signedText = apitest::resultDocument(h);
     const size_t end = signedText.rfind("X509Certificate>") + 16;  // the signer's, in the default namespace
     for (const ByteVector& extra : inKeyInfo)
-        signedText.insert(end, "<X509Certificate>" + base64(extra) + "</X509Certificate>");
+        signedText.insert(end, "<X509Certificate>" + toBase64(extra) + "</X509Certificate>");
     return signedText;
 }
 

@@ -36,11 +36,6 @@ protected:
     const ByteVector intermediate = fixture("intermediate.der");
 };
 
-ByteVector operator+(ByteVector a, const ByteVector& b) {
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
-}
-
 }  // namespace
 
 TEST_F(CertVerify, AcceptsAFullPathBuiltWithTheOfferedIntermediate) {
