@@ -17,7 +17,7 @@ static const CliSignatureFamily kXmlSignature = {
         "(status 11213): the signature does not verify; other codes: it could not be\n"
         "checked. With --trust the signer's certificate is also verified against the\n"
         "built-in roots, through the other certificates of KeyInfo and --chain, with\n"
-        "--crl: \"trusted signer\", or \"untrusted signer\" and exit 220-225 as for\n"
+        "--crl: \"trusted signer\", or \"untrusted signer\" and exit 220-226 as for\n"
         "`vqxml cert-verify --chain`. -o writes the document without its Signature\n"
         "(enveloping: the Object's content).",
     .defaultXPath = CLI_ENVELOPED_XPATH,
