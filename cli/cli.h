@@ -99,6 +99,10 @@ typedef struct {
 int cliReadFile(const char* path, CliBuffer* out);
 /* Reads a certificate or key given as DER or PEM and gives it back as DER. */
 int cliReadDerOrPem(const char* path, CliBuffer* out);
+/* Reads the files one after the other into one buffer, as the library takes
+ * several certificates or CRLs: DER as it is, PEM text ending in a line break.
+ * No files give an empty buffer. */
+int cliReadFiles(const CliList* paths, CliBuffer* out);
 /* Wipes (for secret bytes) and frees the buffer. */
 void cliFreeBuffer(CliBuffer* buffer);
 /* Writes bytes to a file (created with mode 0600 when secret) or to stdout;

@@ -18,9 +18,11 @@ static const CliSignatureFamily kXmlSignature = {
         "Verifies the first XML Signature of a document (IN, or stdin) with the key in\n"
         "its KeyInfo (or an HMAC secret) and prints who signed. Exit 0: valid; 213\n"
         "(status 11213): the signature does not verify; other codes: it could not be\n"
-        "checked. Whether the signer's certificate is trusted is `vqxml cert-verify`'s\n"
-        "question. -o writes the document without its Signature (enveloping: the\n"
-        "Object's content).",
+        "checked. With --trust the signer's certificate is also verified against the\n"
+        "built-in roots, through the other certificates of KeyInfo and --chain, with\n"
+        "--crl: \"trusted signer\", or \"untrusted signer\" and exit 220-226 as for\n"
+        "`vqxml cert-verify --chain`. -o writes the document without its Signature\n"
+        "(enveloping: the Object's content).",
     .defaultXPath = CLI_ENVELOPED_XPATH,
     .defaultReferenceC14n = "none",
     .signedInfoCanonicalizations = &cliCanonicalizations,
@@ -44,6 +46,7 @@ static const CliSignatureFamily kXmlSignature = {
     .getSignCert = VQTK_XMLDSIG_GetSignCert,
     .getCanonicalReading = VQTK_XMLDSIG_GetCanonicalReading,
     .taxInvoice = 1,
+    .verifySignerCert = VQTK_XMLDSIG_VerifySignerCert,
 };
 
 static int runSign(const CliCommand* cmd, int argc, char** argv) {

@@ -14,7 +14,8 @@ static const CliSignatureFamily kEbXml = {
     .verifyDescription =
         "Verifies a signed ebXML package or envelope (IN, or stdin): the envelope and\n"
         "every attachment it references. Exit 0: valid; 213 (status 11213): the\n"
-        "signature, the envelope or an attachment does not verify. -o writes the\n"
+        "signature, the envelope or an attachment does not verify. --trust verifies\n"
+        "the signer's certificate too, as `vqxml verify --trust` does. -o writes the\n"
         "package with the envelope without its Signature.",
     .defaultXPath = CLI_ENVELOPED_XPATH,
     .defaultReferenceC14n = "none",
@@ -34,6 +35,7 @@ static const CliSignatureFamily kEbXml = {
     .getIssuerSerial = VQTK_EBXML_GetIssuerSerialNum,
     .getKeyName = VQTK_EBXML_GetKeyName,
     .getSignCert = VQTK_EBXML_GetSignCert,
+    .verifySignerCert = VQTK_XMLDSIG_VerifySignerCert,
 };
 
 static int runSign(const CliCommand* cmd, int argc, char** argv) {

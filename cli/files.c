@@ -60,6 +60,36 @@ int cliReadFile(const char* path, CliBuffer* out) {
     return rc == 0 ? 0 : CLI_EXIT_NO_INPUT;
 }
 
+int cliReadFiles(const CliList* paths, CliBuffer* out) {
+    out->data = NULL;
+    out->len = 0;
+    for (int i = 0; i < paths->count; ++i) {
+        CliBuffer file;
+        int rc = cliReadFile(paths->items[i], &file);
+        if (rc != 0) {
+            cliFreeBuffer(out);
+            return rc;
+        }
+        /* So that the next file's PEM starts on a line of its own. */
+        const int text = file.len > 0 && file.data[0] != 0x30 && file.data[file.len - 1] != '\n';
+        unsigned char* grown = realloc(out->data, out->len + file.len + (size_t)text + 1);
+        if (grown == NULL) {
+            cliFreeBuffer(&file);
+            cliFreeBuffer(out);
+            cliError("out of memory reading %s", paths->items[i]);
+            return CLI_EXIT_NO_INPUT;
+        }
+        out->data = grown;
+        memcpy(out->data + out->len, file.data, file.len);
+        out->len += file.len;
+        if (text)
+            out->data[out->len++] = '\n';
+        out->data[out->len] = '\0';
+        cliFreeBuffer(&file);
+    }
+    return 0;
+}
+
 int cliReadDerOrPem(const char* path, CliBuffer* out) {
     CliBuffer file;
     int rc = cliReadFile(path, &file);

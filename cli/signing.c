@@ -244,10 +244,32 @@ static void printReading(const CliSignatureFamily* f, void* h, FILE* report) {
                                                : "the literal reading of C14N (libxmlsec1's)");
 }
 
+/* The status of a signature that does not verify. */
+enum { STATUS_INVALID_SIGNATURE = 11213 };
+
+/* The signer's certificate against the built-in roots: a line on report (unless
+ * NULL), the reason of a refusal on stderr; 0 or the refusal's exit code. */
+static int checkSigner(const CliSignatureFamily* f, void* h, const CliList* chainFiles, const CliList* crlFiles,
+                       FILE* report) {
+    CliBuffer chain = {0}, crls = {0};
+    int rc = cliReadFiles(chainFiles, &chain);
+    rc = rc ? rc : cliReadFiles(crlFiles, &crls);
+    if (rc == 0) {
+        int status = f->verifySignerCert(h, chain.data, (int)chain.len, crls.data, (int)crls.len);
+        rc = status ? cliLibraryFailure(h, status) : 0;
+        if (report != NULL)
+            fprintf(report, status ? "untrusted signer (status %d)\n" : "trusted signer\n", status);
+    }
+    cliFreeBuffer(&crls);
+    cliFreeBuffer(&chain);
+    return rc;
+}
+
 int cliRunVerify(const CliCommand* cmd, const CliSignatureFamily* f, int argc, char** argv) {
     const char *output = NULL, *signerCert = NULL, *hmacKey = NULL;
-    int allowExternal = 0, quiet = 0;
-    CliOption options[8];
+    int allowExternal = 0, quiet = 0, trust = 0;
+    CliList chainFiles = {0}, crlFiles = {0};
+    CliOption options[11];
     int count = 0;
     ADD_OPTION("output", 'o', CLI_VALUE, "FILE", "write what was signed, without its Signature", &output);
     ADD_OPTION("signer-cert", 0, CLI_VALUE, "FILE", "write the signer's certificate from KeyInfo (DER)", &signerCert);
@@ -255,11 +277,21 @@ int cliRunVerify(const CliCommand* cmd, const CliSignatureFamily* f, int argc, c
         ADD_OPTION("hmac-key", 0, CLI_VALUE, "FILE", "verify an HMAC signature with this secret", &hmacKey);
     if (f->allowExternalReferences != NULL)
         ADD_OPTION("allow-external", 0, CLI_FLAG, NULL, "let references to files and URLs be fetched", &allowExternal);
+    if (f->verifySignerCert != NULL) {
+        ADD_OPTION("trust", 't', CLI_FLAG, NULL, "also verify the signer's certificate against the built-in roots",
+                   &trust);
+        ADD_OPTION("chain", 0, CLI_LIST, "FILE", "with --trust: more intermediates, DER or PEM; repeatable",
+                   &chainFiles);
+        ADD_OPTION("crl", 0, CLI_LIST, "FILE", "with --trust: CRLs fetched beforehand, DER or PEM; repeatable",
+                   &crlFiles);
+    }
     ADD_OPTION("quiet", 'q', CLI_FLAG, NULL, "print nothing; the exit code tells", &quiet);
     const CliSyntax syntax = {"[options] [IN]", f->verifyDescription, NULL, options, count, 0, 1};
     CliParsed args;
     if (!cliParse(cmd, &syntax, argc, argv, &args))
         return args.exitCode;
+    if (!trust && chainFiles.count + crlFiles.count > 0)
+        return cliUsageError("--chain and --crl go with --trust");
 
     CliBuffer input = {0};
     void* h = NULL;
@@ -267,11 +299,17 @@ int cliRunVerify(const CliCommand* cmd, const CliSignatureFamily* f, int argc, c
     rc = rc ? rc : cliOpenHandle(&h);
     rc = rc ? rc : loadAndVerify(f, h, &input, hmacKey, allowExternal);
     CliKeyInfo info = rc == 0 ? signerInfo(f, h) : (CliKeyInfo){0};
-    if (rc == 0 && !quiet) {
-        FILE* report = output != NULL && strcmp(output, "-") == 0 ? stderr : stdout;
+    FILE* report = quiet ? NULL : output != NULL && strcmp(output, "-") == 0 ? stderr : stdout;
+    if (rc == 0 && report != NULL) {
         fprintf(report, "valid signature\n");
         cliPrintKeyInfo(report, &info);
         printReading(f, h, report);
+    }
+    /* The signer's verdict beside the signature's, also for a signature that
+     * does not verify; the signature's failure keeps the exit code. */
+    if (trust && (rc == 0 || rc == cliExitCode(STATUS_INVALID_SIGNATURE))) {
+        const int trustRc = checkSigner(f, h, &chainFiles, &crlFiles, report);
+        rc = rc ? rc : trustRc;
     }
     if (rc == 0 && output != NULL)
         rc = cliWriteResult(h, output);

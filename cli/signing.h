@@ -46,6 +46,8 @@ typedef struct {
     int (*getSignCert)(void* h, unsigned char** cert, int* certLen);
     int (*getCanonicalReading)(void* h, int* reading);              /* optional */
     int taxInvoice;                                                  /* offers --tax-invoice */
+    /* optional: --trust */
+    int (*verifySignerCert)(void* h, unsigned char* chain, int chainLen, unsigned char* crls, int crlsLen);
 } CliSignatureFamily;
 
 int cliRunSign(const CliCommand* cmd, const CliSignatureFamily* family, int argc, char** argv);

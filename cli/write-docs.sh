@@ -23,6 +23,8 @@ vqxml soap-process --cert server.crt.pem --key server.key.pem secured.xml
 vqxml ebxml-sign --cert ee.crt.pem --key ee.key.pem -o signed.mime message.mime
 vqxml key-random --password-file pw.txt signPri.key
 vqxml cert-verify ee.crt.der
+vqxml cert-verify --chain yessignCA.crt.der --crl dp5p1.crl ee.crt.der
+vqxml verify --trust --crl dp5p1.crl signed.xml
 ```
 
 - **Files.** Inputs are read whole; `-` or a missing input is the standard input, a missing
@@ -31,6 +33,14 @@ vqxml cert-verify ee.crt.der
   written with mode 0600.
 - **Passwords.** `--password TEXT` or `--password-file FILE` (its first line). A password on
   the command line is visible to other users of the machine: prefer the file.
+- **Certificate trust** (additions: `cert-verify --chain`/`--crl`, `verify --trust`,
+  `ebxml-verify --trust`). The path ends at a built-in root (KISA RootCA 4, KISA RootCA 1,
+  GPKIRootCA1) and every certificate on it, the root included, must be valid now.
+  Intermediates come from `--chain` files (and, for `--trust`, from the signature's KeyInfo),
+  CRLs from `--crl` files; both DER or PEM, one or several per file, and nothing is fetched.
+  With CRLs, the certificate's issuer must have a current one among them. A refusal's exit code
+  says which check refused: 220 path, 221 signature, 222 validity, 223 revocation, 224
+  constraints, 225 an input that cannot be read, 226 a signature without a certificate.
 - **Algorithms** are chosen by name; the names map to the library's selector numbers, and
   those to URIs as [algorithms.md](algorithms.md) lists them:
 
@@ -54,7 +64,7 @@ vqxml cert-verify ee.crt.der
   | 0 | 0 |
   | 1 to 63 (engine) | the same number |
   | 101xx, 102xx, 103xx, 104xx, 105xx | 100 + xx, 120 + xx, 140 + xx, 160 + xx, 180 + xx |
-  | 11xxx, 12xxx | 200 + xx (11213 invalid signature → 213, 12011 → 211) |
+  | 11xxx, 12xxx | 200 + xx (11213 invalid signature → 213, 12011 → 211, 12020 → 220) |
   | anything else | 255 |
   | the tool's own: bad arguments, bad input data, unreadable input, unwritable output | 64, 65, 66, 73 |
 

@@ -57,12 +57,6 @@ inline std::string testFile(const std::string& relative) {
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
-// The bytes of an interop sample file (under the shared folder); empty if missing.
-inline std::string sharedFile(const std::string& relative) {
-    std::ifstream in(std::string(VQXML_SHARED_DIR) + "/" + relative, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
 inline unsigned char* bytes(std::string& s) {
     return reinterpret_cast<unsigned char*>(s.empty() ? nullptr : &s[0]);
 }

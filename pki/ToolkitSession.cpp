@@ -1,5 +1,6 @@
 #include "pki/ToolkitSession.hpp"
 
+#include "core/Transcode.hpp"
 #include "core/VQXMLException.hpp"
 #include "vqxml/vqxml.h"
 
@@ -15,7 +16,7 @@ constexpr int kErrorTextSize = 1024;
 
 ToolkitSession::ToolkitSession() {
     if (VQTK_API_Init(&m_toolkit, kToolkitConfig) != VQTK_OK)
-        raiseToolkitError();
+        raise(VQXML_ERR_UNKNOWN);
 }
 
 ToolkitSession::~ToolkitSession() {
@@ -30,17 +31,28 @@ VQTK_BINSTR* ToolkitSession::newString() {
     return &m_strings.back();
 }
 
-void ToolkitSession::check(int status) const {
-    if (status != VQTK_OK)
-        raiseToolkitError();
+void ToolkitSession::trust(const TrustAnchor* anchors, int count) {
+    VQTK_BINSTR* anchor = newString();
+    for (int i = 0; i < count; ++i) {
+        VQTK_BINSTR_SetData(reinterpret_cast<const unsigned char*>(anchors[i].base64),
+                            anchors[i].base64Length, anchor);
+        check(VQTK_BASE64_Decode(m_toolkit, anchor, anchor));
+        check(VQTK_CERT_AddTrustedCert(m_toolkit, anchor));
+    }
 }
 
-void ToolkitSession::raiseToolkitError() const {
+void ToolkitSession::check(int status) const {
+    if (status != VQTK_OK)
+        raise(VQXML_ERR_UNKNOWN);
+}
+
+void ToolkitSession::raise(int code, const std::string& prefix) const {
     char text[kErrorTextSize] = {};
     VQTK_API_GetErrInfo(m_toolkit, sizeof text, text);
-    // Byte strings have no handle to leave a text on.
-    throw VQXML_XSECException(VQXML_ERR_UNKNOWN,
-                              text[0] != '\0' ? text : "The toolkit gave no reason");
+    // Byte strings have no handle to leave a text on. Names in the toolkit's
+    // texts are EUC-KR.
+    const std::string message = prefix + (text[0] != '\0' ? text : "The toolkit gave no reason");
+    throw VQXML_XSECException(code, XMLT("EUC-KR", message.c_str()).c_str());
 }
 
 }  // namespace vqxml

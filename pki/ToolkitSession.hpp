@@ -3,7 +3,9 @@
 #define VQXML_PKI_TOOLKITSESSION_HPP
 
 #include <deque>
+#include <string>
 
+#include "pki/TrustAnchors.hpp"
 #include "toolkit/vqtk_toolkit.h"
 
 namespace vqxml {
@@ -21,12 +23,14 @@ public:
     VQTK_Toolkit* handle() const { return m_toolkit; }
     // A new empty string owned by the session.
     VQTK_BINSTR* newString();
+    // Adds the anchors (base64 DER) to the handle.
+    void trust(const TrustAnchor* anchors, int count);
     // Raises 12011 with the toolkit's last text when status is not 0.
     void check(int status) const;
+    // Raises code with prefix and the toolkit's last text (EUC-KR).
+    [[noreturn]] void raise(int code, const std::string& prefix = std::string()) const;
 
 private:
-    [[noreturn]] void raiseToolkitError() const;
-
     VQTK_Toolkit* m_toolkit = nullptr;
     std::deque<VQTK_BINSTR> m_strings;  // a deque keeps the strings' addresses
 };

@@ -1,7 +1,8 @@
 // Public root certificates of the Korean national (KISA) and government (GPKI)
 // PKIs, as published, byte for byte; their SHA-256 fingerprints are checked by
-// the tests. Their validity dates are not looked at here: KISA RootCA 1 expired
-// on 2025-08-24 and stays in for certificates checked at earlier times.
+// the tests. Verification checks their validity like any certificate's: KISA
+// RootCA 1 expired on 2025-08-24 and stays in, so that a certificate under it is
+// refused as expired rather than as of an unknown issuer.
 //
 // GPKIRootCA (2008; serial 48479209034CB66F1005525650458B7B; SHA-256 of DER
 // 4A072CFA8B4F0AC060C0DB6D31EBF32475DAA27D55773CD76D0F0ED5CF8F1BA4) belongs

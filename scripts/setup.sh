@@ -37,7 +37,17 @@ if [ -f "$PREFIX/lib/libxml-security-c.so.20" ] && [ -f "$FIXES_STAMP" ] && \
   exit 0
 fi
 
-echo "setup: building xml-security-c with Xalan into $PREFIX"
+# Its compiler warnings would fill the screen: everything goes to a log, and the
+# screen gets a line before, a line after, or the log's end when a step fails.
+log="$PREFIX.build.log"
+mkdir -p "$(dirname "$log")"
+: > "$log"
+echo "setup: building xml-security-c with Xalan into $PREFIX (a few minutes; log: $log)"
+failed() {
+  echo "setup: building xml-security-c failed ($1); the end of $log:" >&2
+  tail -n 30 "$log" >&2
+  exit 1
+}
 work="$(mktemp -d)"
 trap 'rm -rf "$work"' EXIT
 apt_dir="$work/apt"
@@ -48,10 +58,10 @@ echo "deb-src http://deb.debian.org/debian $codename main" > "$apt_dir/sources/s
 APT_OPTS=(-o Dir::Etc::SourceList="$apt_dir/empty.list"
           -o Dir::Etc::SourceParts="$apt_dir/sources"
           -o Dir::State::Lists="$apt_dir/lists")
-apt-get "${APT_OPTS[@]}" update -qq
-( cd "$work" && apt-get "${APT_OPTS[@]}" source -qq xml-security-c >/dev/null )
+apt-get "${APT_OPTS[@]}" update >>"$log" 2>&1 || failed "apt-get update"
+( cd "$work" && apt-get "${APT_OPTS[@]}" source xml-security-c ) >>"$log" 2>&1 || failed "apt-get source"
 src="$(find "$work" -maxdepth 1 -type d -name 'xml-security-c-*' | head -n1)"
-[ -n "$src" ] || { echo "setup: xml-security-c source not found" >&2; exit 1; }
+[ -n "$src" ] || failed "no source folder"
 # The inclusive canonicalizer looks for a namespace declaration on the nearest
 # output ancestor without checking that it is an element: when that ancestor is
 # the document (a node-set without the document element, as the national
@@ -59,23 +69,23 @@ src="$(find "$work" -maxdepth 1 -type d -name 'xml-security-c-*' | head -n1)"
 # dies. The library canonicalizes such node-sets itself; this keeps the
 # transforms still left to the engine from crashing on them.
 c14n="$src/xsec/canon/XSECC14n20010315.cpp"
-grep -q 'DOMNode \*pns = pmap->getNamedItem(a->getNodeName());' "$c14n" || {
-  echo "setup: xml-security-c source differs from the one the fixes were made for" >&2; exit 1; }
+grep -q 'DOMNode \*pns = pmap->getNamedItem(a->getNodeName());' "$c14n" ||
+  failed "the source differs from the one the fixes were made for"
 sed -i 's/DOMNode \*pns = pmap->getNamedItem(a->getNodeName());/DOMNode *pns = pmap != NULL ? pmap->getNamedItem(a->getNodeName()) : NULL;/' "$c14n"
 # The namespace expander frees the entries it made only when asked to undo them;
 # the parser transform (an XPath after octets) deletes it without that, so every
 # such transform leaked them. Its destructor frees what is left.
 expander="$src/xsec/utils/XSECNameSpaceExpander.cpp"
-grep -q '^XSECNameSpaceExpander::~XSECNameSpaceExpander() {$' "$expander" || {
-  echo "setup: xml-security-c source differs from the one the fixes were made for" >&2; exit 1; }
+grep -q '^XSECNameSpaceExpander::~XSECNameSpaceExpander() {$' "$expander" ||
+  failed "the source differs from the one the fixes were made for"
 sed -i 's/^XSECNameSpaceExpander::~XSECNameSpaceExpander() {$/&\n\tfor (NameSpaceEntryListVectorType::size_type i = 0; i < m_lst.size(); ++i)\n\t\tdelete m_lst[i];/' "$expander"
 (
   cd "$src"
-  ./configure --prefix="$PREFIX" --with-xalan=/usr --without-nss --disable-static >/dev/null
-  make -j"$(nproc)" >/dev/null
-  make install >/dev/null
-)
-grep -q '^#define XSEC_HAVE_XALAN' "$PREFIX/include/xsec/framework/XSECConfig.hpp" || {
-  echo "setup: xml-security-c was built without Xalan" >&2; exit 1; }
+  ./configure --prefix="$PREFIX" --with-xalan=/usr --without-nss --disable-static || exit 1
+  make -j"$(nproc)" || exit 1
+  make install
+) >>"$log" 2>&1 || failed "configure, make or make install"
+grep -q '^#define XSEC_HAVE_XALAN' "$PREFIX/include/xsec/framework/XSECConfig.hpp" ||
+  failed "built without Xalan"
 touch "$FIXES_STAMP"
-echo "setup: xml-security-c ready in $PREFIX"
+echo "setup: xml-security-c ready in $PREFIX ($(grep -c 'warning:' "$log" || true) compiler warnings in $log)"

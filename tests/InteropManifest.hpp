@@ -1,5 +1,5 @@
-// The shared interop samples and their manifest (one tab-separated row per
-// sample: path, kind, expected verdict, key source, algorithms, notes).
+// The interop samples (tests/data/interop) and their manifest (one tab-separated
+// row per sample: path, kind, expected verdict, key source, algorithms, notes).
 #ifndef VQXML_TESTS_INTEROPMANIFEST_HPP
 #define VQXML_TESTS_INTEROPMANIFEST_HPP
 
@@ -27,12 +27,16 @@ inline void PrintTo(const Row& row, std::ostream* os) {
 
 // The bytes of a sample, by its path inside the interop folder.
 inline std::string file(const std::string& relative) {
-    return testfiles::read(testfiles::sharedPath("interop/" + relative));
+    return testfiles::read(testfiles::dataPath("interop/" + relative));
 }
 
 // The manifest's rows of one kind ("dsig-verify", "xenc-decrypt", "ebxml-verify").
+// Without a manifest, one row naming it: the tests that walk the rows then fail
+// on reading it, saying which file is missing, rather than checking nothing.
 inline std::vector<Row> rows(const std::string& kind) {
-    std::ifstream in(testfiles::sharedPath("interop/MANIFEST.tsv"));
+    std::ifstream in(testfiles::dataPath("interop/MANIFEST.tsv"));
+    if (!in)
+        return {Row{"MANIFEST.tsv", kind, false, "", ""}};
     std::vector<Row> out;
     std::string line;
     std::getline(in, line);  // the column names

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 
 #include <sys/wait.h>
@@ -17,15 +18,19 @@ inline std::string dataPath(const std::string& relative) {
     return std::string(VQXML_TEST_DATA_DIR) + "/" + relative;
 }
 
-inline std::string sharedPath(const std::string& relative) {
-    return std::string(VQXML_SHARED_DIR) + "/" + relative;
-}
-
-inline std::string read(const std::string& path) {
+// The whole file, or "" when there is none (a peer's output it may not write).
+inline std::string readIfAny(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
     std::ostringstream out;
     out << in.rdbuf();
     return out.str();
+}
+
+// The whole file; a file that cannot be opened fails the test that asked, naming it.
+inline std::string read(const std::string& path) {
+    if (!std::ifstream(path))
+        throw std::runtime_error("cannot read " + path);
+    return readIfAny(path);
 }
 
 inline void write(const std::string& path, const std::string& bytes) {

@@ -1,4 +1,4 @@
-// The shared known-answer vector files (testdata/vectors): records of
+// The known-answer vector files (tests/data/vectors): records of
 // "name = hex or text" lines, each under a "# label" line, blank-line separated;
 // the file's first line names its source.
 #ifndef VQXML_TESTS_TESTVECTORS_HPP
@@ -76,9 +76,10 @@ inline std::string trimmed(const std::string& s) {
 }
 
 inline std::vector<Record> records(const std::string& fileName) {
-    std::ifstream in(testfiles::sharedPath("testdata/vectors/" + fileName));
+    const std::string path = testfiles::dataPath("vectors/" + fileName);
+    std::ifstream in(path);
     if (!in)
-        throw std::runtime_error("cannot open vector file " + fileName);
+        throw std::runtime_error("cannot read " + path);
     std::vector<Record> out;
     Record current;
     std::string line;

@@ -1,5 +1,5 @@
 // VQTK_CERT_Verify: strict reading of the inputs, then the path check that fits
-// the certificate's key.
+// the certificate's key; and which check refused.
 #include "toolkit/Certificates.hpp"
 #include "toolkit/KcdsaLeaf.hpp"
 
@@ -10,6 +10,7 @@ int VQTK_CERT_Verify(VQTK_Toolkit* handle, const VQTK_BINSTR* cert,
                      void* reserved4, void* reserved5) {
     return vqtk::guarded(handle, [&] {
         vqtk::require(handle, "The toolkit handle");
+        handle->refusal = VQTK_CHECK_NONE;
         vqtk::require(cert, "The certificate string");
         if (reserved3 != nullptr || reserved4 != nullptr || reserved5 != nullptr)
             vqtk::raise(VQTK_ERR_ARGUMENT,
@@ -27,6 +28,13 @@ int VQTK_CERT_Verify(VQTK_Toolkit* handle, const VQTK_BINSTR* cert,
             vqtk::verifyPath(request, leaf.get(), 0);
         return VQTK_OK;
     });
+}
+
+int VQTK_CERT_GetRefusal(VQTK_Toolkit* handle, int* check) {
+    if (handle == nullptr || check == nullptr)
+        return VQTK_ERR_ARGUMENT;
+    *check = handle->refusal;
+    return VQTK_OK;
 }
 
 }  // extern "C"

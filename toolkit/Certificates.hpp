@@ -1,4 +1,4 @@
-// Reading certificates for the toolkit: strict DER, names for texts, key kinds.
+// Reading certificates and CRLs for the toolkit: strict DER, names for texts, key kinds.
 #ifndef VQXML_TOOLKIT_CERTIFICATES_HPP
 #define VQXML_TOOLKIT_CERTIFICATES_HPP
 
@@ -14,7 +14,10 @@ X509Ptr parseCertificate(Bytes der, const std::string& what);
 // Zero or more DER certificates one after the other.
 X509StackPtr parseCertificateList(Bytes der, const std::string& what);
 
-// The subject in RFC 2253 form, non-ASCII bytes escaped.
+// Zero or more DER CRLs one after the other.
+X509CrlStackPtr parseCrlList(Bytes der, const std::string& what);
+
+// The subject in RFC 2253 form, in EUC-KR (see eucKrFromUtf8).
 std::string subjectOf(const X509* cert);
 
 // Whether the certificate's key is KCDSA, which OpenSSL cannot decode.

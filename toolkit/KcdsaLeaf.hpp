@@ -7,8 +7,8 @@
 namespace vqtk {
 
 // Finds the leaf's issuer among the anchors and the offered intermediates, checks
-// the leaf's signature with the issuer's key and the leaf's validity, then the
-// issuer's own path. KCDSA issuers are refused with VQTK_ERR_UNSUPPORTED.
+// the leaf's signature with the issuer's key, the leaf's validity and (with
+// revocation) its issuer's CRLs, then the issuer's own path. KCDSA issuers are refused with VQTK_ERR_UNSUPPORTED.
 void verifyKcdsaLeaf(const PathRequest& request, X509* leaf);
 
 }  // namespace vqtk

@@ -6,60 +6,37 @@
 
 namespace {
 
-// Which time errors the verification lets pass; hung on the store context.
-struct TimePolicy {
-    bool leafOnly;  // only the certificate under verification (depth 0) is timed
-    int depthBase;  // depth of the verification's target on the whole path
+// What the settings excuse; hung on the store context.
+struct Excuses {
+    bool leafTimeOnly;  // only the certificate under verification (depth 0) is timed
+    bool anchorTimed;   // the anchor's validity counts too
+    int depthBase;      // depth of the verification's target on the whole path
 };
 
 bool isTimeError(int error) {
     return error == X509_V_ERR_CERT_HAS_EXPIRED || error == X509_V_ERR_CERT_NOT_YET_VALID;
 }
 
-// Anchors are used as they are, whatever their dates: a time error on the top
-// of a built (hence trusted) path is let through, and so are those above the
-// leaf when only the leaf is timed.
-int applyTimePolicy(int ok, X509_STORE_CTX* ctx) {
-    if (ok || !isTimeError(X509_STORE_CTX_get_error(ctx)))
+// Time errors of certificates the settings do not time are let through: the
+// anchor's (the top of a built, hence trusted, path) unless anchors are timed,
+// and those above the leaf when only the leaf is. So is a missing CRL for any
+// certificate but the leaf, and for the anchor, which no CRL can revoke.
+int applyExcuses(int ok, X509_STORE_CTX* ctx) {
+    if (ok)
         return ok;
-    const auto* policy = static_cast<const TimePolicy*>(X509_STORE_CTX_get_app_data(ctx));
+    const auto* excuses = static_cast<const Excuses*>(X509_STORE_CTX_get_app_data(ctx));
+    const int error = X509_STORE_CTX_get_error(ctx);
     const int depth = X509_STORE_CTX_get_error_depth(ctx);
     const bool top = depth == sk_X509_num(X509_STORE_CTX_get0_chain(ctx)) - 1;
-    return top || (policy->leafOnly && policy->depthBase + depth > 0);
+    const bool aboveLeaf = excuses->depthBase + depth > 0;
+    if (isTimeError(error))
+        return (top && !excuses->anchorTimed) || (excuses->leafTimeOnly && aboveLeaf);
+    return error == X509_V_ERR_UNABLE_TO_GET_CRL && (top || aboveLeaf);
 }
 
 }  // namespace
 
 namespace vqtk {
-
-std::string refusalReason(int x509Error) {
-    switch (x509Error) {
-    case X509_V_ERR_CERT_HAS_EXPIRED:
-        return "expired";
-    case X509_V_ERR_CERT_NOT_YET_VALID:
-        return "not yet valid";
-    case X509_V_ERR_UNABLE_TO_GET_ISSUER_CERT:
-    case X509_V_ERR_UNABLE_TO_GET_ISSUER_CERT_LOCALLY:
-    case X509_V_ERR_SELF_SIGNED_CERT_IN_CHAIN:
-    case X509_V_ERR_DEPTH_ZERO_SELF_SIGNED_CERT:
-    case X509_V_ERR_UNABLE_TO_VERIFY_LEAF_SIGNATURE:
-        return "unknown issuer: the path does not lead to a trusted anchor";
-    case X509_V_ERR_CERT_SIGNATURE_FAILURE:
-        return "bad signature";
-    case X509_V_ERR_UNABLE_TO_DECRYPT_CERT_SIGNATURE:
-        return "bad signature (the signature cannot be decrypted with the issuer's key)";
-    case X509_V_ERR_INVALID_CA:
-        return "not a CA, yet it issued the certificate below it";
-    case X509_V_ERR_KEYUSAGE_NO_CERTSIGN:
-        return "not a CA: its key usage does not allow signing certificates";
-    case X509_V_ERR_PATH_LENGTH_EXCEEDED:
-        return "path too long for a CA's path length constraint";
-    case X509_V_ERR_UNABLE_TO_DECODE_ISSUER_PUBLIC_KEY:
-        return "the issuer's public key cannot be decoded (KCDSA issuers are not supported)";
-    default:
-        return X509_verify_cert_error_string(x509Error);
-    }
-}
 
 void refuseKcdsaIssuer(const PathRequest& request, const X509* cert) {
     for (STACK_OF(X509)* candidates : {request.toolkit->anchors, request.untrusted}) {
@@ -72,12 +49,6 @@ void refuseKcdsaIssuer(const PathRequest& request, const X509* cert) {
                           subjectOf(candidate) + "); KCDSA signatures cannot be verified here");
         }
     }
-}
-
-void refuse(const X509* cert, int depth, const std::string& reason) {
-    raise(VQTK_ERR_REFUSED, "Certificate refused at depth " + std::to_string(depth) + " (" +
-                                (cert != nullptr ? subjectOf(cert) : std::string("?")) +
-                                "): " + reason);
 }
 
 void verifyPath(const PathRequest& request, X509* target, int depth) {
@@ -96,16 +67,20 @@ void verifyPath(const PathRequest& request, X509* target, int depth) {
     unsigned long flags = X509_V_FLAG_PARTIAL_CHAIN;
     if (tk.pathMode == 2)
         flags |= X509_V_FLAG_X509_STRICT;
-    const bool timed = tk.timeMode == 2 || (tk.timeMode == 1 && depth == 0);
+    const bool timed = tk.timeMode >= 2 || (tk.timeMode == 1 && depth == 0);
     if (!timed)
         flags |= X509_V_FLAG_NO_CHECK_TIME;
+    if (tk.revocation == 1) {
+        flags |= X509_V_FLAG_CRL_CHECK | X509_V_FLAG_CRL_CHECK_ALL;
+        X509_STORE_CTX_set0_crls(ctx.get(), tk.crls);
+    }
     X509_VERIFY_PARAM* param = X509_STORE_CTX_get0_param(ctx.get());
     X509_VERIFY_PARAM_set_flags(param, flags);
     if (request.atTime != nullptr)
         X509_VERIFY_PARAM_set_time(param, static_cast<time_t>(*request.atTime));
-    TimePolicy policy{tk.timeMode == 1, depth};
-    X509_STORE_CTX_set_app_data(ctx.get(), &policy);
-    X509_STORE_CTX_set_verify_cb(ctx.get(), applyTimePolicy);
+    Excuses excuses{tk.timeMode == 1, tk.timeMode == 3, depth};
+    X509_STORE_CTX_set_app_data(ctx.get(), &excuses);
+    X509_STORE_CTX_set_verify_cb(ctx.get(), applyExcuses);
 
     const int result = X509_verify_cert(ctx.get());
     if (result == 1)
@@ -116,8 +91,7 @@ void verifyPath(const PathRequest& request, X509* target, int depth) {
     X509* failed = X509_STORE_CTX_get_current_cert(ctx.get());
     if (error == X509_V_ERR_UNABLE_TO_GET_ISSUER_CERT_LOCALLY && failed != nullptr)
         refuseKcdsaIssuer(request, failed);
-    refuse(failed,
-           depth + X509_STORE_CTX_get_error_depth(ctx.get()), refusalReason(error));
+    refuse(failed, depth + X509_STORE_CTX_get_error_depth(ctx.get()), error);
 }
 
 }  // namespace vqtk

@@ -3,9 +3,8 @@
 #define VQXML_TOOLKIT_PATHVERIFY_HPP
 
 #include <cstdint>
-#include <string>
 
-#include "toolkit/ToolkitInternal.hpp"
+#include "toolkit/Refusal.hpp"
 
 namespace vqtk {
 
@@ -17,19 +16,14 @@ struct PathRequest {
 
 // Verifies target with OpenSSL under the handle's settings. depth is target's
 // depth on the whole path (1 when target issued the certificate being checked),
-// used for the time mode and the texts. Raises VQTK_ERR_REFUSED with the reason.
+// used for the time mode, revocation and the texts. Raises VQTK_ERR_REFUSED with
+// the reason.
 void verifyPath(const PathRequest& request, X509* target, int depth);
 
 // Raises VQTK_ERR_UNSUPPORTED if cert's issuer, by name, is among the anchors or
 // the offered intermediates with a KCDSA key: OpenSSL cannot match such an issuer,
 // and the refusal should say why rather than blame an unknown issuer.
 void refuseKcdsaIssuer(const PathRequest& request, const X509* cert);
-
-// "Certificate refused at depth D (subject): reason".
-[[noreturn]] void refuse(const X509* cert, int depth, const std::string& reason);
-
-// The text for one of OpenSSL's X509_V_ERR codes.
-std::string refusalReason(int x509Error);
 
 }  // namespace vqtk
 

@@ -80,8 +80,12 @@ int VQTK_API_Init(VQTK_Toolkit** handle, const char* config) {
         vqxml::loadOpenSSLProviders();
         auto tk = std::make_unique<VQTK_Toolkit>();
         tk->anchors = sk_X509_new_null();
-        if (tk->anchors == nullptr)
+        tk->crls = sk_X509_CRL_new_null();
+        if (tk->anchors == nullptr || tk->crls == nullptr) {
+            sk_X509_free(tk->anchors);
+            sk_X509_CRL_free(tk->crls);
             return VQTK_ERR_MEMORY;
+        }
         *handle = tk.release();
         return VQTK_OK;
     } catch (const std::bad_alloc&) {
@@ -94,6 +98,7 @@ int VQTK_API_Finish(VQTK_Toolkit** handle) {
         return VQTK_ERR_ARGUMENT;
     if (*handle != nullptr) {
         sk_X509_pop_free((*handle)->anchors, X509_free);
+        sk_X509_CRL_pop_free((*handle)->crls, X509_CRL_free);
         delete *handle;
         *handle = nullptr;
     }

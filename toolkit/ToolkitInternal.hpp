@@ -19,21 +19,26 @@
 
 struct VQTK_Toolkit {
     STACK_OF(X509)* anchors = nullptr;
+    STACK_OF(X509_CRL)* crls = nullptr;
     int pathMode = 1;
     int timeMode = 2;
+    int revocation = 0;
+    int refusal = VQTK_CHECK_NONE;  // the check behind the last failure
     char error[VQTK_ERROR_TEXT_SIZE] = {};
 };
 
 namespace vqtk {
 
-// A failure deep inside an operation: the status and the text for the handle.
+// A failure deep inside an operation: the status, the text for the handle and,
+// for a refused certificate, the check that refused it.
 struct Failure {
     int status;
     std::string text;
+    int check = VQTK_CHECK_NONE;
 };
 
-[[noreturn]] inline void raise(int status, std::string text) {
-    throw Failure{status, std::move(text)};
+[[noreturn]] inline void raise(int status, std::string text, int check = VQTK_CHECK_NONE) {
+    throw Failure{status, std::move(text), check};
 }
 
 // Records text as the handle's last failure (if there is a handle) and returns status.
@@ -52,6 +57,8 @@ int guarded(VQTK_Toolkit* tk, Body&& body) noexcept {
         status = body();
     } catch (const Failure& f) {
         status = fail(tk, f.status, f.text);
+        if (tk != nullptr)
+            tk->refusal = f.check;
     } catch (const std::bad_alloc&) {
         status = fail(tk, VQTK_ERR_MEMORY, "Memory is exhausted");
     } catch (...) {
@@ -94,6 +101,11 @@ struct X509StackFree {
     void operator()(STACK_OF(X509) * s) const { sk_X509_pop_free(s, X509_free); }
 };
 using X509StackPtr = std::unique_ptr<STACK_OF(X509), X509StackFree>;
+
+struct X509CrlStackFree {
+    void operator()(STACK_OF(X509_CRL) * s) const { sk_X509_CRL_pop_free(s, X509_CRL_free); }
+};
+using X509CrlStackPtr = std::unique_ptr<STACK_OF(X509_CRL), X509CrlStackFree>;
 
 // An object identifier from its dotted text; raises VQTK_ERR_CRYPTO if OpenSSL cannot make it.
 ASN1ObjectPtr objectId(const char* dotted);

@@ -4,11 +4,12 @@
  *
  * Conventions
  *   - Every operation returns an int status: VQTK_OK (0) or one of VQTK_ERR_*.
- *   - A toolkit handle (VQTK_Toolkit) holds the trust anchors added to it, the
- *     verification settings and the text of its last failure. Operations that take
- *     a handle record a text on failure; read it with VQTK_API_GetErrInfo. The texts
- *     are plain ASCII English (and so valid EUC-KR); names taken from certificates
- *     are written in RFC 2253 form with every non-ASCII byte escaped.
+ *   - A toolkit handle (VQTK_Toolkit) holds the trust anchors and CRLs added to it,
+ *     the verification settings and the text of its last failure. Operations that
+ *     take a handle record a text on failure; read it with VQTK_API_GetErrInfo. The
+ *     texts are EUC-KR: English in ASCII, with names taken from certificates in
+ *     RFC 2253 form converted to EUC-KR, so that Korean names stay readable; a
+ *     character EUC-KR lacks is written as the \XX escapes of its UTF-8 bytes.
  *   - Handles are independent: different handles may be used on different threads
  *     at once; one handle is used by one thread at a time.
  *   - Byte buffers travel in VQTK_BINSTR. The toolkit always keeps its own copy;
@@ -36,6 +37,14 @@ extern "C" {
 #define VQTK_ERR_NOT_FOUND 7   /* the private key carries no identity-verification random */
 #define VQTK_ERR_CRYPTO 8      /* OpenSSL failed where it should not */
 #define VQTK_ERR_LIMIT 9       /* a bound below was exceeded */
+
+/* Which check refused a certificate (VQTK_CERT_GetRefusal). */
+#define VQTK_CHECK_NONE 0
+#define VQTK_CHECK_PATH 1        /* no path to an anchor: unknown issuer, untrusted self-signed */
+#define VQTK_CHECK_SIGNATURE 2   /* a signature on the path does not verify */
+#define VQTK_CHECK_VALIDITY 3    /* a certificate is outside its validity period */
+#define VQTK_CHECK_REVOCATION 4  /* revoked, or no usable CRL to tell (missing, stale, badly signed) */
+#define VQTK_CHECK_CONSTRAINTS 5 /* basic constraints, key usage, path length, critical extensions */
 
 /* Bounds, so that hostile input costs little. */
 #define VQTK_MAX_PBE_ITERATIONS 2000000  /* PBKDF1/PBKDF2 iteration count, inclusive */
@@ -98,8 +107,8 @@ int VQTK_BASE64_Encode(VQTK_Toolkit* handle, const VQTK_BINSTR* in, VQTK_BINSTR*
 /* Adds one trust anchor: the DER encoding of a certificate OpenSSL takes for a CA
  * (basic constraints CA:TRUE; or, lacking them, key usage keyCertSign or a
  * self-signed version 1 certificate). An anchor is trusted as it
- * is: its own signature and validity dates are not checked, and it need not be
- * self-signed (a path may end at an added intermediate). */
+ * is: its own signature is not checked, its validity dates only with time mode
+ * 3, and it need not be self-signed (a path may end at an added intermediate). */
 int VQTK_CERT_AddTrustedCert(VQTK_Toolkit* handle, const VQTK_BINSTR* der);
 
 /* Chooses what VQTK_CERT_Verify checks.
@@ -113,13 +122,22 @@ int VQTK_CERT_AddTrustedCert(VQTK_Toolkit* handle, const VQTK_BINSTR* der);
  *   timeMode:   0 = validity periods are not checked;
  *               1 = only the certificate's own validity period;
  *               2 = the validity period of every certificate on the path except
- *                   the anchor.
+ *                   the anchor;
+ *               3 = the validity period of every certificate on the path, the
+ *                   anchor included (an expired root refuses every path under it).
  *               The time is now, or the one given to VQTK_CERT_Verify.
- *   revocation: 0 = none. The toolkit has no online revocation (CRL or OCSP
- *               fetching); any other value gives VQTK_ERR_UNSUPPORTED.
+ *   revocation: 0 = none;
+ *               1 = against the CRLs added with VQTK_CERT_AddCRLs, nothing
+ *                   fetched: a current CRL of the certificate's issuer, signed by
+ *                   it, must be among them and must not list the certificate;
+ *                   every other certificate on the path except the anchor is
+ *                   checked the same way against its issuer's CRL when one was
+ *                   added (so an authority revocation list of the root covers
+ *                   the intermediates), and passes when none was.
+ *               Online revocation (CRL distribution points, OCSP) is not
+ *               available: any other value gives VQTK_ERR_UNSUPPORTED.
  *   reserved:   must be 0.
- * (1, 2, 0, 0) is the default and what the library uses. Bad values leave the
- * settings as they were. */
+ * (1, 2, 0, 0) is the default. Bad values leave the settings as they were. */
 int VQTK_CERT_SetVerifyEnv1(VQTK_Toolkit* handle, int pathMode, int timeMode, int revocation,
                             int reserved);
 
@@ -133,12 +151,25 @@ int VQTK_CERT_SetVerifyEnv1(VQTK_Toolkit* handle, int pathMode, int timeMode, in
  * 1.0.14888.3.0.2), which OpenSSL cannot decode, is checked as follows: its
  * signature with its issuer's key directly, its own validity, and the path of the
  * issuer as above. An issuer with a KCDSA key is refused with VQTK_ERR_UNSUPPORTED.
+ * With revocation 1 such a leaf is looked up in its issuer's CRLs as above.
  * A refusal is VQTK_ERR_REFUSED with a text naming the reason (expired, not yet
- * valid, unknown issuer, bad signature, not a CA, ...), the depth on the path
- * (0 = cert) and that certificate's subject. */
+ * valid, unknown issuer, bad signature, not a CA, revoked, ...), the depth on the
+ * path (0 = cert) and that certificate's subject; VQTK_CERT_GetRefusal tells
+ * which check it was. */
 int VQTK_CERT_Verify(VQTK_Toolkit* handle, const VQTK_BINSTR* cert,
                      const VQTK_BINSTR* intermediates, const int64_t* atTime, void* reserved3,
                      void* reserved4, void* reserved5);
+
+/* Adds CRLs for revocation setting 1: der holds one or more DER CRLs one after
+ * the other. Any malformed one gives VQTK_ERR_FORMAT and adds none. A CRL is not
+ * checked here: VQTK_CERT_Verify uses one only if its issuer signed it and it is
+ * current at the verification time. */
+int VQTK_CERT_AddCRLs(VQTK_Toolkit* handle, const VQTK_BINSTR* der);
+
+/* After VQTK_CERT_Verify returned VQTK_ERR_REFUSED, which check refused: one of
+ * VQTK_CHECK_*, until the next operation on the handle. VQTK_CHECK_NONE after a
+ * success or any other failure. */
+int VQTK_CERT_GetRefusal(VQTK_Toolkit* handle, int* check);
 
 /* ---- private keys ---- */
 

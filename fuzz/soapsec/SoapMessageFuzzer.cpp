@@ -20,8 +20,8 @@ struct Recipient {
 const std::vector<Recipient>& recipients() {
     static const std::vector<Recipient> all = {
         {fuzzdata::testFile("testpki/ee-rsa.crt.der"), fuzzdata::testFile("testpki/ee-rsa.key.der")},
-        {fuzzdata::sharedFile("interop/wss/keys/recipient-cert.der"),
-         fuzzdata::sharedFile("interop/wss/keys/recipient-key.pk8.der")},
+        {fuzzdata::testFile("interop/wss/keys/recipient-cert.der"),
+         fuzzdata::testFile("interop/wss/keys/recipient-key.pk8.der")},
     };
     return all;
 }

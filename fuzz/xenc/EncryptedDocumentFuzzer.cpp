@@ -18,7 +18,7 @@ struct Keys {
     std::string rsaCert = fuzzdata::testFile("testpki/ee-rsa.crt.der");
     std::string rsaKey = fuzzdata::testFile("testpki/ee-rsa.key.der");
     std::string keyWrapKey = "0123456789abcdefFEDCBA98";
-    std::string sessionKey = fuzzdata::sharedFile("interop/xenc/xmlsec-1.2.37/keys/test-des.bin");
+    std::string sessionKey = fuzzdata::testFile("interop/xenc/xmlsec-1.2.37/keys/test-des.bin");
 };
 
 // As a recipient would: each of the document's keys in turn (the first one is

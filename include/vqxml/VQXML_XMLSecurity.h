@@ -210,6 +210,10 @@ public:
     /* 0 if the DER certificate chains to one of the built-in roots; else 12011
      * and the reason in the error text. */
     int verifyCert(unsigned char* cert, int certLen);
+    /* Addition: VQTK_XMLDSIG_VerifySignerCert. The loaded signature's signer
+     * certificate with the other KeyInfo certificates and chain as intermediates,
+     * and crls, against the built-in roots. */
+    int verifySignerCert(unsigned char* chain, int chainLen, unsigned char* crls, int crlsLen);
     /* Decrypts a password-protected PKCS #8 key into m_priKeyInfo (the DER
      * PrivateKeyInfo and one zero byte after it); its length goes to *keyOutLen. */
     int decryptPriKey(char* password, unsigned char* key, int keyLen, int* keyOutLen);

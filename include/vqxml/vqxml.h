@@ -192,11 +192,59 @@ VQXML_EXPORT int VQTK_XMLENC_Decrypt(void* handle);
 
 /* Verifies a DER X.509 certificate against the built-in roots (KISA RootCA 4,
  * KISA RootCA 1, GPKIRootCA1): the path to a root, every signature, validity at
- * the current time, basic constraints and key usage of the CAs; no revocation.
- * The path is built from the certificate and the roots alone, so a certificate
- * chains only if a root issued it. 0 if accepted; 12011 with the reason
- * (expired, unknown issuer, bad signature, not a CA...) in the error text. */
+ * the current time of every certificate on the path, the root included (KISA
+ * RootCA 1 expired on 2025-08-24), basic constraints and key usage of the CAs; no
+ * revocation. The path is built from the certificate and the roots alone, so a
+ * certificate chains only if a root issued it. 0 if accepted; 12011 with the
+ * reason (expired, unknown issuer, bad signature, not a CA...) in the error text. */
 VQXML_EXPORT int VQTK_XMLAPI_VerifyCert(void* handle, unsigned char* cert, int certLen);
+
+/* Additions: certificate paths through intermediates, with CRLs.
+ *
+ * The two functions below verify a certificate as VQTK_XMLAPI_VerifyCert does,
+ * through intermediates the caller gives and, when CRLs are given, revocation.
+ * The path ends at a built-in root only; every certificate on it, the root
+ * included, must be valid now. Nothing is fetched: not the intermediates, not
+ * the CRLs (AIA and CRL distribution points are ignored), no OCSP.
+ *
+ * Inputs are DER or PEM, one item or several: DER items one after the other,
+ * PEM blocks ("CERTIFICATE", "X509 CRL"; text around them is skipped), or both.
+ * A NULL chain or CRL list, or a length of 0, gives none. Bounds: the certificate
+ * 64 KiB, the intermediates 1 MiB, the CRLs 64 MiB.
+ *
+ * Revocation, when CRLs are given: the certificate's issuer must have a CRL among
+ * them that it signed and that is current (nextUpdate not passed), and the
+ * certificate must not be on it; every intermediate is checked against its
+ * issuer's CRL when one is given (the root's authority revocation list covers the
+ * licensed CAs) and passes when none is. Roots are not checked for revocation.
+ *
+ * A refusal returns the check that failed, with the reason, the depth on the path
+ * (0 = the certificate) and that certificate's subject (Korean names in EUC-KR)
+ * in the error text, after "<check> check failed: ". */
+#define VQXML_ERR_CERT_PATH 12020        /* no path to a built-in root: unknown issuer, untrusted root */
+#define VQXML_ERR_CERT_SIGNATURE 12021   /* a signature on the path does not verify or cannot be checked */
+#define VQXML_ERR_CERT_VALIDITY 12022    /* a certificate on the path, the root included, is not valid now */
+#define VQXML_ERR_CERT_REVOKED 12023     /* revoked, or no usable CRL of its issuer (missing, stale, bad) */
+#define VQXML_ERR_CERT_CONSTRAINTS 12024 /* a CA's basic constraints, key usage or path length; a critical extension */
+#define VQXML_ERR_CERT_INPUT 12025       /* a certificate or CRL that cannot be read, or an input over its bound */
+#define VQXML_ERR_CERT_NONE 12026        /* the signature carries no certificate to verify */
+
+/* Addition. Verifies cert (DER or PEM) with the intermediates in chain and,
+ * when crlsLen > 0, the CRLs in crls. 0 if accepted, else one of the statuses
+ * above (a null cert gives 10102). */
+VQXML_EXPORT int VQTK_XMLAPI_VerifyCertChain(void* handle, unsigned char* cert, int certLen,
+                                             unsigned char* chain, int chainLen, unsigned char* crls,
+                                             int crlsLen);
+/* Addition. Verifies the signer's certificate of the signature loaded on the
+ * handle (the one VQTK_XMLDSIG_GetSignCert gives) with the other certificates
+ * its KeyInfo carries (X509Data, in any order) and those in chain as
+ * intermediates, and the CRLs in crls, as VQTK_XMLAPI_VerifyCertChain does. Call
+ * it after VQTK_XMLDSIG_Verify (or VQTK_EBXML_Verify): whether the signature is
+ * valid is Verify's answer, whether its signer is trusted this one's. 10200
+ * without a loaded signature; 12026 when the KeyInfo carries no certificate
+ * (a KeyName, a KeyValue or an HMAC signature). */
+VQXML_EXPORT int VQTK_XMLDSIG_VerifySignerCert(void* handle, unsigned char* chain, int chainLen,
+                                               unsigned char* crls, int crlsLen);
 /* Decrypts a password-protected PKCS #8 private key (pbeWithSHA1AndSEED-CBC, or
  * PBES2 with SEED-CBC or AES-CBC) and hands out the DER PrivateKeyInfo in *keyOut
  * (owned by the handle, with one zero byte after *keyOutLen bytes). *keyOut is

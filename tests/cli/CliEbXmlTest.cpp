@@ -38,9 +38,10 @@ TEST(CliEbXml, SignedPackageVerifiesAndAChangedAttachmentDoesNot) {
 }
 
 TEST(CliEbXml, PackagesSignedByXmlsec1VerifyUnlessTampered) {
-    const std::string dir = testfiles::sharedPath("interop/ebxml/");
+    const std::string dir = testfiles::dataPath("interop/ebxml/");
     EXPECT_EQ(vqxml({"ebxml-verify", "-q", dir + "ebms2-signed.mime"}).exitCode, 0);
     EXPECT_EQ(vqxml({"ebxml-verify", "-q", dir + "ebms2-tampered-header.mime"}).exitCode, 213);
+    EXPECT_EQ(vqxml({"ebxml-verify", "-q", "--trust", dir + "ebms2-signed.mime"}).exitCode, 220);
 }
 
 TEST(CliEbXml, NoPackageIsItsOwnStatus) {

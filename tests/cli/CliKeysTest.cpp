@@ -58,13 +58,24 @@ TEST(CliKeys, WrongPasswordIsRefusedWithTheLibrarysReason) {
 
 TEST(CliKeys, CertVerifyAcceptsAKisaRootAndRefusesTheTestPkiWithTheReason) {
     const std::string root = testfiles::scratch("root.der");
-    clitest::shell("base64 -d " + testfiles::sharedPath("testdata/roots/kisa_rootca4.b64") + " > " + root);
+    clitest::shell("base64 -d " + testfiles::dataPath("roots/kisa_rootca4.b64") + " > " + root);
     auto accepted = vqxml({"cert-verify", root});
     EXPECT_EQ(accepted.exitCode, 0) << accepted.err;
     auto refused = vqxml({"cert-verify", testpki("ee-rsa.crt.pem")});
     EXPECT_EQ(refused.exitCode, 211);
     EXPECT_TRUE(contains(refused.err, "vqxml cert-verify: verifyCert > ")) << refused.err;
     EXPECT_TRUE(contains(refused.err, "unknown issuer")) << refused.err;
+    // With intermediates and CRLs the exit code says which check refused.
+    auto chained = vqxml({"cert-verify", "--chain", testpki("ca-rsa.crt.der"), "--crl", testpki("ee-rsa.crt.der"),
+                          "--chain", root, testpki("ee-rsa.crt.pem")});
+    EXPECT_EQ(chained.exitCode, 225);
+    EXPECT_TRUE(contains(chained.err, "verifyCertChain > The CRLs (CRL 1) is not a well-formed")) << chained.err;
+    chained = vqxml({"cert-verify", "--chain", testpki("ca-rsa.crt.pem"), "--chain", root, testpki("ee-rsa.crt.der")});
+    EXPECT_EQ(chained.exitCode, 220);
+    EXPECT_TRUE(contains(chained.err, "path check failed: Certificate refused at depth 1 (CN=VQXML Test Root CA"))
+        << chained.err;
+    clitest::shell("base64 -d " + testfiles::dataPath("roots/kisa_rootca1.b64") + " > " + root);
+    EXPECT_EQ(vqxml({"cert-verify", "--chain", root, root}).exitCode, 222);
     unlink(root.c_str());
 }
 

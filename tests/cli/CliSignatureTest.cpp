@@ -24,6 +24,14 @@ TEST_F(CliSignature, RsaWithPemKeyThenVerify) {
     auto verify = vqxml({"verify", signedFile});
     EXPECT_EQ(verify.exitCode, 0) << verify.err;
     EXPECT_EQ(verify.out, "valid signature\ncertificate: 922 bytes\n");
+    // The signer's verdict beside the signature's: the test CA is no built-in root.
+    auto trust = vqxml({"verify", "--trust", "--chain", testpki("ca-rsa.crt.pem"), signedFile});
+    EXPECT_EQ(trust.exitCode, 220);
+    EXPECT_EQ(trust.out, "valid signature\ncertificate: 922 bytes\nuntrusted signer (status 12020)\n");
+    EXPECT_TRUE(contains(trust.err, "verifySignerCert > path check failed: Certificate refused at depth 1 "
+                                    "(CN=VQXML Test Root CA"))
+        << trust.err;
+    EXPECT_EQ(vqxml({"verify", "--crl", testpki("ca-rsa.crt.pem"), signedFile}).exitCode, 64);
 }
 
 TEST_F(CliSignature, KcdsaWithEncryptedNpkiKeyThenVerifyGivesTheSignerAndContent) {

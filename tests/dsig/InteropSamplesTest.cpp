@@ -71,7 +71,7 @@ bool listed(const char* const (&names)[N], const std::string& path) {
 
 TEST(InteropSamples, VerifyAsTheManifestSays) {
     const std::vector<Sample> samples = dsigSamples();
-    ASSERT_GT(samples.size(), 15u) << "manifest not found or changed";
+    ASSERT_GT(samples.size(), 15u) << testfiles::dataPath("interop/MANIFEST.tsv") << " not found or changed";
     int checked = 0;
     for (const Sample& s : samples) {
         const std::string text = interop::file(s.path);

@@ -18,7 +18,7 @@ using interop::file;
 
 TEST(EbXmlInterop, XmlsecPackagesVerifyAsTheManifestSays) {
     const std::vector<interop::Row> rows = interop::rows("ebxml-verify");
-    ASSERT_GE(rows.size(), 5u) << "manifest not found or changed";
+    ASSERT_GE(rows.size(), 5u) << testfiles::dataPath("interop/MANIFEST.tsv") << " not found or changed";
     for (const interop::Row& row : rows) {
         std::string why;
         const int rc = verify(file(row.path), &why);

@@ -59,7 +59,7 @@ TEST(MimeHostileInput, EveryPrefixOfARealPackage) {
     const std::string mail = testfiles::read(mimetest::DataPath("nested-alternative.eml"));
     for (size_t n = 0; n <= mail.size(); n += 3)
         LoadEverywhere(mail.substr(0, n));
-    const std::string ebxml = testfiles::read(testfiles::sharedPath("interop/ebxml/ebms2-signed-b64attachment.mime"));
+    const std::string ebxml = testfiles::read(testfiles::dataPath("interop/ebxml/ebms2-signed-b64attachment.mime"));
     for (size_t n = 0; n <= ebxml.size(); n += 97)
         LoadEverywhere(ebxml.substr(0, n));
 }

@@ -63,11 +63,23 @@ TEST(TrustAnchors, AreSelfSignedKoreanCaCertificatesNamedAsListed) {
     }
 }
 
-TEST(TrustAnchors, EachRootPassesTheLibrarysCertificateCheck) {
+// Anchors are checked like any certificate: a root passes while its own dates
+// say it is valid, and KISA RootCA 1 (to 2025-08-24) no longer does.
+TEST(TrustAnchors, EachRootPassesTheLibrarysCertificateCheckWhileItIsValid) {
     ScopedHandle h;
     for (int i = 0; i < vqxml::kTrustAnchorCount; ++i) {
         ByteVector der = decodedAnchor(i);
-        EXPECT_EQ(VQTK_XMLAPI_VerifyCert(h, der.data(), static_cast<int>(der.size())), VQXML_OK)
+        const unsigned char* p = der.data();
+        std::unique_ptr<X509, decltype(&X509_free)> cert(d2i_X509(nullptr, &p, static_cast<long>(der.size())),
+                                                         X509_free);
+        ASSERT_TRUE(cert);
+        const bool valid = X509_cmp_current_time(X509_get0_notAfter(cert.get())) > 0;
+        EXPECT_EQ(valid, std::string(vqxml::kTrustAnchors[i].name) != "KISA RootCA 1");
+        EXPECT_EQ(VQTK_XMLAPI_VerifyCert(h, der.data(), static_cast<int>(der.size())),
+                  valid ? VQXML_OK : VQXML_ERR_UNKNOWN)
+            << vqxml::kTrustAnchors[i].name << ": " << apitest::errorText(h);
+        EXPECT_EQ(VQTK_XMLAPI_VerifyCertChain(h, der.data(), static_cast<int>(der.size()), nullptr, 0, nullptr, 0),
+                  valid ? VQXML_OK : VQXML_ERR_CERT_VALIDITY)
             << vqxml::kTrustAnchors[i].name << ": " << apitest::errorText(h);
     }
 }

@@ -4,7 +4,7 @@
 set -euo pipefail
 here="$(cd "$(dirname "$0")" && pwd)"
 out="$here/../data/toolkit"
-vectors="$here/../../../shared/testdata/vectors"
+vectors="$here/../data/vectors"
 rm -rf "$out"
 mkdir -p "$out"
 bash "$here/make_test_pki.sh" "$out"
@@ -12,4 +12,5 @@ bash "$here/make_test_pki.sh" "$out"
     "$out/leaf.der" "$vectors/kcdsa.txt" "$out"
 /usr/bin/python3 "$here/make_npki_keys.py" "$out/leaf.key" "$out" \
     "$vectors/pbe_seed_sha1.txt" "$vectors/kcdsa.txt"
+bash "$here/make_crls.sh" "$out"
 rm -rf "$here/__pycache__"

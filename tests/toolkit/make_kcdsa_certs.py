@@ -9,7 +9,7 @@
                           before it would look at it
   rsa_under_kcdsa.der     the same for an RSA end-entity key (the test leaf's)
 
-The KCDSA public key (p, q, g, y) is that of the shared KCDSA test vectors.
+The KCDSA public key (p, q, g, y) is that of the KCDSA test vectors (tests/data/vectors).
 
 usage: make_kcdsa_certs.py INTERMEDIATE_DER INTERMEDIATE_KEY_PEM LEAF_DER KCDSA_VECTORS OUTPUT_DIR
 """

@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # Makes the small RSA test PKI of the toolkit tests with the openssl CLI:
-#   root.der           self-signed CA "vqxml Test Root"
+#   root.der, root.key self-signed CA "vqxml Test Root", its PKCS #8 key (PEM)
 #   intermediate.der   CA under root
 #   leaf.der, leaf.key end-entity certificate under intermediate, its PKCS #8 key (PEM)
 #   leaf_expired.der   under intermediate, valid 2001-2002 only
+#   leaf_revoked.der   under intermediate (make_crls.sh revokes it)
 #   not_ca.der         end-entity certificate (CA:FALSE) under intermediate ...
 #   under_not_ca.der   ... that nevertheless "issued" this one
 #   intermediate.key   the intermediate's key (signs the KCDSA test certificates)
@@ -69,9 +70,11 @@ issue intermediate "/C=KR/O=vqxml test/CN=vqxml Test Intermediate" root ca_ext
 issue leaf "/C=KR/O=vqxml test/CN=vqxml Test Leaf" intermediate leaf_ext
 issue leaf_expired "/C=KR/O=vqxml test/CN=vqxml Expired Leaf" intermediate leaf_ext \
     20010101000000Z 20020101000000Z
+issue leaf_revoked "/C=KR/O=vqxml test/CN=vqxml Revoked Leaf" intermediate leaf_ext
 issue not_ca "/C=KR/O=vqxml test/CN=vqxml Not A CA" intermediate leaf_ext
 issue under_not_ca "/C=KR/O=vqxml test/CN=vqxml Under Not A CA" not_ca leaf_ext
 issue other_root "/C=KR/O=vqxml other/CN=vqxml Other Root" self ca_ext
 
+openssl pkcs8 -topk8 -nocrypt -in "$work/root.key" -out "$out/root.key"
 openssl pkcs8 -topk8 -nocrypt -in "$work/leaf.key" -out "$out/leaf.key"
 openssl pkcs8 -topk8 -nocrypt -in "$work/intermediate.key" -out "$out/intermediate.key"
