@@ -3,8 +3,11 @@
 #define VQXML_BENCH_DSIG_XMLSECSIGNER_HPP
 
 #include <string>
+#include <vector>
 
 #include <libxml/tree.h>
+#include <xmlsec/keys.h>
+#include <xmlsec/transforms.h>
 #include <xmlsec/xmlsec.h>
 
 namespace xmlsecbench {
@@ -20,14 +23,42 @@ inline const xmlSecByte* bytes(const std::string& s) {
 xmlDocPtr parse(const std::string& text);
 std::string dump(xmlDocPtr doc);
 
-// Signs like the library does: Signature before TaxInvoiceDocument (or at the end
-// of the root), exclusive C14N, RSA-SHA256, one Reference URI="" with the XPath
-// transform "not(ancestor-or-self::ds:Signature)", the certificate in X509Data.
-// Parses text and returns the serialised result.
-std::string signEnveloped(const std::string& text, const std::string& keyDer, const std::string& certDer);
+// An RSA key read once, as a service keeps its key: each signature context gets
+// a copy of it (libxmlsec1 frees the key of a context with the context).
+class SignatureKey {
+public:
+    // The private key (PKCS #8 DER) with its certificate (DER), which signing
+    // writes into X509Data.
+    static SignatureKey signer(const std::string& keyDer, const std::string& certDer);
+    // The public key of a certificate (DER), for verifying.
+    static SignatureKey verifier(const std::string& certDer);
+    SignatureKey(SignatureKey&& other) noexcept;
+    SignatureKey& operator=(SignatureKey&&) = delete;
+    ~SignatureKey();
+    xmlSecKeyPtr copy() const;
 
-// Verifies with the signer's certificate; true if valid.
-bool verify(const std::string& text, const std::string& certDer);
+private:
+    explicit SignatureKey(xmlSecKeyPtr key);
+    xmlSecKeyPtr m_key;
+};
+
+// How a signature reads the document: the canonicalization of SignedInfo, and the
+// Reference's transforms in order (an XPath transform takes `xpath`, with the
+// prefix ds bound on the Signature element).
+struct Recipe {
+    xmlSecTransformId signedInfoC14n;
+    std::vector<xmlSecTransformId> transforms;
+    std::string xpath;
+};
+
+// Signs like the library does: ds:Signature before TaxInvoiceDocument (or at the
+// end of the root), RSA-SHA256, one Reference URI="" with SHA-256 and the recipe's
+// transforms, the certificate in X509Data. Parses text and returns the serialised
+// result.
+std::string signEnveloped(const std::string& text, const Recipe& recipe, const SignatureKey& signer);
+
+// Verifies the document's first Signature with the key; true if valid.
+bool verify(const std::string& text, const SignatureKey& verifier);
 
 }  // namespace xmlsecbench
 
