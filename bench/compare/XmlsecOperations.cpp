@@ -19,11 +19,12 @@ const xmlsecbench::SignatureKey& signerKey() {
 class XmlsecSign : public Operation {
 public:
     XmlsecSign(const Recipe& recipe, bool enveloped, const std::string& input)
-        : recipe_(xmlsecRecipe(recipe, enveloped)), input_(input) {}
-    void run() override { xmlsecbench::signEnveloped(input_, recipe_, signerKey()); }
+        : recipe_(xmlsecRecipe(recipe, enveloped)), key_(signerKey()), input_(input) {}
+    void run() override { xmlsecbench::signEnveloped(input_, recipe_, key_); }
 
 private:
     xmlsecbench::Recipe recipe_;
+    const xmlsecbench::SignatureKey& key_;
     const std::string& input_;
 };
 

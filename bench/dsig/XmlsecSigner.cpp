@@ -3,10 +3,12 @@
 #include <functional>
 #include <mutex>
 #include <stdexcept>
+#include <utility>
 
 #include <libxml/parser.h>
 #include <libxml/tree.h>
 #include <openssl/x509.h>
+#include <xmlsec/base64.h>
 #include <xmlsec/crypto.h>
 #include <xmlsec/openssl/evp.h>
 #include <xmlsec/templates.h>
@@ -69,12 +71,14 @@ void start() {
     });
 }
 
-SignatureKey::SignatureKey(xmlSecKeyPtr key) : m_key(key) {
+SignatureKey::SignatureKey(xmlSecKeyPtr key, std::string certificate)
+    : m_key(key), m_certificate(std::move(certificate)) {
     if (m_key == nullptr)
         throw std::runtime_error("xmlsec could not load the key");
 }
 
-SignatureKey::SignatureKey(SignatureKey&& other) noexcept : m_key(other.m_key) {
+SignatureKey::SignatureKey(SignatureKey&& other) noexcept
+    : m_key(other.m_key), m_certificate(std::move(other.m_certificate)) {
     other.m_key = nullptr;
 }
 
@@ -85,18 +89,16 @@ SignatureKey::~SignatureKey() {
 
 SignatureKey SignatureKey::signer(const std::string& keyDer, const std::string& certDer) {
     start();
-    xmlSecKeyPtr key =
-        xmlSecCryptoAppKeyLoadMemory(bytes(keyDer), keyDer.size(), xmlSecKeyDataFormatDer, nullptr, nullptr, nullptr);
-    if (key != nullptr &&
-        xmlSecCryptoAppKeyCertLoadMemory(key, bytes(certDer), certDer.size(), xmlSecKeyDataFormatDer) < 0) {
-        xmlSecKeyDestroy(key);
-        key = nullptr;
-    }
-    return SignatureKey(key);
+    xmlChar* base64 = xmlSecBase64Encode(bytes(certDer), certDer.size(), 0);
+    const std::string certificate = base64 != nullptr ? reinterpret_cast<const char*>(base64) : "";
+    xmlFree(base64);
+    if (certificate.empty())
+        throw std::runtime_error("xmlsec could not encode the certificate");
+    return SignatureKey(
+        xmlSecCryptoAppKeyLoadMemory(bytes(keyDer), keyDer.size(), xmlSecKeyDataFormatDer, nullptr, nullptr, nullptr),
+        certificate);
 }
 
-// Only the public key: a copy of a key with its certificate would copy the
-// certificate too, which verifying with a known key does not need.
 SignatureKey SignatureKey::verifier(const std::string& certDer) {
     start();
     const unsigned char* der = bytes(certDer);
@@ -113,7 +115,7 @@ SignatureKey SignatureKey::verifier(const std::string& certDer) {
             xmlSecKeyDestroy(key);
         key = nullptr;
     }
-    return SignatureKey(key);
+    return SignatureKey(key, "");
 }
 
 xmlSecKeyPtr SignatureKey::copy() const {
@@ -135,7 +137,10 @@ std::string signEnveloped(const std::string& text, const Recipe& recipe, const S
         if (id == xmlSecTransformXPathId)
             xmlSecTmplTransformAddXPath(transform, BAD_CAST recipe.xpath.c_str(), nullptr);
     }
-    xmlSecTmplX509DataAddCertificate(xmlSecTmplKeyInfoAddX509Data(xmlSecTmplSignatureEnsureKeyInfo(sig, nullptr)));
+    // The key carries no certificate, so libxmlsec1 leaves this one as it is.
+    xmlNodePtr cert =
+        xmlSecTmplX509DataAddCertificate(xmlSecTmplKeyInfoAddX509Data(xmlSecTmplSignatureEnsureKeyInfo(sig, nullptr)));
+    xmlNodeSetContent(cert, BAD_CAST signer.certificate().c_str());
 
     const bool ok = runContext(signer.copy(), [sig](xmlSecDSigCtxPtr ctx) { return xmlSecDSigCtxSign(ctx, sig) >= 0; });
     std::string out = ok ? dump(doc) : std::string();

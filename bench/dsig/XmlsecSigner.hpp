@@ -24,11 +24,13 @@ xmlDocPtr parse(const std::string& text);
 std::string dump(xmlDocPtr doc);
 
 // An RSA key read once, as a service keeps its key: each signature context gets
-// a copy of it (libxmlsec1 frees the key of a context with the context).
+// a copy of it (libxmlsec1 frees the key of a context with the context). The key
+// holds no certificate: copying one (X509_dup decodes it again) would cost more
+// than a tenth of a small signature; the signer's certificate is kept as base64
+// text for the template instead.
 class SignatureKey {
 public:
-    // The private key (PKCS #8 DER) with its certificate (DER), which signing
-    // writes into X509Data.
+    // The private key (PKCS #8 DER) and its certificate (DER).
     static SignatureKey signer(const std::string& keyDer, const std::string& certDer);
     // The public key of a certificate (DER), for verifying.
     static SignatureKey verifier(const std::string& certDer);
@@ -36,10 +38,13 @@ public:
     SignatureKey& operator=(SignatureKey&&) = delete;
     ~SignatureKey();
     xmlSecKeyPtr copy() const;
+    // The signer's certificate in base64, for X509Certificate; empty for a verifier.
+    const std::string& certificate() const { return m_certificate; }
 
 private:
-    explicit SignatureKey(xmlSecKeyPtr key);
+    SignatureKey(xmlSecKeyPtr key, std::string certificate);
     xmlSecKeyPtr m_key;
+    std::string m_certificate;
 };
 
 // How a signature reads the document: the canonicalization of SignedInfo, and the
