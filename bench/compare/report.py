@@ -6,6 +6,7 @@ Usage: report.py SPEED_JSON MEMORY_TSV > docs/performance.md
 import csv
 import json
 import os
+import statistics
 import sys
 
 SIZES = ["kec", "kec99", "2k", "100k", "1m", "10m"]
@@ -31,20 +32,38 @@ def is_signature(kind):
 
 
 def load_speed(path):
+    """Seconds of CPU time per operation by benchmark name (the median of its
+    repetitions), how far apart its repetitions were (slowest over fastest), and
+    the bytes of each size's unsigned document."""
     with open(path) as f:
         data = json.load(f)
-    times = {}  # name -> seconds per operation
-    document_bytes = {}  # size -> bytes of the unsigned document
+    runs = {}  # name -> seconds per operation, one a repetition
+    document_bytes = {}
     for b in data["benchmarks"]:
-        if b.get("error_occurred"):
+        if b.get("error_occurred") or b.get("run_type") == "aggregate":
             continue
         scale = {"ns": 1e-9, "us": 1e-6, "ms": 1e-3, "s": 1.0}[b.get("time_unit", "ns")]
-        # "kind/impl/size/iterations:1" for the runs bounded to one iteration
-        parts = [p for p in b["name"].split("/") if not p.startswith("iterations:")]
-        times["/".join(parts)] = b["real_time"] * scale
+        # Google Benchmark appends "iterations:1/repeats:1" for the runs bounded to
+        # one iteration and "process_time" for those timed by the process's CPU time.
+        parts = [p for p in b["name"].split("/")
+                 if not p.startswith("iterations:") and not p.startswith("repeats:") and p != "process_time"]
+        runs.setdefault("/".join(parts), []).append(b["cpu_time"] * scale)
         if parts[0] != "floor" and "document_bytes" in b:
             document_bytes[parts[-1]] = b["document_bytes"]
-    return data["context"], times, document_bytes
+    times = {name: statistics.median(seconds) for name, seconds in runs.items()}
+    spread = {name: max(seconds) / min(seconds) for name, seconds in runs.items() if len(seconds) > 1}
+    return data["context"], times, spread, document_bytes
+
+
+def variation(spread):
+    """A sentence on how far apart the repetitions of the rows were."""
+    if not spread:
+        return "Each row was run once."
+    counts = sorted(spread.values())
+    worst = max(spread, key=spread.get)
+    return ("Each row is the median of its repetitions, interleaved at random with the other rows; the "
+            f"slowest repetition of a row took {100 * (statistics.median(counts) - 1):.0f} % longer than its "
+            f"fastest at the median of the rows, {100 * (counts[-1] - 1):.0f} % at the most (`{worst}`).")
 
 
 def load_memory(path):
@@ -185,13 +204,11 @@ class Report:
 
 
 def main():
-    context, times, document_bytes = load_speed(sys.argv[1])
+    context, times, spread, document_bytes = load_speed(sys.argv[1])
     report = Report(times, load_memory(sys.argv[2]), document_bytes)
-    kinds = []
-    for name in times:
-        kind = name.split("/")[0]
-        if kind != "floor" and kind not in kinds:
-            kinds.append(kind)
+    # The rows come in random order: the kinds go in TITLES' order, any other after.
+    measured = [name.split("/")[0] for name in times if not name.startswith("floor/")]
+    kinds = [k for k in TITLES if k in measured] + sorted(set(measured) - set(TITLES))
     out = [
         "# Performance",
         "",
@@ -211,12 +228,13 @@ def main():
         "",
         f"Machine: {context.get('num_cpus')} CPUs at {context.get('mhz_per_cpu')} MHz, "
         f"load average {', '.join(f'{x:.2f}' for x in context.get('load_avg', []))} at the start; "
-        f"{context.get('date')}. The machine is shared with other work: rates move by up to a third from",
-        "run to run, so compare within a run. At 2 KB the memory an operation adds (about 1 MB) is close to",
-        "what the allocator keeps anyway.",
+        f"{context.get('date')}. The machine is shared with other work. {variation(spread)}",
+        "Compare within a run. At 2 KB the memory an operation adds (about 1 MB) is close to what the",
+        "allocator keeps anyway.",
         "",
-        "- **ops/s**: operations per second (wall clock). **ours/theirs**: vqxml's ops/s over libxmlsec1's",
-        "  told the same recipe (above 1: vqxml is faster).",
+        "- **ops/s**: operations per second of the process's CPU time (all its threads; on a shared",
+        "  machine wall-clock time also counts the waits for a core). **ours/theirs**: vqxml's ops/s over",
+        "  libxmlsec1's told the same recipe (above 1: vqxml is faster).",
         "- **libxmlsec1 enveloped**: libxmlsec1 with the enveloped-signature transform in place of the",
         "  XPath (first, then the recipe's canonicalization transform if it has one): its best",
         "  configuration for a signature over the whole document, though not the same digest input as",

@@ -29,7 +29,11 @@ trap 'rm -rf "$work"' EXIT
 
 echo "speed: $bench" >&2
 # A warm-up keeps the first benchmark of the run from paying for a cold process.
+# Three repetitions of each row, interleaved at random with the other rows, so
+# that a busy spell of the shared machine does not fall on one row alone; the
+# report takes the median and says how far the repetitions were apart.
 "$bench" --benchmark_filter="$filter" --benchmark_min_warmup_time=0.5 \
+    --benchmark_repetitions=3 --benchmark_enable_random_interleaving=true \
     --benchmark_out="$results/speed.json" --benchmark_out_format=json >&2
 
 # Operations per memory run: enough to reach the steady peak, few where slow.
