@@ -92,11 +92,11 @@ private:
 
 }  // namespace
 
-std::unique_ptr<Operation> makeFloorOperation(const std::string& kind, const Inputs& inputs) {
+std::unique_ptr<Operation> makeFloorOperation(const std::string& kind, const std::string& input) {
     if (kind == "rsa-sign" || kind == "rsa-verify")
         return std::make_unique<RsaOperation>(kind == "rsa-sign");
     if (kind == "sha256-c14n")
-        return std::make_unique<CanonicalDigest>(inputs.document);
+        return std::make_unique<CanonicalDigest>(input);
     return nullptr;
 }
 

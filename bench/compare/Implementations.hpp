@@ -3,16 +3,19 @@
 #define VQXML_BENCH_COMPARE_IMPLEMENTATIONS_HPP
 
 #include "compare/Operations.hpp"
+#include "compare/Recipes.hpp"
 
 namespace compare {
 
-std::unique_ptr<Operation> makeVqxmlOperation(const std::string& kind, const Inputs& inputs);
-std::unique_ptr<Operation> makeXmlsecOperation(const std::string& kind, const Inputs& inputs);
-std::unique_ptr<Operation> makeFloorOperation(const std::string& kind, const Inputs& inputs);
+std::unique_ptr<Operation> makeVqxmlOperation(const std::string& kind, const std::string& input);
+std::unique_ptr<Operation> makeXmlsecOperation(const std::string& kind, bool enveloped, const std::string& input);
+std::unique_ptr<Operation> makeFloorOperation(const std::string& kind, const std::string& input);
 
-// The document signed (enveloped, RSA-SHA256, exclusive C14N) or encrypted by vqxml.
-std::string vqxmlSigned(const std::string& document);
+// The document signed with a recipe or encrypted (Triple DES, RSA-OAEP) by vqxml,
+// or signed by libxmlsec1.
+std::string vqxmlSigned(const Recipe& recipe, const std::string& document);
 std::string vqxmlEncrypted(const std::string& document);
+std::string xmlsecSigned(const Recipe& recipe, bool enveloped, const std::string& document);
 
 }  // namespace compare
 

@@ -1,6 +1,7 @@
 #include "compare/Operations.hpp"
 
 #include "compare/Implementations.hpp"
+#include "compare/Recipes.hpp"
 #include "support/BenchDocuments.hpp"
 
 namespace compare {
@@ -10,21 +11,27 @@ const Keys& keys() {
     return k;
 }
 
-std::unique_ptr<Operation> makeOperation(const std::string& impl, const std::string& kind, const Inputs& inputs) {
-    if (impl == "vqxml")
-        return makeVqxmlOperation(kind, inputs);
-    if (impl == "xmlsec")
-        return makeXmlsecOperation(kind, inputs);
-    if (impl == "openssl")
-        return makeFloorOperation(kind, inputs);
-    return nullptr;
+std::vector<std::string> kinds() {
+    std::vector<std::string> out;
+    for (const Recipe& recipe : recipes()) {
+        out.push_back(recipe.name + "-sign");
+        out.push_back(recipe.name + "-verify");
+    }
+    out.push_back("encrypt");
+    out.push_back("decrypt");
+    return out;
 }
 
-std::vector<std::string> sizeLabels() {
-    return {"2k", "100k", "1m", "10m"};
+std::vector<std::string> sizesOf(const std::string& kind) {
+    const Recipe* recipe = recipeOfKind(kind);
+    return recipe != nullptr ? recipe->sizes : std::vector<std::string>{"2k", "100k", "1m", "10m"};
 }
 
 std::string documentOfSize(const std::string& label) {
+    if (label == "kec")
+        return benchdata::kecInvoice(1);
+    if (label == "kec99")
+        return benchdata::kecInvoice(99);
     if (label == "100k")
         return benchdata::largeInvoice(100 << 10);
     if (label == "1m")
@@ -34,12 +41,53 @@ std::string documentOfSize(const std::string& label) {
     return benchdata::invoice();
 }
 
-Inputs makeInputs(const std::string& label) {
-    Inputs inputs;
-    inputs.document = documentOfSize(label);
-    inputs.signedDocument = vqxmlSigned(inputs.document);
-    inputs.encryptedDocument = vqxmlEncrypted(inputs.document);
-    return inputs;
+std::vector<std::string> implementationsOf(const std::string& kind) {
+    const Recipe* recipe = recipeOfKind(kind);
+    if (recipe == nullptr)
+        return {"vqxml", "xmlsec"};
+    if (!isSigning(kind) && !recipe->sameCanonicalForm)
+        return {"vqxml", "xmlsec", "xmlsec-enveloped", "vqxml-of-xmlsec"};
+    return {"vqxml", "xmlsec", "xmlsec-enveloped"};
+}
+
+bool quadratic(const std::string& impl, const std::string& kind) {
+    return impl == "xmlsec" && recipeOfKind(kind) != nullptr;
+}
+
+std::string inputName(const std::string& impl, const std::string& kind) {
+    const Recipe* recipe = recipeOfKind(kind);
+    if (kind == "decrypt")
+        return "encrypted";
+    if (recipe == nullptr || isSigning(kind))
+        return "document";
+    if (impl == "xmlsec-enveloped")
+        return recipe->name + ".xmlsec-enveloped";
+    const bool xmlsecSigned = impl == "vqxml-of-xmlsec" || (impl == "xmlsec" && !recipe->sameCanonicalForm);
+    return recipe->name + (xmlsecSigned ? ".xmlsec" : ".vqxml");
+}
+
+std::string makeInput(const std::string& name, const std::string& size) {
+    const std::string document = documentOfSize(size);
+    if (name == "document")
+        return document;
+    if (name == "encrypted")
+        return vqxmlEncrypted(document);
+    const size_t dot = name.find('.');
+    const Recipe& recipe = recipeNamed(name.substr(0, dot));
+    const std::string signer = name.substr(dot + 1);
+    if (signer == "vqxml")
+        return vqxmlSigned(recipe, document);
+    return xmlsecSigned(recipe, signer == "xmlsec-enveloped", document);
+}
+
+std::unique_ptr<Operation> makeOperation(const std::string& impl, const std::string& kind, const std::string& input) {
+    if (impl == "vqxml" || impl == "vqxml-of-xmlsec")
+        return makeVqxmlOperation(kind, input);
+    if (impl == "xmlsec" || impl == "xmlsec-enveloped")
+        return makeXmlsecOperation(kind, impl == "xmlsec-enveloped", input);
+    if (impl == "openssl")
+        return makeFloorOperation(kind, input);
+    return nullptr;
 }
 
 }  // namespace compare

@@ -1,7 +1,6 @@
-// The operations compared: one kind of work on one document, ready to run again
-// and again, through vqxml's C interface, through libxmlsec1, or (the floor)
-// through OpenSSL alone. The Google Benchmark program and the memory driver
-// share them.
+// The operations compared: one kind of work on one input, ready to run again and
+// again, through vqxml's C interface, through libxmlsec1, or (the floor) through
+// OpenSSL alone. The Google Benchmark program and the memory driver share them.
 #ifndef VQXML_BENCH_COMPARE_OPERATIONS_HPP
 #define VQXML_BENCH_COMPARE_OPERATIONS_HPP
 
@@ -25,34 +24,36 @@ public:
     virtual void run() = 0;
 };
 
-// What an operation works on: the plain document and, for verification and
-// decryption, the document signed or encrypted once beforehand by vqxml.
-struct Inputs {
-    std::string document;
-    std::string signedDocument;
-    std::string encryptedDocument;
-};
-
-// impl: "vqxml", "xmlsec" or "openssl"; kind: "sign", "verify", "encrypt", "decrypt"
-// ("openssl": "rsa-sign", "rsa-verify", "sha256-c14n"). nullptr if the pair does
-// not exist.
-std::unique_ptr<Operation> makeOperation(const std::string& impl, const std::string& kind, const Inputs& inputs);
-
-// The kinds this build has, in report order.
+// The kinds, in report order: RECIPE-sign and RECIPE-verify for each signature
+// recipe (Recipes.hpp), then "encrypt" and "decrypt".
 std::vector<std::string> kinds();
 
-// Whether a kind goes through the enveloped signature's XPath transform.
-inline bool usesXPath(const std::string& kind) {
-    return kind == "sign" || kind == "verify";
-}
-
-// Document sizes by label: "2k" is the sample tax invoice itself, the others the
-// invoice grown with line items to 100 KB, 1 MB, 10 MB.
-std::vector<std::string> sizeLabels();
+// The document sizes a kind is measured at: "2k" is the tax invoice of
+// tests/data/dsig, "100k", "1m", "10m" that invoice grown with line items; "kec"
+// is the public KEC sample invoice, "kec99" the same with 99 line items.
+std::vector<std::string> sizesOf(const std::string& kind);
 std::string documentOfSize(const std::string& label);
 
-// The inputs for a size, with the signed and encrypted forms made by vqxml.
-Inputs makeInputs(const std::string& label);
+// The implementations of a kind: "vqxml", "xmlsec" (libxmlsec1 told the same
+// recipe) and, for signatures, "xmlsec-enveloped" (libxmlsec1 with the
+// enveloped-signature transform in place of the XPath) and, where libxmlsec1
+// verifies only its own signatures, "vqxml-of-xmlsec" (vqxml verifying those).
+std::vector<std::string> implementationsOf(const std::string& kind);
+
+// Whether the implementation evaluates the XPath with libxmlsec1, whose cost grows
+// with the square of the document.
+bool quadratic(const std::string& impl, const std::string& kind);
+
+// What an operation works on: "document", "encrypted" (by vqxml), or a signed
+// document "RECIPE.SIGNER" (SIGNER "vqxml", "xmlsec" or "xmlsec-enveloped").
+std::string inputName(const std::string& impl, const std::string& kind);
+// That input at a size, made from the document.
+std::string makeInput(const std::string& name, const std::string& size);
+
+// impl: one of implementationsOf(kind), or "openssl" with kind "rsa-sign",
+// "rsa-verify" or "sha256-c14n" (the floor); input: inputName's, kept by the
+// caller for the operation's lifetime. nullptr if the pair does not exist.
+std::unique_ptr<Operation> makeOperation(const std::string& impl, const std::string& kind, const std::string& input);
 
 }  // namespace compare
 

@@ -1,7 +1,11 @@
 // The operations through vqxml's C interface. Each run starts from the input's
 // bytes with a fresh handle and ends with the result's bytes, as an application
-// would; one extra handle keeps the engines started across runs.
+// would; one extra handle keeps the engines started across runs. The key and the
+// certificate go in as bytes on every signature, as the interface has it (the
+// library keeps the parsed key).
+#include <functional>
 #include <stdexcept>
+#include <utility>
 
 #include "support/BenchDocuments.hpp"
 #include "compare/Implementations.hpp"
@@ -38,12 +42,12 @@ private:
     void* h_ = nullptr;
 };
 
-std::string sign(const std::string& doc) {
+std::string sign(const Recipe& recipe, const std::string& doc) {
     Handle h;
     check(VQTK_XMLDSIG_SetXMLDocument(h.get(), chars(doc), size(doc)), "load");
-    check(VQTK_XMLDSIG_SignatureMethod(h.get(), 5, 3), "choose RSA-SHA256");
-    check(VQTK_XMLDSIG_createReference(h.get(), nullptr, 3, 0,
-                                       const_cast<char*>("not(ancestor-or-self::ds:Signature)")),
+    check(VQTK_XMLDSIG_SignatureMethod(h.get(), 5, recipe.signedInfoC14n), "choose RSA-SHA256");
+    check(VQTK_XMLDSIG_createReference(h.get(), const_cast<char*>(""), 3, recipe.referenceC14n,
+                                       const_cast<char*>(recipe.xpath)),
           "add the reference");
     const Keys& k = keys();
     check(VQTK_XMLDSIG_SetSigner(h.get(), bytes(k.certDer), size(k.certDer), bytes(k.keyDer), size(k.keyDer)),
@@ -82,41 +86,40 @@ std::string decrypt(const std::string& encryptedDoc) {
     return h.result();
 }
 
+using Work = std::function<std::string(const std::string&)>;
+
 class VqxmlOperation : public Operation {
 public:
-    VqxmlOperation(std::string (*work)(const std::string&), const std::string& input) : work_(work), input_(input) {}
+    VqxmlOperation(Work work, const std::string& input) : work_(std::move(work)), input_(input) {}
     void run() override { work_(input_); }
 
 private:
     Handle engines_;
-    std::string (*work_)(const std::string&);
+    Work work_;
     const std::string& input_;
 };
 
 }  // namespace
 
-std::vector<std::string> kinds() {
-    return {"sign", "verify", "encrypt", "decrypt"};
-}
-
-std::string vqxmlSigned(const std::string& document) {
-    return sign(document);
+std::string vqxmlSigned(const Recipe& recipe, const std::string& document) {
+    return sign(recipe, document);
 }
 
 std::string vqxmlEncrypted(const std::string& document) {
     return encrypt(document);
 }
 
-std::unique_ptr<Operation> makeVqxmlOperation(const std::string& kind, const Inputs& inputs) {
-    if (kind == "sign")
-        return std::make_unique<VqxmlOperation>(sign, inputs.document);
-    if (kind == "verify")
-        return std::make_unique<VqxmlOperation>(verify, inputs.signedDocument);
-    if (kind == "encrypt")
-        return std::make_unique<VqxmlOperation>(encrypt, inputs.document);
-    if (kind == "decrypt")
-        return std::make_unique<VqxmlOperation>(decrypt, inputs.encryptedDocument);
-    return nullptr;
+std::unique_ptr<Operation> makeVqxmlOperation(const std::string& kind, const std::string& input) {
+    Work work;
+    if (const Recipe* recipe = recipeOfKind(kind))
+        work = isSigning(kind) ? Work([recipe](const std::string& doc) { return sign(*recipe, doc); }) : Work(verify);
+    else if (kind == "encrypt")
+        work = encrypt;
+    else if (kind == "decrypt")
+        work = decrypt;
+    else
+        return nullptr;
+    return std::make_unique<VqxmlOperation>(std::move(work), input);
 }
 
 }  // namespace compare

@@ -1,11 +1,16 @@
 #include "dsig/XmlsecSigner.hpp"
 
+#include <functional>
 #include <mutex>
 #include <stdexcept>
+#include <utility>
 
 #include <libxml/parser.h>
 #include <libxml/tree.h>
+#include <openssl/x509.h>
+#include <xmlsec/base64.h>
 #include <xmlsec/crypto.h>
+#include <xmlsec/openssl/evp.h>
 #include <xmlsec/templates.h>
 #include <xmlsec/xmldsig.h>
 #include <xmlsec/xmlsec.h>
@@ -39,6 +44,22 @@ xmlNodePtr childNamed(xmlNodePtr parent, const char* name) {
     return nullptr;
 }
 
+// Runs work on a signature context that owns key; frees both.
+bool runContext(xmlSecKeyPtr key, const std::function<bool(xmlSecDSigCtxPtr)>& work) {
+    xmlSecDSigCtxPtr ctx = xmlSecDSigCtxCreate(nullptr);
+    bool ok = false;
+    if (ctx != nullptr && key != nullptr) {
+        ctx->signKey = key;
+        key = nullptr;
+        ok = work(ctx);
+    }
+    if (key != nullptr)
+        xmlSecKeyDestroy(key);
+    if (ctx != nullptr)
+        xmlSecDSigCtxDestroy(ctx);
+    return ok;
+}
+
 }  // namespace
 
 void start() {
@@ -50,46 +71,91 @@ void start() {
     });
 }
 
-std::string signEnveloped(const std::string& text, const std::string& keyDer, const std::string& certDer) {
+SignatureKey::SignatureKey(xmlSecKeyPtr key, std::string certificate)
+    : m_key(key), m_certificate(std::move(certificate)) {
+    if (m_key == nullptr)
+        throw std::runtime_error("xmlsec could not load the key");
+}
+
+SignatureKey::SignatureKey(SignatureKey&& other) noexcept
+    : m_key(other.m_key), m_certificate(std::move(other.m_certificate)) {
+    other.m_key = nullptr;
+}
+
+SignatureKey::~SignatureKey() {
+    if (m_key != nullptr)
+        xmlSecKeyDestroy(m_key);
+}
+
+SignatureKey SignatureKey::signer(const std::string& keyDer, const std::string& certDer) {
+    start();
+    xmlChar* base64 = xmlSecBase64Encode(bytes(certDer), certDer.size(), 0);
+    const std::string certificate = base64 != nullptr ? reinterpret_cast<const char*>(base64) : "";
+    xmlFree(base64);
+    if (certificate.empty())
+        throw std::runtime_error("xmlsec could not encode the certificate");
+    return SignatureKey(
+        xmlSecCryptoAppKeyLoadMemory(bytes(keyDer), keyDer.size(), xmlSecKeyDataFormatDer, nullptr, nullptr, nullptr),
+        certificate);
+}
+
+SignatureKey SignatureKey::verifier(const std::string& certDer) {
+    start();
+    const unsigned char* der = bytes(certDer);
+    X509* cert = d2i_X509(nullptr, &der, static_cast<long>(certDer.size()));
+    EVP_PKEY* publicKey = cert != nullptr ? X509_get_pubkey(cert) : nullptr;
+    X509_free(cert);
+    xmlSecKeyDataPtr value = publicKey != nullptr ? xmlSecOpenSSLEvpKeyAdopt(publicKey) : nullptr;
+    if (value == nullptr)
+        EVP_PKEY_free(publicKey);
+    xmlSecKeyPtr key = value != nullptr ? xmlSecKeyCreate() : nullptr;
+    if (key == nullptr || xmlSecKeySetValue(key, value) < 0) {
+        xmlSecKeyDataDestroy(value);
+        if (key != nullptr)
+            xmlSecKeyDestroy(key);
+        key = nullptr;
+    }
+    return SignatureKey(key, "");
+}
+
+xmlSecKeyPtr SignatureKey::copy() const {
+    return xmlSecKeyDuplicate(m_key);
+}
+
+std::string signEnveloped(const std::string& text, const Recipe& recipe, const SignatureKey& signer) {
     xmlDocPtr doc = parse(text);
     xmlNodePtr root = xmlDocGetRootElement(doc);
-    xmlNodePtr sig = xmlSecTmplSignatureCreate(doc, xmlSecTransformExclC14NId, xmlSecTransformRsaSha256Id, nullptr);
+    xmlNodePtr sig = xmlSecTmplSignatureCreateNsPref(doc, recipe.signedInfoC14n, xmlSecTransformRsaSha256Id, nullptr,
+                                                     BAD_CAST "ds");
     if (xmlNodePtr anchor = childNamed(root, "TaxInvoiceDocument"))
         xmlAddPrevSibling(anchor, sig);
     else
         xmlAddChild(root, sig);
     xmlNodePtr ref = xmlSecTmplSignatureAddReference(sig, xmlSecTransformSha256Id, nullptr, BAD_CAST "", nullptr);
-    xmlNodePtr xpath = xmlSecTmplReferenceAddTransform(ref, xmlSecTransformXPathId);
-    const xmlChar* namespaces[] = {BAD_CAST "ds", BAD_CAST "http://www.w3.org/2000/09/xmldsig#", nullptr};
-    xmlSecTmplTransformAddXPath(xpath, BAD_CAST "not(ancestor-or-self::ds:Signature)", namespaces);
-    xmlNodePtr x509 = xmlSecTmplKeyInfoAddX509Data(xmlSecTmplSignatureEnsureKeyInfo(sig, nullptr));
-    xmlSecTmplX509DataAddCertificate(x509);
-
-    xmlSecDSigCtxPtr ctx = xmlSecDSigCtxCreate(nullptr);
-    ctx->signKey = xmlSecCryptoAppKeyLoadMemory(bytes(keyDer), keyDer.size(), xmlSecKeyDataFormatDer, nullptr,
-                                                nullptr, nullptr);
-    if (ctx->signKey == nullptr ||
-        xmlSecCryptoAppKeyCertLoadMemory(ctx->signKey, bytes(certDer), certDer.size(), xmlSecKeyDataFormatDer) < 0 ||
-        xmlSecDSigCtxSign(ctx, sig) < 0) {
-        xmlSecDSigCtxDestroy(ctx);
-        xmlFreeDoc(doc);
-        throw std::runtime_error("xmlsec could not sign");
+    for (xmlSecTransformId id : recipe.transforms) {
+        xmlNodePtr transform = xmlSecTmplReferenceAddTransform(ref, id);
+        if (id == xmlSecTransformXPathId)
+            xmlSecTmplTransformAddXPath(transform, BAD_CAST recipe.xpath.c_str(), nullptr);
     }
-    std::string out = dump(doc);
-    xmlSecDSigCtxDestroy(ctx);
+    // The key carries no certificate, so libxmlsec1 leaves this one as it is.
+    xmlNodePtr cert =
+        xmlSecTmplX509DataAddCertificate(xmlSecTmplKeyInfoAddX509Data(xmlSecTmplSignatureEnsureKeyInfo(sig, nullptr)));
+    xmlNodeSetContent(cert, BAD_CAST signer.certificate().c_str());
+
+    const bool ok = runContext(signer.copy(), [sig](xmlSecDSigCtxPtr ctx) { return xmlSecDSigCtxSign(ctx, sig) >= 0; });
+    std::string out = ok ? dump(doc) : std::string();
     xmlFreeDoc(doc);
+    if (!ok)
+        throw std::runtime_error("xmlsec could not sign");
     return out;
 }
 
-bool verify(const std::string& text, const std::string& certDer) {
+bool verify(const std::string& text, const SignatureKey& verifier) {
     xmlDocPtr doc = parse(text);
     xmlNodePtr sig = xmlSecFindNode(xmlDocGetRootElement(doc), xmlSecNodeSignature, xmlSecDSigNs);
-    xmlSecDSigCtxPtr ctx = xmlSecDSigCtxCreate(nullptr);
-    ctx->signKey = xmlSecCryptoAppKeyLoadMemory(bytes(certDer), certDer.size(), xmlSecKeyDataFormatCertDer, nullptr,
-                                                nullptr, nullptr);
-    bool ok = sig != nullptr && ctx->signKey != nullptr && xmlSecDSigCtxVerify(ctx, sig) >= 0 &&
-              ctx->status == xmlSecDSigStatusSucceeded;
-    xmlSecDSigCtxDestroy(ctx);
+    const bool ok = sig != nullptr && runContext(verifier.copy(), [sig](xmlSecDSigCtxPtr ctx) {
+        return xmlSecDSigCtxVerify(ctx, sig) >= 0 && ctx->status == xmlSecDSigStatusSucceeded;
+    });
     xmlFreeDoc(doc);
     return ok;
 }

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "tests/CBuffers.hpp"
+#include "tests/dsig/KecLineItems.hpp"
 
 namespace benchdata {
 
@@ -37,6 +38,12 @@ inline std::string largeInvoice(size_t bytes) {
     while (out.size() < bytes)
         out += item;
     return out + base.substr(close);
+}
+
+// The public KEC sample tax invoice (about 3.6 KB), or the same with `items` line items.
+inline std::string kecInvoice(int items) {
+    static const std::string sample = read("taxinvoice/kec-sample-unsigned.xml");
+    return items == 1 ? sample : kecinvoice::withLineItems(sample, items);
 }
 
 inline const std::string& signerCert() {
