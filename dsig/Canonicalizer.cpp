@@ -282,17 +282,22 @@ private:
         m_lastWritten.push();
         m_pendingXml.push();
 
+        m_declared.push();
+        m_viewWritten.push();
+        ScopedMap<const XMLCh*>& declared = m_how.exclusiveView ? m_declared : m_inScope;
         const DOMNamedNodeMap* attributes = e->getAttributes();
         const XMLSize_t count = attributes != nullptr ? attributes->getLength() : 0;
         std::vector<const DOMAttr*> plain;
         for (XMLSize_t i = 0; i < count; ++i) {
             const auto* a = static_cast<const DOMAttr*>(attributes->item(i));
             if (XMLString::equals(a->getNamespaceURI(), kXmlnsNamespace))
-                m_inScope.set(XMLString::equals(a->getLocalName(), kXmlnsName) ? kEmpty : a->getLocalName(),
-                              orEmpty(a->getValue()));
+                declared.set(XMLString::equals(a->getLocalName(), kXmlnsName) ? kEmpty : a->getLocalName(),
+                             orEmpty(a->getValue()));
             else
                 plain.push_back(a);
         }
+        if (m_how.exclusiveView)
+            declareAsExclusive(e, plain);
         std::vector<const DOMAttr*> written = attributesToWrite(e, shown, plain);
         Declarations declarations;
         if (m_how.exclusive)
@@ -341,11 +346,35 @@ private:
             m_out.push_back('>');
             flushIfFull();
         }
+        m_viewWritten.pop();
+        m_declared.pop();
         m_pendingXml.pop();
         m_lastWritten.pop();
         m_rendering.pop();
         m_inScope.pop();
         m_selection.leave();
+    }
+
+    // The namespaces Exclusive C14N of the whole tree would declare on e (those
+    // its name and attributes use, and the view's PrefixList, where they differ
+    // from what it wrote above), as e's declarations.
+    void declareAsExclusive(const DOMElement* e, const std::vector<const DOMAttr*>& attributes) {
+        std::vector<const XMLCh*> utilized{orEmpty(e->getPrefix())};
+        for (const DOMAttr* a : attributes)
+            if (a->getPrefix() != nullptr && *a->getPrefix() != 0 && !XMLString::equals(a->getPrefix(), kXml))
+                utilized.push_back(a->getPrefix());
+        for (const XString& p : *m_how.exclusiveView)
+            utilized.push_back(p.c_str());
+        for (const XMLCh* prefix : utilized) {
+            const XMLCh* const* bound = m_declared.find(prefix);
+            const XMLCh* uri = bound != nullptr ? *bound : kEmpty;
+            const XMLCh* const* before = m_viewWritten.find(prefix);
+            const XMLCh* last = before != nullptr ? *before : kEmpty;
+            if (same(last, uri) || (*prefix != 0 && *uri == 0))
+                continue;
+            m_viewWritten.set(prefix, uri);
+            m_inScope.set(prefix, uri);
+        }
     }
 
     static const XMLCh* localName(const DOMAttr* a) {
@@ -496,6 +525,8 @@ private:
     RenderingTable m_rendering;             // inclusive, Santuario's form
     ScopedMap<const XMLCh*> m_lastWritten;  // inclusive literal form and exclusive
     ScopedMap<const DOMAttr*> m_pendingXml; // xml: attributes of left-out ancestors
+    ScopedMap<const XMLCh*> m_declared;     // the tree's own declarations, under an exclusive view
+    ScopedMap<const XMLCh*> m_viewWritten;  // what the exclusive view has declared above
 };
 
 }  // namespace

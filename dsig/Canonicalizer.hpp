@@ -18,6 +18,7 @@
 #define VQXML_DSIG_CANONICALIZER_HPP
 
 #include <cstddef>
+#include <optional>
 #include <vector>
 
 #include "core/Transcode.hpp"
@@ -32,6 +33,10 @@ struct CanonicalOptions {
     bool comments = false;
     std::vector<XString> inclusivePrefixes;  // exclusive only; "" stands for #default
     OrphanForm orphans = OrphanForm::Santuario;
+    // The tree as Exclusive C14N of all of it, with this PrefixList, would have
+    // written it: each element declaring only the namespaces that writes there
+    // (what parsing that output gives, without parsing it).
+    std::optional<std::vector<XString>> exclusiveView;
 };
 
 class ByteSink {

@@ -141,31 +141,32 @@ public:
             return false;
         needNodes();
         m_holdsOctets = true;
-        // Inclusive C14N of a whole tree no transform has filtered parses back
-        // into the same tree, as far as the transforms here can tell (the same
-        // elements, attributes, namespace nodes, text and processing
-        // instructions; comments only if kept): such octets are written only if
+        // C14N of a whole tree no transform has filtered parses back into the
+        // same tree, as far as the transforms here can tell (the same elements,
+        // attributes, text and processing instructions; comments only if kept;
+        // under exclusive C14N, only the namespace declarations it writes, which
+        // the tree is then seen through): such octets are written only if
         // nothing needs the tree again.
-        if (!how.exclusive && m_root == m_doc && m_filters.empty()) {
+        if (m_root == m_doc && m_filters.empty() && (!how.exclusive || !m_view)) {
             m_deferred = how;
             return true;
         }
         Octets octets;
-        m_formsDiffer = canonicalize(m_root, m_selection, how, octets) || m_formsDiffer;
+        m_formsDiffer = canonicalize(m_root, m_selection, viewed(how), octets) || m_formsDiffer;
         m_octets = std::move(octets.text);
         return true;
     }
 
     std::vector<unsigned char> digest(Hash& hash) {
         if (m_deferred) {
-            m_formsDiffer = canonicalize(m_root, m_selection, *m_deferred, hash) || m_formsDiffer;
+            m_formsDiffer = canonicalize(m_root, m_selection, viewed(*m_deferred), hash) || m_formsDiffer;
         } else if (m_holdsOctets) {
             hash.write(m_octets.data(), m_octets.size());
         } else {
             CanonicalOptions how;
             how.comments = true;  // the node-set says whether comments are in it
             how.orphans = m_form;
-            m_formsDiffer = canonicalize(m_root, m_selection, how, hash) || m_formsDiffer;
+            m_formsDiffer = canonicalize(m_root, m_selection, viewed(how), hash) || m_formsDiffer;
         }
         return hash.finish();
     }
@@ -173,6 +174,11 @@ public:
     bool formsDiffer() const { return m_formsDiffer; }
 
 private:
+    CanonicalOptions viewed(CanonicalOptions how) const {
+        how.exclusiveView = m_view;
+        return how;
+    }
+
     bool startNodes(const DOMDocument* doc, const DOMNode* root, const DOMElement* apex, bool comments) {
         m_doc = doc;
         m_root = root;
@@ -195,6 +201,8 @@ private:
         m_selection = Intersection();
         if (m_deferred) {
             const bool comments = m_comments && m_deferred->comments;
+            if (m_deferred->exclusive)
+                m_view = m_deferred->inclusivePrefixes;
             m_deferred.reset();
             startNodes(m_doc, m_doc, nullptr, comments);
             return;
@@ -207,6 +215,7 @@ private:
                                 "The octets of a transform do not parse into the nodes the next transform needs");
         m_octets.clear();
         m_filters.clear();
+        m_view.reset();
         startNodes(parsed, parsed, nullptr, true);
         m_parsed.push_back(std::move(owned));
     }
@@ -263,6 +272,7 @@ private:
     std::string m_octets;
     bool m_holdsOctets = false;
     std::optional<CanonicalOptions> m_deferred;  // octets not written yet (see apply)
+    std::optional<std::vector<XString>> m_view;  // the tree as an exclusive C14N skipped over would have it
     bool m_formsDiffer = false;
     std::vector<std::unique_ptr<DOMDocument, DocumentRelease>> m_parsed;
 };

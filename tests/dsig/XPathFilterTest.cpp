@@ -21,7 +21,7 @@ const char kExcC14n[] = "http://www.w3.org/2001/10/xml-exc-c14n#";
 struct Case {
     const char* name;
     const char* expression;
-    bool c14nFirst;        // a C14N transform before the XPath (re-parsed), else exclusive C14N after it
+    const char* before;    // a canonicalization before the XPath (its output re-parsed), else exclusive C14N after it
     const char* kept;      // text in a node the expression keeps: changed, the signature must fail
     const char* leftOut;   // text in a node it leaves out: changed, the signature still holds ("" for none)
     int reading;           // VQTK_XMLDSIG_GetCanonicalReading after verifying
@@ -40,12 +40,12 @@ std::string templateFor(const Case& c) {
     const std::string xpath = std::string("<ds:Transform Algorithm=\"http://www.w3.org/TR/1999/REC-xpath-19991116\">") +
                               "<ds:XPath xmlns:t=\"urn:kr:or:kec:standard:Tax:ReusableAggregateBusinessInformationEntitySchemaModule:1:0\">" +
                               c.expression + "</ds:XPath></ds:Transform>";
-    const std::string c14n = std::string("<ds:Transform Algorithm=\"") + (c.c14nFirst ? kC14n : kExcC14n) + "\"/>";
+    const std::string c14n = std::string("<ds:Transform Algorithm=\"") + (c.before ? c.before : kExcC14n) + "\"/>";
     const std::string signature =
         std::string("<ds:Signature xmlns:ds=\"http://www.w3.org/2000/09/xmldsig#\"><ds:SignedInfo>") +
         "<ds:CanonicalizationMethod Algorithm=\"" + kC14n + "\"/>" +
         "<ds:SignatureMethod Algorithm=\"http://www.w3.org/2001/04/xmldsig-more#rsa-sha256\"/>" +
-        "<ds:Reference URI=\"\"><ds:Transforms>" + (c.c14nFirst ? c14n + xpath : xpath + c14n) + "</ds:Transforms>" +
+        "<ds:Reference URI=\"\"><ds:Transforms>" + (c.before ? c14n + xpath : xpath + c14n) + "</ds:Transforms>" +
         "<ds:DigestMethod Algorithm=\"http://www.w3.org/2001/04/xmlenc#sha256\"/><ds:DigestValue/>" +
         "</ds:Reference></ds:SignedInfo><ds:SignatureValue/><ds:KeyInfo><ds:X509Data>" +
         "<ds:X509Certificate/></ds:X509Data></ds:KeyInfo></ds:Signature>";
@@ -88,28 +88,34 @@ constexpr int kLiteral = VQXML_READING_LITERAL;
 INSTANTIATE_TEST_SUITE_P(
     Expressions, XPathFilter,
     testing::Values(
-        Case{"enveloped", "not(ancestor-or-self::ds:Signature)", false, "1100000", "", kPlain},
+        Case{"enveloped", "not(ancestor-or-self::ds:Signature)", nullptr, "1100000", "", kPlain},
         Case{"tax_invoice_recipe",
              "not(self::*[name() = 'TaxInvoice'] | ancestor-or-self::*[name() = 'ExchangedDocument'] | "
              "ancestor-or-self::ds:Signature)",
-             true, "1100000", "20261122103000", kLiteral},
+             kC14n, "1100000", "20261122103000", kLiteral},
+        // Exclusive C14N first: the re-parsed invoice no longer declares the unused xsi.
+        Case{"exclusive_first", "not(ancestor-or-self::ds:Signature)", kExcC14n, "1100000", "", kPlain},
+        Case{"exclusive_first_recipe",
+             "not(self::*[name() = 'TaxInvoice'] | ancestor-or-self::*[name() = 'ExchangedDocument'] | "
+             "ancestor-or-self::ds:Signature)",
+             kExcC14n, "1100000", "20261122103000", kLiteral},
         Case{"names_and_union_xpath_first",
              "not(self::*[local-name()='ExchangedDocument'] | ancestor::t:ExchangedDocument | "
              "ancestor-or-self::*[namespace-uri()='http://www.w3.org/2000/09/xmldsig#'])",
-             false, "<TypeCode>0101", "20261122103000", kPlain},
-        Case{"attribute_test", "not(ancestor-or-self::*[@kind='memo'] | ancestor-or-self::ds:Signature)", false,
+             nullptr, "<TypeCode>0101", "20261122103000", kPlain},
+        Case{"attribute_test", "not(ancestor-or-self::*[@kind='memo'] | ancestor-or-self::ds:Signature)", nullptr,
              "1100000", "정기 납품분", kPlain},
-        Case{"count_and_order", "count(ancestor::*) &lt; 3 and not(ancestor-or-self::ds:Signature)", true,
+        Case{"count_and_order", "count(ancestor::*) &lt; 3 and not(ancestor-or-self::ds:Signature)", kC14n,
              "</IssueID>", "20261122-41000010", kLiteral},  // kind="memo" is left out of an output element
         Case{"string_tests",
              "not(ancestor-or-self::*[starts-with(local-name(), 'Specified') or contains(name(), 'Contact')]) "
              "and not(ancestor-or-self::ds:Signature)",
-             false, "20261122-41000010", "홍길동", kPlain},
+             nullptr, "20261122-41000010", "홍길동", kPlain},
         Case{"node_type_and_parent",
-             "not(self::text()[parent::t:DescriptionText]) and not(ancestor-or-self::ds:Signature[true()])", false,
+             "not(self::text()[parent::t:DescriptionText]) and not(ancestor-or-self::ds:Signature[true()])", nullptr,
              "<PurposeCode>02", "정기 납품분", kPlain},
         // Beyond the linear subset: the general engine, with the prefixes in scope.
-        Case{"general_engine", "string-length(name()) >= 0 and not(ancestor-or-self::ds:Signature)", false,
+        Case{"general_engine", "string-length(name()) >= 0 and not(ancestor-or-self::ds:Signature)", nullptr,
              "1100000", "", kPlain}),
     [](const testing::TestParamInfo<Case>& info) { return std::string(info.param.name); });
 
