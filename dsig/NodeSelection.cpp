@@ -4,28 +4,8 @@ XERCES_CPP_NAMESPACE_USE
 
 namespace vqxml {
 
-void SubtreeSelection::enter(const DOMElement* e) {
-    if (m_depthInside > 0 || e == m_apex)
-        ++m_depthInside;
-}
-
-void SubtreeSelection::leave() {
-    if (m_depthInside > 0)
-        --m_depthInside;
-}
-
 bool SubtreeSelection::leaf(const DOMNode* n) {
-    return inside() && (m_comments || n->getNodeType() != DOMNode::COMMENT_NODE);
-}
-
-void ExcludedSubtree::enter(const DOMElement* e) {
-    if (m_depthInside > 0 || e == m_excluded)
-        ++m_depthInside;
-}
-
-void ExcludedSubtree::leave() {
-    if (m_depthInside > 0)
-        --m_depthInside;
+    return m_subtree.inside() && (m_comments || n->getNodeType() != DOMNode::COMMENT_NODE);
 }
 
 void Intersection::enter(const DOMElement* e) {

@@ -27,39 +27,56 @@ public:
     virtual bool leaf(const XERCES_CPP_NAMESPACE::DOMNode* n) = 0;
 };
 
+// Whether the walk is inside the subtree of one element (of every element when
+// it is null), kept as the walk enters and leaves elements.
+class SubtreeTracker {
+public:
+    explicit SubtreeTracker(const XERCES_CPP_NAMESPACE::DOMElement* top) : m_top(top) {}
+    void enter(const XERCES_CPP_NAMESPACE::DOMElement* e) {
+        if (m_depthInside > 0 || e == m_top)
+            ++m_depthInside;
+    }
+    void leave() {
+        if (m_depthInside > 0)
+            --m_depthInside;
+    }
+    bool inside() const { return m_top == nullptr || m_depthInside > 0; }
+
+private:
+    const XERCES_CPP_NAMESPACE::DOMElement* m_top;
+    int m_depthInside = 0;
+};
+
 // The nodes of a subtree (the whole document when apex is null), comments only
 // when asked for: what a same-document URI selects.
 class SubtreeSelection : public NodeSelection {
 public:
-    SubtreeSelection(const XERCES_CPP_NAMESPACE::DOMElement* apex, bool comments) : m_apex(apex), m_comments(comments) {}
-    void enter(const XERCES_CPP_NAMESPACE::DOMElement* e) override;
-    void leave() override;
-    bool element() override { return inside(); }
-    bool attribute(const XERCES_CPP_NAMESPACE::DOMAttr*) override { return inside(); }
-    bool namespaceNode(const XMLCh*, const XMLCh*) override { return inside(); }
+    SubtreeSelection(const XERCES_CPP_NAMESPACE::DOMElement* apex, bool comments) : m_subtree(apex), m_comments(comments) {}
+    void enter(const XERCES_CPP_NAMESPACE::DOMElement* e) override { m_subtree.enter(e); }
+    void leave() override { m_subtree.leave(); }
+    bool element() override { return m_subtree.inside(); }
+    bool attribute(const XERCES_CPP_NAMESPACE::DOMAttr*) override { return m_subtree.inside(); }
+    bool namespaceNode(const XMLCh*, const XMLCh*) override { return m_subtree.inside(); }
     bool leaf(const XERCES_CPP_NAMESPACE::DOMNode* n) override;
 
 private:
-    bool inside() const { return m_apex == nullptr || m_depthInside > 0; }
-    const XERCES_CPP_NAMESPACE::DOMElement* m_apex;
+    SubtreeTracker m_subtree;
     bool m_comments;
-    int m_depthInside = 0;
 };
 
 // Every node but those of one subtree: the enveloped-signature transform.
 class ExcludedSubtree : public NodeSelection {
 public:
-    explicit ExcludedSubtree(const XERCES_CPP_NAMESPACE::DOMElement* excluded) : m_excluded(excluded) {}
-    void enter(const XERCES_CPP_NAMESPACE::DOMElement* e) override;
-    void leave() override;
-    bool element() override { return m_depthInside == 0; }
-    bool attribute(const XERCES_CPP_NAMESPACE::DOMAttr*) override { return m_depthInside == 0; }
-    bool namespaceNode(const XMLCh*, const XMLCh*) override { return m_depthInside == 0; }
-    bool leaf(const XERCES_CPP_NAMESPACE::DOMNode*) override { return m_depthInside == 0; }
+    explicit ExcludedSubtree(const XERCES_CPP_NAMESPACE::DOMElement* excluded) : m_subtree(excluded) {}
+    void enter(const XERCES_CPP_NAMESPACE::DOMElement* e) override { m_subtree.enter(e); }
+    void leave() override { m_subtree.leave(); }
+    bool element() override { return !m_subtree.inside(); }
+    bool attribute(const XERCES_CPP_NAMESPACE::DOMAttr*) override { return !m_subtree.inside(); }
+    bool namespaceNode(const XMLCh*, const XMLCh*) override { return !m_subtree.inside(); }
+    bool leaf(const XERCES_CPP_NAMESPACE::DOMNode*) override { return !m_subtree.inside(); }
 
 private:
-    const XERCES_CPP_NAMESPACE::DOMElement* m_excluded;
-    int m_depthInside = 0;
+    SubtreeTracker m_subtree;  // never null: the excluded Signature
 };
 
 // The nodes every one of the parts selects: a URI's node-set after each
