@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "api/Front.hpp"
-#include "core/EngineLifecycle.hpp"
+#include "engine/EngineLifecycle.hpp"
 #include "core/VQXMLException.hpp"
 #include "vqxml/VQXML_XMLSecurity.h"
 

@@ -9,7 +9,7 @@
 #include <xsec/dsig/DSIGTransformXPath.hpp>
 #include <xsec/framework/XSECProvider.hpp>
 
-#include "core/EngineLifecycle.hpp"
+#include "engine/EngineLifecycle.hpp"
 #include "core/ErrorFrame.hpp"
 #include "core/NamespaceFixup.hpp"
 #include "core/Transcode.hpp"

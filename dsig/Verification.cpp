@@ -9,7 +9,7 @@
 #include <xsec/enc/XSECKeyInfoResolverDefault.hpp>
 #include <xsec/framework/XSECProvider.hpp>
 
-#include "core/EngineLifecycle.hpp"
+#include "engine/EngineLifecycle.hpp"
 #include "core/ErrorFrame.hpp"
 #include "core/Transcode.hpp"
 #include "dsig/AlgorithmCodes.hpp"

@@ -30,11 +30,6 @@ public:
 
 namespace vqxml {
 
-// Loads OpenSSL's "legacy" provider (SEED lives there) beside "default" into the
-// default library context; done once per process and never undone, since the
-// host may hold objects made with them.
-void loadOpenSSLProviders();
-
 // Teaches xml-security-c the engine's algorithms (AlgorithmURIs.hpp): SEED, ARIA
 // and NEAT in CBC mode, the HAS-160 digest, the KCDSA signatures, and HMAC with a
 // correct truncation rule. The engine forgets its handlers when it terminates, so

@@ -14,7 +14,7 @@
 #include "engine/VQTKCryptoKeyRSA.hpp"
 #include "engine/VQTKCryptoSymmetricKey.hpp"
 #include "engine/XencReferences.hpp"
-#include "engine/wssec/VQXML_WSSecSecurity.hpp"
+#include "soapsec/wssec/VQXML_WSSecSecurity.hpp"
 #include "xenc/KeyBuffer.hpp"
 #include "xenc/XencAlgorithms.hpp"
 

@@ -11,7 +11,7 @@
 #include <xsec/xenc/XENCEncryptedKey.hpp>
 #include <xsec/xenc/XENCEncryptionMethod.hpp>
 
-#include "core/EngineLifecycle.hpp"
+#include "engine/EngineLifecycle.hpp"
 #include "core/ErrorFrame.hpp"
 #include "core/Transcode.hpp"
 #include "engine/NameComparison.hpp"
@@ -19,7 +19,7 @@
 #include "engine/VQTKCryptoKeyRSA.hpp"
 #include "engine/VQTKCryptoSymmetricKey.hpp"
 #include "engine/XencReferences.hpp"
-#include "engine/wssec/VQXML_WSSecSecurity.hpp"
+#include "soapsec/wssec/VQXML_WSSecSecurity.hpp"
 #include "xenc/KeyBuffer.hpp"
 #include "xenc/XencAlgorithms.hpp"
 

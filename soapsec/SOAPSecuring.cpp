@@ -8,14 +8,14 @@
 #include <xsec/dsig/DSIGReference.hpp>
 #include <xsec/dsig/DSIGTransformXPath.hpp>
 
-#include "core/EngineLifecycle.hpp"
+#include "engine/EngineLifecycle.hpp"
 #include "core/ErrorFrame.hpp"
 #include "core/Transcode.hpp"
 #include "dsig/AlgorithmCodes.hpp"
 #include "engine/Base64.hpp"
 #include "engine/VQTKCryptoKeyKCDSA.hpp"
 #include "engine/VQTKCryptoKeyRSA.hpp"
-#include "engine/wssec/VQXML_WSSecSecurity.hpp"
+#include "soapsec/wssec/VQXML_WSSecSecurity.hpp"
 
 XERCES_CPP_NAMESPACE_USE
 

@@ -3,7 +3,7 @@
 
 #include <openssl/err.h>
 
-#include "engine/VQTKCryptoProvider.hpp"
+#include "engine/korean/OpenSSLProviders.hpp"
 #include "toolkit/ToolkitInternal.hpp"
 
 namespace {

@@ -23,7 +23,7 @@
 #include <xercesc/dom/DOM.hpp>
 #include <xsec/framework/XSECProvider.hpp>
 
-#include "core/EngineLifecycle.hpp"
+#include "engine/EngineLifecycle.hpp"
 #include "core/VQXMLException.hpp"
 #include "engine/VQXMLXENCCipher.hpp"
 #include "vqxml/VQXML_Mime.h"

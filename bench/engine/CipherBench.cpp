@@ -7,6 +7,7 @@
 #include <openssl/evp.h>
 
 #include "engine/VQTKCryptoProvider.hpp"
+#include "engine/korean/OpenSSLProviders.hpp"
 #include "engine/korean/CbcCipher.hpp"
 #include "engine/korean/XmlEncCbc.hpp"
 

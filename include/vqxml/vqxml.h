@@ -29,17 +29,81 @@
 extern "C" {
 #endif
 
-/* Status codes shared by all families. */
+/* statuses: begin */
+/* Status codes: 0 is success, anything else a failure (docs/status-codes.md).
+ * Written from core/Statuses.def by scripts/statuses.py. */
 #define VQXML_OK 0
-#define VQXML_ERR_MEMORY 1
-#define VQXML_ERR_CRYPTO_PROVIDER 33
-#define VQXML_ERR_NULL_HANDLE 10100
-#define VQXML_ERR_HANDLE_IN_USE 10101
-#define VQXML_ERR_NULL_ARGUMENT 10102
-#define VQXML_ERR_RELEASE 10103
-#define VQXML_ERR_PARSE 10105
-#define VQXML_ERR_ENCODING 10107
-#define VQXML_ERR_UNKNOWN 12011
+#define VQXML_ERR_MEMORY 1                        /* Memory could not be allocated */
+#define VQXML_ERR_CRYPTO_PROVIDER 33              /* The crypto provider failed while building an object */
+#define VQXML_ERR_NULL_HANDLE 10100               /* Null handle */
+#define VQXML_ERR_HANDLE_IN_USE 10101             /* The handle variable already holds a handle */
+#define VQXML_ERR_NULL_ARGUMENT 10102             /* A required argument is null, or the handle could not be created */
+#define VQXML_ERR_RELEASE 10103                   /* The previous document or engine objects could not be released */
+#define VQXML_ERR_NO_PACKAGE 10104                /* No package bytes were given */
+#define VQXML_ERR_PARSE 10105                     /* The document is not well-formed XML or has no root element */
+#define VQXML_ERR_NO_DOCUMENT 10106               /* No document was given */
+#define VQXML_ERR_ENCODING 10107                  /* The document's declared encoding is not UTF-8 */
+#define VQXML_ERR_DSIG_NO_SIGNATURE 10200         /* No signature object: load a document first */
+#define VQXML_ERR_DSIG_SIGNATURE_SELECTOR 10201   /* Unknown signature algorithm selector */
+#define VQXML_ERR_DSIG_C14N_SELECTOR 10202        /* Unknown canonicalization selector */
+#define VQXML_ERR_DSIG_DIGEST_SELECTOR 10203      /* Unknown digest selector */
+#define VQXML_ERR_DSIG_NO_KEY 10204               /* Neither a certificate nor a private key was given */
+#define VQXML_ERR_DSIG_NOT_ASYMMETRIC 10205       /* The chosen signature method is neither RSA nor KCDSA */
+#define VQXML_ERR_DSIG_HMAC_KEY 10206             /* Empty HMAC secret, or the chosen signature method is not HMAC */
+#define VQXML_ERR_DSIG_NO_PREFIX 10207            /* No prefix was given */
+#define VQXML_ERR_DSIG_NO_KEY_NAME 10208          /* No key name was given */
+#define VQXML_ERR_DSIG_NO_OBJECT 10209            /* No Object content was given */
+#define VQXML_ERR_DSIG_NO_OBJECT_ID 10210         /* No Object Id was given */
+#define VQXML_ERR_DSIG_OBJECT_ID_HASH 10211       /* An Object Id must not begin with '#' */
+#define VQXML_ERR_DSIG_NO_SIGNED_DOCUMENT 10212   /* No signed document was given */
+#define VQXML_ERR_ENC_NO_PREFIX 10300             /* No prefix was given */
+#define VQXML_ERR_ENC_CIPHER_SELECTOR 10301       /* Unknown or unsupported symmetric algorithm */
+#define VQXML_ERR_ENC_NO_ELEMENT 10302            /* No element with the given name */
+#define VQXML_ERR_ENC_MODE 10303                  /* Encryption mode must be 1 (content) or 2 (element) */
+#define VQXML_ERR_ENC_TRANSPORT_SELECTOR 10304    /* Unknown key transport algorithm */
+#define VQXML_ERR_ENC_NO_KEY_NAME 10305           /* No key name was given */
+#define VQXML_ERR_ENC_NO_KEY 10306                /* The key or certificate is empty */
+#define VQXML_ERR_ENC_NO_SESSION_KEY 10307        /* No session key is set */
+#define VQXML_ERR_ENC_RECIPIENT_ISSUER 10308      /* The certificate's issuer differs from the encrypted key's recipient */
+#define VQXML_ERR_ENC_RECIPIENT_SUBJECT 10309     /* The certificate's subject differs from the encrypted key's recipient */
+#define VQXML_ERR_ENC_RECIPIENT_SERIAL 10310      /* The certificate's serial number differs from the encrypted key's recipient */
+#define VQXML_ERR_ENC_NO_ENCRYPTED_DOCUMENT 10311 /* No encrypted document was given */
+#define VQXML_ERR_ENC_NO_ENCRYPTED_DATA 10312     /* The document has no EncryptedData */
+#define VQXML_ERR_ENC_KEYS_VISITED 10313          /* Every EncryptedKey of the document has been visited */
+#define VQXML_ERR_DEC_NO_SESSION_KEY 10314        /* No session key is set */
+#define VQXML_ERR_SOAP_NO_DOCUMENT 10400          /* No SOAP document */
+#define VQXML_ERR_SOAP_NO_HEADER 10401            /* The SOAP document does not parse or has no SOAP Header */
+#define VQXML_ERR_SOAP_SIGNATURE_SELECTOR 10402   /* Unknown signature algorithm selector */
+#define VQXML_ERR_SOAP_C14N_SELECTOR 10403        /* Unknown canonicalization selector */
+#define VQXML_ERR_SOAP_DIGEST_SELECTOR 10404      /* Unknown digest selector */
+#define VQXML_ERR_SOAP_NO_KEY 10405               /* Neither a certificate nor a private key was given */
+#define VQXML_ERR_SOAP_NOT_ASYMMETRIC 10406       /* The chosen signature method is neither RSA nor KCDSA */
+#define VQXML_ERR_SOAP_NO_KEY_NAME 10407          /* No key name was given */
+#define VQXML_ERR_SOAP_HMAC_KEY 10408             /* Empty HMAC key, or the chosen signature method is not HMAC */
+#define VQXML_ERR_SOAP_CIPHER_SELECTOR 10500      /* Unknown or unsupported symmetric algorithm */
+#define VQXML_ERR_SOAP_TARGET 10501               /* Encryption type must be 1 (content) or 2 (element) */
+#define VQXML_ERR_SOAP_TRANSPORT_SELECTOR 10502   /* Unknown key transport algorithm */
+#define VQXML_ERR_SOAP_NO_KEY_DATA 10503          /* The key or certificate is empty */
+#define VQXML_ERR_SOAP_NO_SESSION_KEY 10504       /* No session key is set */
+#define VQXML_ERR_SOAP_RECIPIENT_ISSUER 10505     /* The certificate's issuer differs from the encrypted key's recipient */
+#define VQXML_ERR_SOAP_RECIPIENT_SUBJECT 10506    /* The certificate's subject differs from the encrypted key's recipient */
+#define VQXML_ERR_SOAP_RECIPIENT_SERIAL 10507     /* The certificate's serial number differs from the encrypted key's recipient */
+#define VQXML_ERR_SOAP_BAD_HEADER 10508           /* The security header or one of its tokens cannot be used */
+#define VQXML_ERR_SOAP_NOT_SECURED 10509          /* The message is neither signed nor encrypted */
+#define VQXML_ERR_SOAP_ENC_NO_KEY_NAME 10510      /* No key name was given */
+#define VQXML_ERR_SOAP_ENCRYPTED_NO_KEY 10511     /* The message is encrypted and no session key is set */
+#define VQXML_ERR_PROVIDER_KEY_TYPE 11102         /* The crypto provider cannot make a key of that type */
+#define VQXML_ERR_NOT_VERIFIED 11213              /* The signature does not verify */
+#define VQXML_ERR_TRANSPORT_UNKNOWN 11304         /* Unknown key transport algorithm in the EncryptedKey */
+#define VQXML_ERR_UNKNOWN 12011                   /* Unknown error */
+#define VQXML_ERR_CERT_PATH 12020                 /* No path to a built-in root */
+#define VQXML_ERR_CERT_SIGNATURE 12021            /* A signature on the path does not verify or cannot be checked */
+#define VQXML_ERR_CERT_VALIDITY 12022             /* A certificate on the path is not valid now */
+#define VQXML_ERR_CERT_REVOKED 12023              /* Revoked, or no usable CRL of its issuer */
+#define VQXML_ERR_CERT_CONSTRAINTS 12024          /* A CA constraint, key usage or critical extension refuses the path */
+#define VQXML_ERR_CERT_INPUT 12025                /* A certificate or CRL cannot be read, or is over its bound */
+#define VQXML_ERR_CERT_NONE 12026                 /* The signature carries no certificate to verify */
+/* statuses: end */
 
 /* ---- Handle, version, errors, result document ---- */
 
@@ -221,13 +285,6 @@ VQXML_EXPORT int VQTK_XMLAPI_VerifyCert(void* handle, unsigned char* cert, int c
  * A refusal returns the check that failed, with the reason, the depth on the path
  * (0 = the certificate) and that certificate's subject (Korean names in EUC-KR)
  * in the error text, after "<check> check failed: ". */
-#define VQXML_ERR_CERT_PATH 12020        /* no path to a built-in root: unknown issuer, untrusted root */
-#define VQXML_ERR_CERT_SIGNATURE 12021   /* a signature on the path does not verify or cannot be checked */
-#define VQXML_ERR_CERT_VALIDITY 12022    /* a certificate on the path, the root included, is not valid now */
-#define VQXML_ERR_CERT_REVOKED 12023     /* revoked, or no usable CRL of its issuer (missing, stale, bad) */
-#define VQXML_ERR_CERT_CONSTRAINTS 12024 /* a CA's basic constraints, key usage or path length; a critical extension */
-#define VQXML_ERR_CERT_INPUT 12025       /* a certificate or CRL that cannot be read, or an input over its bound */
-#define VQXML_ERR_CERT_NONE 12026        /* the signature carries no certificate to verify */
 
 /* Addition. Verifies cert (DER or PEM) with the intermediates in chain and,
  * when crlsLen > 0, the CRLs in crls. 0 if accepted, else one of the statuses
@@ -291,7 +348,6 @@ VQXML_EXPORT int VQTK_XMLAPI_GetRandomFromPriKey(void* handle, char* password, u
  * 255 bytes or one that two attachments share); neither touches the error text.
  * The other functions are those of the XML Signature family with the same
  * arguments. */
-#define VQXML_ERR_NO_PACKAGE 10104
 VQXML_EXPORT int VQTK_EBXML_SetSOAPDocument(void* handle, char* data, int len);
 VQXML_EXPORT int VQTK_EBXML_SetSOAPSecXMLDocument(void* handle, char* data, int len);
 VQXML_EXPORT int VQTK_EBXML_SignatureMethod(void* handle, int signatureSelector, int canonicalizationSelector);

@@ -8,7 +8,7 @@
 #include <xsec/utils/XSECPlatformUtils.hpp>
 
 #include "ContextFixture.hpp"
-#include "core/EngineLifecycle.hpp"
+#include "engine/EngineLifecycle.hpp"
 #include "engine/VQTKCryptoProvider.hpp"
 
 namespace {

@@ -8,7 +8,7 @@
 
 #include "TestFiles.hpp"
 #include "XmlTestSupport.hpp"
-#include "core/EngineLifecycle.hpp"
+#include "engine/EngineLifecycle.hpp"
 #include "engine/AlgorithmURIs.hpp"
 #include "engine/Base64.hpp"
 #include "engine/VQTKCryptoSymmetricKey.hpp"

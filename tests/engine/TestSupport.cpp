@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "engine/VQTKCryptoProvider.hpp"
+#include "engine/korean/OpenSSLProviders.hpp"
 
 namespace {
 

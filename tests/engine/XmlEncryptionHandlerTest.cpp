@@ -15,7 +15,7 @@
 #include <xsec/xenc/XENCEncryptedKey.hpp>
 
 #include "XmlTestSupport.hpp"
-#include "core/EngineLifecycle.hpp"
+#include "engine/EngineLifecycle.hpp"
 #include "engine/AlgorithmURIs.hpp"
 #include "engine/VQTKCryptoSymmetricKey.hpp"
 #include "vqxml/VQXML_XMLSecurity.h"

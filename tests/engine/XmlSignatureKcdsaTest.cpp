@@ -11,7 +11,7 @@
 #include <xercesc/util/XMLString.hpp>
 
 #include "XmlTestSupport.hpp"
-#include "core/EngineLifecycle.hpp"
+#include "engine/EngineLifecycle.hpp"
 #include "engine/AlgorithmURIs.hpp"
 #include "engine/Base64.hpp"
 #include "engine/VQTKCryptoKeyKCDSA.hpp"

@@ -26,6 +26,7 @@
 #include <openssl/x509v3.h>
 
 #include "engine/VQTKCryptoProvider.hpp"
+#include "engine/korean/OpenSSLProviders.hpp"
 #include "engine/korean/Kcdsa.hpp"
 #include "engine/korean/KcdsaEncoding.hpp"
 #include "engine/korean/OpenSSLPtr.hpp"

@@ -1,6 +1,6 @@
-#include "engine/wssec/VQXML_XSECProvider.hpp"
+#include "engine/VQXML_XSECProvider.hpp"
 
-#include "engine/wssec/VQXML_WSSecSecurity.hpp"
+#include "soapsec/wssec/VQXML_WSSecSecurity.hpp"
 
 VQXML_WSSecSecurity* VQXML_XSECProvider::newWSSecSecurity() {
     return new VQXML_WSSecSecurity(*this);

@@ -1,4 +1,4 @@
-#include "engine/wssec/VQXML_WSSecSecurity.hpp"
+#include "soapsec/wssec/VQXML_WSSecSecurity.hpp"
 
 #include <cstdio>
 #include <cstring>
@@ -27,8 +27,8 @@
 #include "engine/SignedInfoCanonicalization.hpp"
 #include "engine/VQXMLURIResolver.hpp"
 #include "engine/VQXMLXENCCipher.hpp"
-#include "engine/wssec/TokenKeys.hpp"
-#include "engine/wssec/WssNames.hpp"
+#include "soapsec/wssec/TokenKeys.hpp"
+#include "soapsec/wssec/WssNames.hpp"
 #include "xenc/XencAlgorithms.hpp"
 
 XERCES_CPP_NAMESPACE_USE

@@ -1,4 +1,4 @@
-#include "engine/wssec/VQXML_WSSecSecurityTokenReference.hpp"
+#include "soapsec/wssec/VQXML_WSSecSecurityTokenReference.hpp"
 
 #include <string>
 
@@ -7,7 +7,7 @@
 #include <xsec/utils/XSECPlatformUtils.hpp>
 
 #include "core/VQXMLException.hpp"
-#include "engine/wssec/WssNames.hpp"
+#include "soapsec/wssec/WssNames.hpp"
 
 XERCES_CPP_NAMESPACE_USE
 using namespace vqxml::wss;

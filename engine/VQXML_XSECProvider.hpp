@@ -1,7 +1,7 @@
 // The engine's provider with the WS-Security engine objects besides its
 // signatures and ciphers.
-#ifndef VQXML_ENGINE_WSSEC_VQXML_XSECPROVIDER_HPP
-#define VQXML_ENGINE_WSSEC_VQXML_XSECPROVIDER_HPP
+#ifndef VQXML_ENGINE_VQXML_XSECPROVIDER_HPP
+#define VQXML_ENGINE_VQXML_XSECPROVIDER_HPP
 
 #include <xsec/framework/XSECProvider.hpp>
 

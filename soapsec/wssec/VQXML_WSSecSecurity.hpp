@@ -18,8 +18,8 @@
 //  - A signature whose key information names a certificate by issuer and serial
 //    is checked with a BinarySecurityToken of the header that holds that
 //    certificate, or with a key given by setVerificationKey or setSigningKey.
-#ifndef VQXML_ENGINE_WSSEC_VQXML_WSSECSECURITY_HPP
-#define VQXML_ENGINE_WSSEC_VQXML_WSSECSECURITY_HPP
+#ifndef VQXML_SOAPSEC_WSSEC_VQXML_WSSECSECURITY_HPP
+#define VQXML_SOAPSEC_WSSEC_VQXML_WSSECSECURITY_HPP
 
 #include <memory>
 #include <string>
@@ -27,7 +27,7 @@
 
 #include <xercesc/util/XercesDefs.hpp>
 
-#include "engine/wssec/VQXML_WSSecSecurityTokenReference.hpp"
+#include "soapsec/wssec/VQXML_WSSecSecurityTokenReference.hpp"
 
 XERCES_CPP_NAMESPACE_BEGIN
 class DOMDocument;

@@ -1,12 +1,12 @@
 // Process-wide start-up and teardown of the engines shared by every context.
-#ifndef VQXML_CORE_ENGINELIFECYCLE_HPP
-#define VQXML_CORE_ENGINELIFECYCLE_HPP
+#ifndef VQXML_ENGINE_ENGINELIFECYCLE_HPP
+#define VQXML_ENGINE_ENGINELIFECYCLE_HPP
 
 #include <atomic>
 
 #include <xercesc/util/Mutexes.hpp>
 
-#include "engine/wssec/VQXML_XSECProvider.hpp"
+#include "engine/VQXML_XSECProvider.hpp"
 
 extern std::atomic<int> g_Init;       // 1 from the start of a start-up to the end of its teardown
 extern std::atomic<int> g_Finish;     // 1 while the last context tears the engines down

@@ -19,9 +19,9 @@
 #include "engine/VQTKCryptoKeyRSA.hpp"
 #include "engine/VQTKCryptoX509.hpp"
 #include "engine/korean/KcdsaEncoding.hpp"
-#include "engine/wssec/TokenKeys.hpp"
-#include "engine/wssec/VQXML_WSSecSecurity.hpp"
-#include "engine/wssec/WssNames.hpp"
+#include "soapsec/wssec/TokenKeys.hpp"
+#include "soapsec/wssec/VQXML_WSSecSecurity.hpp"
+#include "soapsec/wssec/WssNames.hpp"
 
 XERCES_CPP_NAMESPACE_USE
 

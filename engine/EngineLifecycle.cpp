@@ -1,18 +1,19 @@
-#include "core/EngineLifecycle.hpp"
+#include "engine/EngineLifecycle.hpp"
 
 #include <new>
 
 #include <xalanc/Include/XalanMemoryManagement.hpp>
 #include <xalanc/XalanTransformer/XalanTransformer.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
-#include "engine/wssec/VQXML_XSECProvider.hpp"
 #include <xsec/utils/XSECPlatformUtils.hpp>
 
 #include "core/RecyclingMemoryManager.hpp"
 #include "core/VQXMLException.hpp"
 #include "engine/KeyCache.hpp"
+#include "engine/VQXML_XSECProvider.hpp"
 #include "engine/VQTKCryptoX509.hpp"
 #include "engine/VQTKCryptoProvider.hpp"
+#include "engine/korean/OpenSSLProviders.hpp"
 #include "vqxml/vqxml.h"
 
 XERCES_CPP_NAMESPACE_USE

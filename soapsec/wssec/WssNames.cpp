@@ -1,4 +1,4 @@
-#include "engine/wssec/WssNames.hpp"
+#include "soapsec/wssec/WssNames.hpp"
 
 #include <initializer_list>
 

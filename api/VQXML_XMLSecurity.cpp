@@ -7,9 +7,9 @@
 
 #include <openssl/crypto.h>
 #include <xercesc/dom/DOM.hpp>
-#include "engine/wssec/VQXML_XSECProvider.hpp"
+#include "engine/VQXML_XSECProvider.hpp"
 
-#include "core/EngineLifecycle.hpp"
+#include "engine/EngineLifecycle.hpp"
 #include "core/VQXMLException.hpp"
 #include "vqxml/VQXML_Mime.h"
 
