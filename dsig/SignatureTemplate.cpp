@@ -9,12 +9,13 @@
 #include <xsec/dsig/DSIGTransformXPath.hpp>
 #include <xsec/framework/XSECProvider.hpp>
 
-#include "engine/EngineLifecycle.hpp"
 #include "core/ErrorFrame.hpp"
 #include "core/NamespaceFixup.hpp"
 #include "core/Transcode.hpp"
 #include "dsig/AlgorithmCodes.hpp"
 #include "dsig/IdResolution.hpp"
+#include "dsig/Signing.hpp"
+#include "engine/EngineLifecycle.hpp"
 #include "engine/VQXMLURIResolver.hpp"
 
 XERCES_CPP_NAMESPACE_USE
@@ -216,8 +217,7 @@ int VQXML_XMLSecurity::XMLDSIG_sign() {
     return vqxml::guarded(*this, "XMLDSIG_sign > ", [&] {
         requireTemplate(10200);
         processAttachment(true);
-        if (!signWithOwnTransforms())
-            m_signature->sign();
+        vqxml::signSignature(*m_signature, m_signatureElement, m_signingKey);
         storeResultDocument();
     });
 }

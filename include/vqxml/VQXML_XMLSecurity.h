@@ -235,7 +235,6 @@ protected:
     void describeSigner(DSIGKeyInfoX509* x509, const Key& key, bool withCertificate);
     void checkSignatureAndReferences();
     XSECCryptoKey* verificationKey();
-    bool signWithOwnTransforms();
     void setSigningKey(XSECCryptoKey* key);
     void storeVerifiedContent();
     void readX509Data(DSIGKeyInfoX509* x509, const char* subjectEncoding);

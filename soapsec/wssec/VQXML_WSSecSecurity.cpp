@@ -23,6 +23,7 @@
 #include "dsig/AlgorithmCodes.hpp"
 #include "dsig/IdResolution.hpp"
 #include "dsig/ReferenceDigesting.hpp"
+#include "dsig/Signing.hpp"
 #include "dsig/VerificationLimits.hpp"
 #include "engine/SignedInfoCanonicalization.hpp"
 #include "engine/VQXMLURIResolver.hpp"
@@ -197,9 +198,9 @@ void VQXML_WSSecSecurity::sign() {
     DSIGSignature& sig = signature();
     if (m_signingKey == nullptr)
         throw VQXML_XSECException(10405, "No signing key was set");
-    sig.setSigningKey(m_signingKey);
-    m_signingKey = nullptr;
-    sig.sign();
+    XSECCryptoKey* key = std::exchange(m_signingKey, nullptr);
+    sig.setSigningKey(key);
+    vqxml::signSignature(sig, m_signatureElement, key);
     if (m_bstBase64.empty() && m_issuer.empty())
         return;
     DOMElement* signatureElement = m_signatureElement;

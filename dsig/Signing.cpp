@@ -1,9 +1,5 @@
-// Signing with the library's own transforms.
-//
-// When the library's pipeline (ReferenceDigesting.hpp) takes every reference,
-// it computes their digests, the same way verification recomputes them; the
-// SignedInfo is then canonicalized and signed by the same algorithm handler the
-// engine's sign() would use. Any other signature is signed by the engine.
+#include "dsig/Signing.hpp"
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -23,7 +19,7 @@
 #include "dsig/ReferenceDigesting.hpp"
 #include "engine/Base64.hpp"
 #include "engine/SignedInfoCanonicalization.hpp"
-#include "vqxml/VQXML_XMLSecurity.h"
+#include "vqxml/vqxml.h"
 
 XERCES_CPP_NAMESPACE_USE
 
@@ -51,26 +47,27 @@ std::string withoutLineBreaks(std::string text) {
     return out;
 }
 
-}  // namespace
-
-bool VQXML_XMLSecurity::signWithOwnTransforms() {
-    if (m_signatureElement == nullptr || m_signingKey == nullptr)
+// Signs with the library's own reference pipeline; false when it does not take
+// every reference or the SignedInfo, and nothing has been written.
+bool signWithOwnTransforms(DSIGSignature& signature, DOMElement* signatureElement, XSECCryptoKey* key) {
+    if (signatureElement == nullptr || key == nullptr)
         return false;
-    DOMElement* signedInfo = m_signatureElement->getFirstElementChild();
-    const std::vector<DOMElement*> referenceElements = vqxml::referenceElements(m_signatureElement);
+    DOMDocument* document = signatureElement->getOwnerDocument();
+    DOMElement* signedInfo = signatureElement->getFirstElementChild();
+    const std::vector<DOMElement*> referenceElements = vqxml::referenceElements(signatureElement);
     if (referenceElements.empty())
         return false;
     std::vector<std::vector<unsigned char>> digests;
     for (const DOMElement* reference : referenceElements) {
         std::optional<vqxml::ReferenceDigest> digest =
-            vqxml::digestReference(reference, m_signatureElement, vqxml::OrphanForm::Santuario);
+            vqxml::digestReference(reference, signatureElement, vqxml::OrphanForm::Santuario);
         if (!digest)
             return false;
         digests.push_back(std::move(digest->value));
     }
     const XSECAlgorithmHandler* handler =
-        XSECPlatformUtils::g_algorithmMapper->mapURIToHandler(m_signature->getAlgorithmURI());
-    const std::vector<DOMElement*> signatureValues = dsigChildren(m_signatureElement, u"SignatureValue");
+        XSECPlatformUtils::g_algorithmMapper->mapURIToHandler(signature.getAlgorithmURI());
+    const std::vector<DOMElement*> signatureValues = dsigChildren(signatureElement, u"SignatureValue");
     // A PrefixList stays with the engine, which signs without it.
     const std::optional<vqxml::SignedInfoCanonicalization> how = vqxml::signedInfoCanonicalization(signedInfo);
     if (handler == nullptr || signatureValues.size() != 1 || !how || how->prefixList)
@@ -83,13 +80,24 @@ bool VQXML_XMLSecurity::signWithOwnTransforms() {
         setText(value[0], withoutLineBreaks(vqxml::base64Text(digests[i])));
     }
     safeBuffer canonical;
-    const XMLSize_t len = vqxml::canonicalForm(m_document, signedInfo, *how, canonical);
-    TXFMSB* source = new TXFMSB(m_document);
+    const XMLSize_t len = vqxml::canonicalForm(document, signedInfo, *how, canonical);
+    TXFMSB* source = new TXFMSB(document);
     TXFMChain chain(source);
     source->setInput(canonical, static_cast<unsigned int>(len));
-    safeBuffer signature;
-    if (!handler->signToSafeBuffer(&chain, m_signature->getAlgorithmURI(), m_signingKey, 0, signature))
+    safeBuffer value;
+    if (!handler->signToSafeBuffer(&chain, signature.getAlgorithmURI(), key, 0, value))
         throw XSECException(XSECException::SigVfyError, "The signature value could not be computed");
-    setText(signatureValues[0], signature.rawCharBuffer());
+    setText(signatureValues[0], value.rawCharBuffer());
     return true;
 }
+
+}  // namespace
+
+namespace vqxml {
+
+void signSignature(DSIGSignature& signature, DOMElement* signatureElement, XSECCryptoKey* key) {
+    if (!signWithOwnTransforms(signature, signatureElement, key))
+        signature.sign();
+}
+
+}  // namespace vqxml
