@@ -119,17 +119,20 @@ void cliFreePassword(char* password);
 
 /* ---- Algorithm names ---- */
 
-typedef struct {
-    const char* name;
-    int selector;
-    const char* description;
-} CliAlgorithm;
+/* The kinds of the library's algorithm table (engine/Algorithms.def). */
+typedef enum {
+    CLI_KIND_SIGNATURE,
+    CLI_KIND_DIGEST,
+    CLI_KIND_C14N,
+    CLI_KIND_SOAP_C14N,
+    CLI_KIND_CIPHER,
+    CLI_KIND_KEY_TRANSPORT
+} CliAlgorithmKind;
 
 typedef struct CliAlgorithmTable {
     const char* what;    /* "signature algorithm", ... */
     const char* heading; /* "Signature algorithms", ... */
-    const CliAlgorithm* entries;
-    int count;
+    CliAlgorithmKind kind;
 } CliAlgorithmTable;
 
 extern const CliAlgorithmTable cliSignatureAlgorithms;

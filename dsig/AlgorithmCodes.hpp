@@ -1,9 +1,5 @@
-// The engine's numeric algorithm codes and the URIs they stand for.
-//
-// signatureMethod: 1 DSA, 2 HMAC, 3 RSA, 4 ECDSA, 5 KCDSA.
-// hashMethod: 1 SHA-1, 2 MD5, 3 SHA-224, 4 SHA-256, 5 SHA-384, 6 SHA-512, 7 HAS-160.
-// canonicalizationMethod: 0 none, 1 C14N, 2 C14N with comments, 3 exclusive C14N,
-// 4 exclusive C14N with comments.
+// The XML Signature family's view of the algorithm table (engine/Algorithms.def,
+// which lists the engine's codes): signature methods, digests, canonicalizations.
 #ifndef VQXML_DSIG_ALGORITHMCODES_HPP
 #define VQXML_DSIG_ALGORITHMCODES_HPP
 

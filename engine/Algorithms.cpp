@@ -1,0 +1,49 @@
+#include "engine/Algorithms.hpp"
+
+#include <xercesc/util/XMLString.hpp>
+
+#include "engine/AlgorithmURIs.hpp"
+#include "engine/VQTKCryptoSymmetricKey.hpp"
+
+XERCES_CPP_NAMESPACE_USE
+
+namespace vqxml {
+
+namespace {
+
+// The engine's URI constants live only while it runs; the table must outlive every
+// start-up and teardown, so it holds literals of its own.
+constexpr Algorithm kAlgorithms[] = {
+#define VQXML_ALGORITHM(kind, selector, tool, uri, code, hash, keyType, keyBytes, description) \
+    {AlgorithmKind::kind, selector, tool, uri, code, hash, keyType, keyBytes, description},
+#include "engine/Algorithms.def"
+#undef VQXML_ALGORITHM
+};
+
+template <class Match>
+const Algorithm* find(AlgorithmKind kind, Match&& match) {
+    for (const Algorithm& a : kAlgorithms)
+        if (a.kind == kind && match(a))
+            return &a;
+    return nullptr;
+}
+
+}  // namespace
+
+const Algorithm* algorithmBySelector(AlgorithmKind kind, int selector) {
+    if (selector < 0)
+        return nullptr;
+    return find(kind, [selector](const Algorithm& a) { return a.selector == selector; });
+}
+
+const Algorithm* algorithmByURI(AlgorithmKind kind, const XMLCh* uri) {
+    if (uri == nullptr)
+        return nullptr;
+    return find(kind, [uri](const Algorithm& a) { return a.uri != nullptr && XMLString::equals(a.uri, uri); });
+}
+
+const Algorithm* algorithmByCode(AlgorithmKind kind, int code, int hash) {
+    return find(kind, [code, hash](const Algorithm& a) { return a.methodCode == code && a.hash == hash; });
+}
+
+}  // namespace vqxml

@@ -1,0 +1,40 @@
+// The one table of algorithms (Algorithms.def): each row joins a caller's
+// selector, the tool's name, the URI and the engine's codes. Callers' selectors
+// become rows at the C-facing methods; everything below works with rows or URIs.
+#ifndef VQXML_ENGINE_ALGORITHMS_HPP
+#define VQXML_ENGINE_ALGORITHMS_HPP
+
+#include <xercesc/util/XercesDefs.hpp>
+
+namespace vqxml {
+
+enum class AlgorithmKind {
+    SIGNATURE,      // SignatureMethod
+    DIGEST,         // DigestMethod
+    C14N,           // canonicalization transforms of a Reference, and SignedInfo's
+    SOAP_C14N,      // SignedInfo canonicalization of a SOAP signature (selectors of its own)
+    CIPHER,         // EncryptionMethod of EncryptedData
+    KEY_TRANSPORT,  // EncryptionMethod of EncryptedKey
+};
+
+struct Algorithm {
+    AlgorithmKind kind;
+    int selector;    // -1: never a caller's choice
+    const char* toolName;
+    const XMLCh* uri;
+    int methodCode;  // the engine's code: signature, hash, canonicalization or encryption method
+    int hash;        // signatures: their hash code
+    int keyType;     // ciphers: the crypto provider's key type
+    int keyBytes;    // ciphers: the key length
+    const char* description;
+};
+
+// Null when no row matches.
+const Algorithm* algorithmBySelector(AlgorithmKind kind, int selector);
+const Algorithm* algorithmByURI(AlgorithmKind kind, const XMLCh* uri);
+// For signatures, code and hash together name the row.
+const Algorithm* algorithmByCode(AlgorithmKind kind, int code, int hash = 0);
+
+}  // namespace vqxml
+
+#endif
