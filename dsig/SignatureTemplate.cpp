@@ -45,7 +45,7 @@ vqxml::XString referenceURI(const char* uri) {
 
 void VQXML_XMLSecurity::requireSignature() const {
     if (m_signature == nullptr)
-        throw VQXML_XSECException(10200);
+        throw VQXML_XSECException(VQXML_ERR_DSIG_NO_SIGNATURE);
 }
 
 // The engine cannot add to a signature whose element does not exist yet.
@@ -88,7 +88,7 @@ int VQXML_XMLSecurity::XMLDSIG_setPrefix(char* prefix) {
     return vqxml::guarded(*this, "XMLDSIG_setPrefix > ", [&] {
         requireSignature();
         if (prefix == nullptr || prefix[0] == '\0')
-            throw VQXML_XSECException(10207);
+            throw VQXML_XSECException(VQXML_ERR_DSIG_NO_PREFIX);
         m_signature->setDSIGNSPrefix(vqxml::XMLT(prefix).c_str());
     });
 }
@@ -98,14 +98,14 @@ int VQXML_XMLSecurity::XMLDSIG_setSignatureAlg(int signatureSelector, int canoni
         requireSignature();
         vqxml::SignatureCodes codes{};
         if (!vqxml::signatureSelector(signatureSelector, codes))
-            throw VQXML_XSECException(10201);
+            throw VQXML_XSECException(VQXML_ERR_DSIG_SIGNATURE_SELECTOR);
         m_signatureMethod = codes.signatureMethod;
         int canonicalization = 0;
         if (!vqxml::canonicalizationSelector(canonicalizationSelector, canonicalization))
-            throw VQXML_XSECException(10202);
+            throw VQXML_XSECException(VQXML_ERR_DSIG_C14N_SELECTOR);
         const XMLCh* signatureURI = vqxml::signatureMethodURI(codes);
         if (signatureURI == nullptr)
-            throw VQXML_XSECException(10201, "That signature algorithm is not available");
+            throw VQXML_XSECException(VQXML_ERR_DSIG_SIGNATURE_SELECTOR, "That signature algorithm is not available");
         // SignedInfo always needs a canonicalization: "none" means Canonical XML 1.0.
         const XMLCh* c14nURI = vqxml::canonicalizationURI(canonicalization != 0 ? canonicalization : 1);
 
@@ -142,11 +142,11 @@ void VQXML_XMLSecurity::placeSignature(DOMElement* signature) {
 int VQXML_XMLSecurity::XMLDSIG_createReference(char* uri, int digestSelector, int canonicalizationSelector,
                                                char* xpath) {
     return vqxml::guarded(*this, "XMLDSIG_createReference > ", [&] {
-        requireTemplate(10200);
+        requireTemplate(VQXML_ERR_DSIG_NO_SIGNATURE);
         if (!vqxml::canonicalizationSelector(canonicalizationSelector, m_refCanonMethod))
-            throw VQXML_XSECException(10202);
+            throw VQXML_XSECException(VQXML_ERR_DSIG_C14N_SELECTOR);
         if (!vqxml::digestSelector(digestSelector, m_refHashMethod))
-            throw VQXML_XSECException(10203);
+            throw VQXML_XSECException(VQXML_ERR_DSIG_DIGEST_SELECTOR);
         appendReference(referenceURI(uri).c_str(), xpath);
     });
 }
@@ -154,7 +154,7 @@ int VQXML_XMLSecurity::XMLDSIG_createReference(char* uri, int digestSelector, in
 DSIGReference* VQXML_XMLSecurity::appendReference(const XMLCh* uri, const char* xpath) {
     const XMLCh* digestURI = vqxml::digestMethodURI(m_refHashMethod);
     if (digestURI == nullptr)
-        throw VQXML_XSECException(10203, "That digest algorithm is not available");
+        throw VQXML_XSECException(VQXML_ERR_DSIG_DIGEST_SELECTOR, "That digest algorithm is not available");
     DSIGReference* reference = m_signature->createReference(uri, digestURI);
     if (m_refCanonMethod != 0)
         reference->appendCanonicalizationTransform(vqxml::canonicalizationURI(m_refCanonMethod));
@@ -169,14 +169,14 @@ DSIGReference* VQXML_XMLSecurity::appendReference(const XMLCh* uri, const char* 
 
 int VQXML_XMLSecurity::XMLDSIG_appendObject(char* id, char* content, int len) {
     return vqxml::guarded(*this, "XMLDSIG_appendObject > ", [&] {
-        requireTemplate(10200);
+        requireTemplate(VQXML_ERR_DSIG_NO_SIGNATURE);
         if (isBlank(content))
-            throw VQXML_XSECException(10209);
+            throw VQXML_XSECException(VQXML_ERR_DSIG_NO_OBJECT);
         DSIGObject* object = m_signature->appendObject();
         if (isBlank(id))
-            throw VQXML_XSECException(10210);
+            throw VQXML_XSECException(VQXML_ERR_DSIG_NO_OBJECT_ID);
         if (id[0] == '#')
-            throw VQXML_XSECException(10211);
+            throw VQXML_XSECException(VQXML_ERR_DSIG_OBJECT_ID_HASH);
         object->setId(vqxml::XMLT(id).c_str());
 
         DOMDocument* parsed = nullptr;
@@ -206,8 +206,8 @@ int VQXML_XMLSecurity::XMLDSIG_appendObject(char* id, char* content, int len) {
 int VQXML_XMLSecurity::XMLDSIG_setKeyName(char* name) {
     return vqxml::guarded(*this, "XMLDSIG_setKeyName > ", [&] {
         if (name == nullptr || name[0] == '\0')
-            throw VQXML_XSECException(10208);
-        requireTemplate(10200);
+            throw VQXML_XSECException(VQXML_ERR_DSIG_NO_KEY_NAME);
+        requireTemplate(VQXML_ERR_DSIG_NO_SIGNATURE);
         const std::string encoding = vqxml::declaredEncoding(m_document);
         m_signature->appendKeyName(vqxml::XMLT(encoding.c_str(), name).c_str(), false);
     });
@@ -215,7 +215,7 @@ int VQXML_XMLSecurity::XMLDSIG_setKeyName(char* name) {
 
 int VQXML_XMLSecurity::XMLDSIG_sign() {
     return vqxml::guarded(*this, "XMLDSIG_sign > ", [&] {
-        requireTemplate(10200);
+        requireTemplate(VQXML_ERR_DSIG_NO_SIGNATURE);
         processAttachment(true);
         vqxml::signSignature(*m_signature, m_signatureElement, m_signingKey);
         storeResultDocument();

@@ -49,8 +49,8 @@ int VQXML_XMLSecurity::XMLDSIG_setSignCertAndKey(unsigned char* cert, int certLe
         const bool haveCert = cert != nullptr && certLen > 0;
         const bool haveKey = key != nullptr && keyLen > 0;
         if (!haveCert && !haveKey)
-            throw VQXML_XSECException(10204);
-        requireTemplate(10205);
+            throw VQXML_XSECException(VQXML_ERR_DSIG_NO_KEY);
+        requireTemplate(VQXML_ERR_DSIG_NOT_ASYMMETRIC);
         DSIGKeyInfoX509* x509 = m_signature->appendX509Data();
         if (m_signatureMethod == 5) {
             VQTKCryptoKeyKCDSA* kcdsa = createKCDSAKey(cert, certLen, key, keyLen);
@@ -59,7 +59,7 @@ int VQXML_XMLSecurity::XMLDSIG_setSignCertAndKey(unsigned char* cert, int certLe
             return;
         }
         if (m_signatureMethod != 3)
-            throw VQXML_XSECException(10205);
+            throw VQXML_XSECException(VQXML_ERR_DSIG_NOT_ASYMMETRIC);
         VQTKCryptoKeyRSA* rsa = createRSAKey(cert, certLen, key, keyLen, token1, token2, token3, token4);
         setSigningKey(rsa);
         if (m_appendKeyValue) {
@@ -100,8 +100,8 @@ int VQXML_XMLSecurity::XMLDSIG_setHMACKey(unsigned char* key, unsigned int len) 
     return vqxml::guarded(*this, "XMLDSIG_setHMACKey > ", [&] {
         requireSignature();
         if (key == nullptr || key[0] == 0 || m_signatureMethod != 2)
-            throw VQXML_XSECException(10206);
-        requireTemplate(10206);
+            throw VQXML_XSECException(VQXML_ERR_DSIG_HMAC_KEY);
+        requireTemplate(VQXML_ERR_DSIG_HMAC_KEY);
         setSigningKey(createHMACKey(key, len));
     });
 }

@@ -131,7 +131,7 @@ void VQXML_XMLSecurity::referenceAttachment(const XMLCh* uri, bool xml) {
         return;
     const XMLCh* digestURI = vqxml::digestMethodURI(m_refHashMethod);
     if (digestURI == nullptr)
-        throw VQXML_XSECException(10203, "That digest algorithm is not available");
+        throw VQXML_XSECException(VQXML_ERR_DSIG_DIGEST_SELECTOR, "That digest algorithm is not available");
     DSIGReference* reference = m_signature->createReference(uri, digestURI);
     if (xml && m_refCanonMethod != 0)
         reference->appendCanonicalizationTransform(vqxml::canonicalizationURI(m_refCanonMethod));

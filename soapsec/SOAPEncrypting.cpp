@@ -34,12 +34,12 @@ int VQXML_XMLSecurity::SOAPSEC_setSymmKey(unsigned char* key, int /*len: the alg
         engine.createNewCipher(m_document, nullptr);
         const vqxml::SymmetricAlgorithm* algorithm = vqxml::symmetricBySelector(alg);
         if (algorithm == nullptr)
-            throw VQXML_XSECException(10500);
+            throw VQXML_XSECException(VQXML_ERR_SOAP_CIPHER_SELECTOR);
         vqxml::KeyBuffer bytes(algorithm->keyBytes);
         bytes.fill(key);
         std::unique_ptr<XSECCryptoSymmetricKey> engineKey(vqxml::newSymmetricKey(algorithm->keyType));
         if (!engineKey)
-            throw VQXML_XSECException(10500, "That cipher is not available");
+            throw VQXML_XSECException(VQXML_ERR_SOAP_CIPHER_SELECTOR, "That cipher is not available");
         engineKey->setKey(bytes.get(), unsigned(bytes.size()));
         engine.setCipherKey(engineKey.release());
         replaceSessionKey(bytes.release(), algorithm->keyBytes);
@@ -56,7 +56,7 @@ int VQXML_XMLSecurity::SOAPSEC_encryptElement(char* target, int type, bool withK
         else if (type == 2)
             engine.encryptElement(target, m_symmAlg, nullptr);
         else
-            throw VQXML_XSECException(10501);
+            throw VQXML_XSECException(VQXML_ERR_SOAP_TARGET);
         m_encDataCount += 1;
         XENCEncryptedData* data = engine.getEncryptedData();
         if (withKeyName && m_keyName != nullptr && m_keyName[0] != '\0') {
@@ -75,7 +75,7 @@ int VQXML_XMLSecurity::SOAPSEC_encryptElement(char* target, int type, bool withK
 int VQXML_XMLSecurity::SOAPSEC_setEncKeyName(char* name) {
     return vqxml::guarded(*this, "SOAPSEC_setEncKeyName > ", [&] {
         if (name == nullptr || name[0] == '\0')
-            throw VQXML_XSECException(10510);
+            throw VQXML_XSECException(VQXML_ERR_SOAP_ENC_NO_KEY_NAME);
         vqxml::replaceOwnedText(m_keyName, name);
     });
 }
@@ -84,11 +84,11 @@ int VQXML_XMLSecurity::SOAPSEC_encryptKeyWrapKey(unsigned char* key, int len, in
     return vqxml::guarded(*this, "SOAPSEC_encryptKeyWrapKey > ", [&] {
         const vqxml::KeyTransport* transport = vqxml::transportBySelector(wrapAlg);
         if (transport == nullptr)
-            throw VQXML_XSECException(10502);
+            throw VQXML_XSECException(VQXML_ERR_SOAP_TRANSPORT_SELECTOR);
         if (key == nullptr || len <= 0)
-            throw VQXML_XSECException(10503);
+            throw VQXML_XSECException(VQXML_ERR_SOAP_NO_KEY_DATA);
         if (m_symmKey == nullptr || m_symmKeyLen <= 0)
-            throw VQXML_XSECException(10504);
+            throw VQXML_XSECException(VQXML_ERR_SOAP_NO_SESSION_KEY);
         VQXML_WSSecSecurity& engine = requireWSSecurity();
         XENCEncryptedKey* encryptedKey = nullptr;
         if (transport->methodCode == kTripleDesKeyWrap) {

@@ -21,7 +21,6 @@ XERCES_CPP_NAMESPACE_USE
 
 namespace {
 
-constexpr int kNoDocument = 10400;
 
 bool startsWith(const char* text, const char* prefix) {
     return std::strncmp(text, prefix, std::strlen(prefix)) == 0;
@@ -40,7 +39,7 @@ vqxml::XString referenceURI(const char* uri) {
 VQXML_WSSecSecurity& VQXML_XMLSecurity::requireWSSecurity() const {
     if (m_wsSecurity == nullptr || m_document == nullptr ||
         (m_wsSecurity->getDocument() != nullptr && m_wsSecurity->getDocument() != m_document))
-        throw VQXML_XSECException(kNoDocument, "Load an envelope with SetSOAPDocument or SetSOAPSecXMLDocument first");
+        throw VQXML_XSECException(VQXML_ERR_SOAP_NO_DOCUMENT, "Load an envelope with SetSOAPDocument or SetSOAPSecXMLDocument first");
     return *m_wsSecurity;
 }
 
@@ -58,14 +57,14 @@ int VQXML_XMLSecurity::SOAPSEC_setSOAPDocument(char* xml, int len) {
     return vqxml::guarded(*this, "SOAPSEC_setSOAPDocument > ", [&] {
         releaseWSSecurityAndDocument();
         if (xml == nullptr || xml[0] == '\0')
-            throw VQXML_XSECException(kNoDocument);
+            throw VQXML_XSECException(VQXML_ERR_SOAP_NO_DOCUMENT);
         try {
             loadDocument(xml, len);
         } catch (const VQXML_XSECException& e) {
-            throw VQXML_XSECException(e.getCode() == VQXML_ERR_PARSE ? 10401 : e.getCode());
+            throw VQXML_XSECException(e.getCode() == VQXML_ERR_PARSE ? VQXML_ERR_SOAP_NO_HEADER : e.getCode());
         }
         if (findSOAPHeaderNode(m_document->getDocumentElement()) == nullptr)
-            throw VQXML_XSECException(10401);
+            throw VQXML_XSECException(VQXML_ERR_SOAP_NO_HEADER);
         m_wsSecurity = g_provider->newWSSecSecurity();
     });
 }
@@ -74,10 +73,10 @@ int VQXML_XMLSecurity::SOAPSEC_setSignatureAlg(int signatureAlg, int canonAlg) {
     return vqxml::guarded(*this, "SOAPSEC_setSignatureAlg > ", [&] {
         vqxml::SignatureCodes codes{};
         if (!vqxml::signatureSelector(signatureAlg, codes))
-            throw VQXML_XSECException(10402);
+            throw VQXML_XSECException(VQXML_ERR_SOAP_SIGNATURE_SELECTOR);
         m_signatureMethod = codes.signatureMethod;
         if (canonAlg < 0 || canonAlg > 2)
-            throw VQXML_XSECException(10403);
+            throw VQXML_XSECException(VQXML_ERR_SOAP_C14N_SELECTOR);
         requireWSSecurity().createBlankSignature(m_document, canonAlg, m_signatureMethod, codes.hashMethod);
         m_hashMethod = codes.hashMethod;
     });
@@ -87,10 +86,10 @@ int VQXML_XMLSecurity::SOAPSEC_createReference(char* uri, int digestAlg, int can
     return vqxml::guarded(*this, "SOAPSEC_createReference > ", [&] {
         int canonicalization = 0;
         if (!vqxml::canonicalizationSelector(canonAlg, canonicalization))
-            throw VQXML_XSECException(10403);
+            throw VQXML_XSECException(VQXML_ERR_SOAP_C14N_SELECTOR);
         int digest = 0;
         if (!vqxml::digestSelector(digestAlg, digest))
-            throw VQXML_XSECException(10404);
+            throw VQXML_XSECException(VQXML_ERR_SOAP_DIGEST_SELECTOR);
         VQXML_WSSecSecurity& engine = requireWSSecurity();
         DSIGReference* reference = uri == nullptr ? engine.createReference(nullptr, digest, nullptr)
                                                   : engine.createReference(referenceURI(uri).c_str(), digest, nullptr);
@@ -104,7 +103,7 @@ int VQXML_XMLSecurity::SOAPSEC_createReference(char* uri, int digestAlg, int can
 int VQXML_XMLSecurity::SOAPSEC_setSignCertAndKey(unsigned char* cert, int certLen, unsigned char* key, int keyLen) {
     return vqxml::guarded(*this, "SOAPSEC_setSignCertAndKey > ", [&] {
         if (!(cert != nullptr && certLen > 0) && !(key != nullptr && keyLen > 0))
-            throw VQXML_XSECException(10405);
+            throw VQXML_XSECException(VQXML_ERR_SOAP_NO_KEY);
         VQXML_WSSecSecurity& engine = requireWSSecurity();
         std::string issuer, serial;
         std::vector<unsigned char> der;
@@ -121,7 +120,7 @@ int VQXML_XMLSecurity::SOAPSEC_setSignCertAndKey(unsigned char* cert, int certLe
             serial = rsa->serialNumber();
             der = rsa->certificateDER();
         } else {
-            throw VQXML_XSECException(10406);
+            throw VQXML_XSECException(VQXML_ERR_SOAP_NOT_ASYMMETRIC);
         }
         // Names come as UTF-8 from the key objects.
         if (m_appendIssuerSerial)
@@ -135,7 +134,7 @@ int VQXML_XMLSecurity::SOAPSEC_setSignCertAndKey(unsigned char* cert, int certLe
 int VQXML_XMLSecurity::SOAPSEC_setHMACKey(unsigned char* key, unsigned int len) {
     return vqxml::guarded(*this, "SOAPSEC_setHMACKey > ", [&] {
         if (key == nullptr || key[0] == 0 || m_signatureMethod != 2)
-            throw VQXML_XSECException(10408);
+            throw VQXML_XSECException(VQXML_ERR_SOAP_HMAC_KEY);
         requireWSSecurity().setSigningKey(createHMACKey(key, len));
     });
 }
@@ -143,7 +142,7 @@ int VQXML_XMLSecurity::SOAPSEC_setHMACKey(unsigned char* key, unsigned int len) 
 int VQXML_XMLSecurity::SOAPSEC_setSignKeyName(char* name) {
     return vqxml::guarded(*this, "SOAPSEC_setSignKeyName > ", [&] {
         if (name == nullptr || name[0] == '\0')
-            throw VQXML_XSECException(10407);
+            throw VQXML_XSECException(VQXML_ERR_SOAP_NO_KEY_NAME);
         requireWSSecurity().setSignKeyName(vqxml::XMLT(vqxml::declaredEncoding(m_document).c_str(), name).c_str());
     });
 }

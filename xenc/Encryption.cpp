@@ -21,7 +21,6 @@ XERCES_CPP_NAMESPACE_USE
 
 namespace {
 
-constexpr int kNoDocument = 10106;
 
 // Null, empty and a single space all name the document element.
 bool namesDocumentElement(const char* target) {
@@ -32,7 +31,7 @@ bool namesDocumentElement(const char* target) {
 
 int VQXML_XMLSecurity::XMLENC_setXMLDocument(char* xml, int len) {
     return vqxml::guarded(*this, "XMLENC_setXMLDocument > ", [&] {
-        loadCipherDocument(xml, len, kNoDocument);
+        loadCipherDocument(xml, len, VQXML_ERR_NO_DOCUMENT);
         m_cipher->setPrettyPrint(true);
     });
 }
@@ -42,13 +41,13 @@ int VQXML_XMLSecurity::XMLENC_setSymmKey(unsigned char* key, int /*keyLen: the a
     return vqxml::guarded(*this, "XMLENC_setSymmKey > ", [&] {
         const vqxml::SymmetricAlgorithm* algorithm = vqxml::symmetricBySelector(alg);
         if (algorithm == nullptr)
-            throw VQXML_XSECException(10301);
-        XENCCipher& cipher = requireCipher(kNoDocument);
+            throw VQXML_XSECException(VQXML_ERR_ENC_CIPHER_SELECTOR);
+        XENCCipher& cipher = requireCipher(VQXML_ERR_NO_DOCUMENT);
         vqxml::KeyBuffer bytes(algorithm->keyBytes);
         bytes.fill(key);
         std::unique_ptr<XSECCryptoSymmetricKey> engineKey(vqxml::newSymmetricKey(algorithm->keyType));
         if (!engineKey)
-            throw VQXML_XSECException(11102);
+            throw VQXML_XSECException(VQXML_ERR_PROVIDER_KEY_TYPE);
         engineKey->setKey(bytes.get(), unsigned(bytes.size()));
         cipher.setKey(engineKey.release());
         replaceSessionKey(bytes.release(), algorithm->keyBytes);
@@ -61,11 +60,11 @@ int VQXML_XMLSecurity::XMLENC_setSymmKey(unsigned char* key, int /*keyLen: the a
 int VQXML_XMLSecurity::XMLENC_setPrefix(char* prefix) {
     return vqxml::guarded(*this, "XMLENC_setPrefix > ", [&] {
         if (prefix == nullptr || prefix[0] == '\0')
-            throw VQXML_XSECException(10300);
-        XENCCipher& cipher = requireCipher(kNoDocument);
+            throw VQXML_XSECException(VQXML_ERR_ENC_NO_PREFIX);
+        XENCCipher& cipher = requireCipher(VQXML_ERR_NO_DOCUMENT);
         const vqxml::XString name = vqxml::XMLT(prefix);
         if (!XMLChar1_0::isValidNCName(name.c_str(), name.size()) || name == u"xml" || name == u"xmlns")
-            throw VQXML_XSECException(10300, "The prefix is not a valid XML namespace prefix");
+            throw VQXML_XSECException(VQXML_ERR_ENC_NO_PREFIX, "The prefix is not a valid XML namespace prefix");
         cipher.setXENCNSPrefix(name.c_str());
     });
 }
@@ -73,19 +72,19 @@ int VQXML_XMLSecurity::XMLENC_setPrefix(char* prefix) {
 int VQXML_XMLSecurity::XMLENC_setKeyName(char* keyName) {
     return vqxml::guarded(*this, "XMLENC_setKeyName > ", [&] {
         if (keyName == nullptr || keyName[0] == '\0')
-            throw VQXML_XSECException(10305);
+            throw VQXML_XSECException(VQXML_ERR_ENC_NO_KEY_NAME);
         vqxml::replaceOwnedText(m_keyName, keyName);
     });
 }
 
 int VQXML_XMLSecurity::XMLENC_encryptElement(char* target, int mode, bool withKeyName) {
     return vqxml::guarded(*this, "XMLENC_encryptElement > ", [&] {
-        auto& cipher = static_cast<VQXML_XENCCipher&>(requireCipher(kNoDocument));
+        auto& cipher = static_cast<VQXML_XENCCipher&>(requireCipher(VQXML_ERR_NO_DOCUMENT));
         DOMElement* element = m_document->getDocumentElement();
         if (!namesDocumentElement(target))
             element = static_cast<DOMElement*>(findNode(element, vqxml::XMLT(target).c_str()));
         if (element == nullptr)
-            throw VQXML_XSECException(10302);
+            throw VQXML_XSECException(VQXML_ERR_ENC_NO_ELEMENT);
         const vqxml::SymmetricAlgorithm* algorithm = vqxml::symmetricByMethodCode(m_symmAlg);
         const XMLCh* uri = algorithm != nullptr ? algorithm->uri : nullptr;
         if (mode == 1)
@@ -93,7 +92,7 @@ int VQXML_XMLSecurity::XMLENC_encryptElement(char* target, int mode, bool withKe
         else if (mode == 2)
             cipher.encryptElement(element, uri);
         else
-            throw VQXML_XSECException(10303);
+            throw VQXML_XSECException(VQXML_ERR_ENC_MODE);
         m_encDataCount += 1;
 
         XENCEncryptedData* data = cipher.getEncryptedData();
@@ -112,7 +111,7 @@ int VQXML_XMLSecurity::XMLENC_encryptElement(char* target, int mode, bool withKe
 // Unlike every other method, the text carries no method name.
 int VQXML_XMLSecurity::XMLENC_encrypt() {
     return vqxml::guarded(*this, "", [&] {
-        requireCipher(kNoDocument);
+        requireCipher(VQXML_ERR_NO_DOCUMENT);
         storeResultDocument();
     });
 }

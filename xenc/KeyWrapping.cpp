@@ -49,15 +49,15 @@ int VQXML_XMLSecurity::XMLENC_encryptKeyWrapKey(unsigned char* key, int keyLen, 
     return vqxml::guarded(*this, "XMLENC_encryptKeyWrapKey > ", [&] {
         const vqxml::KeyTransport* transport = vqxml::transportBySelector(alg);
         if (transport == nullptr)
-            throw VQXML_XSECException(10304);
+            throw VQXML_XSECException(VQXML_ERR_ENC_TRANSPORT_SELECTOR);
         if (key == nullptr || keyLen <= 0)
-            throw VQXML_XSECException(10306);
+            throw VQXML_XSECException(VQXML_ERR_ENC_NO_KEY);
         if (m_symmKey == nullptr || m_symmKeyLen <= 0)
-            throw VQXML_XSECException(10307);
-        auto& cipher = static_cast<VQXML_XENCCipher&>(requireCipher(10106));
+            throw VQXML_XSECException(VQXML_ERR_ENC_NO_SESSION_KEY);
+        auto& cipher = static_cast<VQXML_XENCCipher&>(requireCipher(VQXML_ERR_NO_DOCUMENT));
         const bool documentLevel = m_encDataCount > 1;
         if (!documentLevel && cipher.getEncryptedData() == nullptr)
-            throw VQXML_XSECException(10302, "No element has been encrypted yet: the key would serve nothing");
+            throw VQXML_XSECException(VQXML_ERR_ENC_NO_ELEMENT, "No element has been encrypted yet: the key would serve nothing");
 
         std::unique_ptr<XENCEncryptedKey> encryptedKey(wrapSessionKey(cipher, transport->uri, transport->methodCode, key, keyLen));
         DOMElement* element = encryptedKey->getElement();
@@ -92,7 +92,7 @@ XENCEncryptedKey* VQXML_XMLSecurity::wrapSessionKey(XENCCipher& cipher, const XM
     if (transportCode == kTripleDesKeyWrap) {
         std::unique_ptr<XSECCryptoSymmetricKey> kek(vqxml::newSymmetricKey(vqxml::kKeyTripleDes));
         if (!kek)
-            throw VQXML_XSECException(11102);
+            throw VQXML_XSECException(VQXML_ERR_PROVIDER_KEY_TYPE);
         kek->setKey(key, unsigned(keyLen));
         cipher.setKEK(kek.release());
         return cipher.encryptKey(m_symmKey, unsigned(m_symmKeyLen), transportURI);

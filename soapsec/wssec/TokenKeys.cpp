@@ -17,6 +17,7 @@
 #include "engine/korean/KcdsaEncoding.hpp"
 #include "soapsec/wssec/VQXML_WSSecSecurityTokenReference.hpp"
 #include "soapsec/wssec/WssNames.hpp"
+#include "vqxml/vqxml.h"
 
 XERCES_CPP_NAMESPACE_USE
 
@@ -27,7 +28,7 @@ namespace {
 const X509* opensslCertificate(const XSECCryptoX509& cert) {
     const X509* x509 = vqxml::opensslCertificate(&cert);
     if (x509 == nullptr)
-        throw VQXML_XSECException(10508, "The security token holds no readable certificate");
+        throw VQXML_XSECException(VQXML_ERR_SOAP_BAD_HEADER, "The security token holds no readable certificate");
     return x509;
 }
 
@@ -45,7 +46,7 @@ XSECCryptoKey* publicKeyOf(const XSECCryptoX509& cert) {
         return cert.clonePublicKey();
     const std::vector<unsigned char> der = vqxml::encodeCertificate(x509);
     if (der.empty())
-        throw VQXML_XSECException(10508, "The certificate could not be encoded");
+        throw VQXML_XSECException(VQXML_ERR_SOAP_BAD_HEADER, "The certificate could not be encoded");
     return vqxml::createKCDSAKey(der.data(), static_cast<int>(der.size()), nullptr, 0);
 }
 
@@ -67,7 +68,7 @@ XSECCryptoKey* keyOfTokenIn(const DOMElement* security, const XMLCh* issuer, con
             sameText(serial, vqxml::certificateSerialDecimal(x509)))
             return publicKeyOf(*reference.getXSECCrytpoCert());
     }
-    throw VQXML_XSECException(11213, "The signer's certificate named by issuer and serial is not in the message");
+    throw VQXML_XSECException(VQXML_ERR_NOT_VERIFIED, "The signer's certificate named by issuer and serial is not in the message");
 }
 
 }  // namespace vqxml::wss

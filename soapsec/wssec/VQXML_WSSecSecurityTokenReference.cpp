@@ -8,13 +8,13 @@
 
 #include "core/VQXMLException.hpp"
 #include "soapsec/wssec/WssNames.hpp"
+#include "vqxml/vqxml.h"
 
 XERCES_CPP_NAMESPACE_USE
 using namespace vqxml::wss;
 
 namespace {
 
-constexpr int kBadToken = 10508;
 
 std::basic_string<XMLCh> textOf(const DOMElement* element) {
     const XMLCh* text = element != nullptr ? element->getTextContent() : nullptr;
@@ -30,7 +30,7 @@ std::string asciiOf(const std::basic_string<XMLCh>& text) {
     out.reserve(text.size());
     for (XMLCh c : text) {
         if (c > 0x7f)
-            throw VQXML_XSECException(kBadToken, "The security token is not base64 text");
+            throw VQXML_XSECException(VQXML_ERR_SOAP_BAD_HEADER, "The security token is not base64 text");
         out.push_back(static_cast<char>(c));
     }
     return out;
@@ -72,23 +72,23 @@ void VQXML_WSSecSecurityTokenReference::load() {
 void VQXML_WSSecSecurityTokenReference::loadReference(const DOMElement* reference) {
     const XMLCh* uri = reference->getAttributeNS(nullptr, u"URI");
     if (uri == nullptr || uri[0] != u'#' || uri[1] == 0)
-        throw VQXML_XSECException(kBadToken, "The security token reference has no same-message URI");
+        throw VQXML_XSECException(VQXML_ERR_SOAP_BAD_HEADER, "The security token reference has no same-message URI");
     const int found = elementsWithId(m_element->getOwnerDocument(), uri + 1, &m_target);
     if (found == 0)
-        throw VQXML_XSECException(kBadToken, "The security token reference points to no element of the message");
+        throw VQXML_XSECException(VQXML_ERR_SOAP_BAD_HEADER, "The security token reference points to no element of the message");
     if (found > 1)
-        throw VQXML_XSECException(kBadToken, "More than one element carries the Id a token reference names");
+        throw VQXML_XSECException(VQXML_ERR_SOAP_BAD_HEADER, "More than one element carries the Id a token reference names");
     if (isElement(m_target, kXenc, u"EncryptedKey")) {
         m_keyType = ENCRYPTED_KEY;
         return;
     }
     if (!isElement(m_target, kWsse, u"BinarySecurityToken"))
-        throw VQXML_XSECException(kBadToken, "The security token reference points to no security token");
+        throw VQXML_XSECException(VQXML_ERR_SOAP_BAD_HEADER, "The security token reference points to no security token");
     if (!XMLString::equals(m_target->getAttributeNS(nullptr, u"ValueType"), kX509v3) ||
         !absentOr(reference->getAttributeNS(nullptr, u"ValueType"), kX509v3))
-        throw VQXML_XSECException(kBadToken, "The security token has an unknown ValueType");
+        throw VQXML_XSECException(VQXML_ERR_SOAP_BAD_HEADER, "The security token has an unknown ValueType");
     if (!absentOr(m_target->getAttributeNS(nullptr, u"EncodingType"), kBase64Binary))
-        throw VQXML_XSECException(kBadToken, "The security token has an unknown EncodingType");
+        throw VQXML_XSECException(VQXML_ERR_SOAP_BAD_HEADER, "The security token has an unknown EncodingType");
     const std::string base64 = asciiOf(textOf(m_target));
     m_cert.reset(XSECPlatformUtils::g_cryptoProvider->X509());
     m_cert->loadX509Base64Bin(base64.data(), static_cast<unsigned>(base64.size()));
