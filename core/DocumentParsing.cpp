@@ -8,7 +8,6 @@
 #include <openssl/crypto.h>
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/framework/MemBufInputSource.hpp>
-#include <xercesc/internal/XMLScanner.hpp>
 #include <xercesc/parsers/XercesDOMParser.hpp>
 #include <xercesc/sax/ErrorHandler.hpp>
 #include <xercesc/sax/Locator.hpp>
@@ -18,7 +17,7 @@
 #include <xercesc/util/XMLResourceIdentifier.hpp>
 
 #include "core/ParseLimits.hpp"
-#include "core/QuickDOMParser.hpp"
+#include "core/adapter/QuickDOMParser.hpp"
 #include "core/Transcode.hpp"
 #include "core/VQXMLException.hpp"
 #include "vqxml/VQXML_XMLSecurity.h"
@@ -96,7 +95,7 @@ public:
 private:
     [[noreturn]] void refuse(const std::string& what) const {
         const vqxml::XString text = vqxml::toXString(what) + u" (line " +
-                                    vqxml::toXString(std::to_string(getScanner()->getLocator()->getLineNumber())) +
+                                    vqxml::toXString(std::to_string(currentLine())) +
                                     u")";
         throw BoundBroken{text};
     }

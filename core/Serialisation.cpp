@@ -8,7 +8,7 @@
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/framework/MemBufFormatTarget.hpp>
 
-#include "core/DomWriter.hpp"
+#include "core/adapter/DomWriter.hpp"
 #include "core/VQXMLException.hpp"
 #include "vqxml/VQXML_XMLSecurity.h"
 

@@ -1,5 +1,7 @@
 #include "core/VQXMLException.hpp"
 
+#include "core/adapter/Upstream.hpp"
+
 namespace {
 
 // XSECException reads its default text table past its end for some types, so a

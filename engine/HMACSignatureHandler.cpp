@@ -13,6 +13,7 @@
 #include <xsec/utils/XSECPlatformUtils.hpp>
 #include <xsec/utils/XSECSafeBuffer.hpp>
 
+#include "core/adapter/Upstream.hpp"
 #include "engine/Base64.hpp"
 #include "engine/ChainBytes.hpp"
 #include "engine/korean/SecureBytes.hpp"

@@ -8,6 +8,8 @@
 #include <xsec/dsig/DSIGConstants.hpp>
 #include <xsec/framework/XSECException.hpp>
 
+#include "core/adapter/Upstream.hpp"
+
 XERCES_CPP_NAMESPACE_USE
 
 namespace vqxml {

@@ -7,6 +7,7 @@
 #include <xsec/framework/XSECException.hpp>
 #include <xsec/xenc/XENCEncryptionMethod.hpp>
 
+#include "core/adapter/Upstream.hpp"
 #include "engine/CryptoErrorTranslation.hpp"
 #include "engine/VQTKCryptoSymmetricKey.hpp"
 #include "engine/korean/XmlEncCbc.hpp"

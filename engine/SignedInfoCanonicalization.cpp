@@ -11,6 +11,7 @@
 #include <xsec/transformers/TXFMSB.hpp>
 #include <xsec/utils/XSECPlatformUtils.hpp>
 
+#include "core/adapter/Upstream.hpp"
 #include "core/Namespaces.hpp"
 #include "core/Transcode.hpp"
 

@@ -7,6 +7,8 @@
 #include <xsec/framework/XSECException.hpp>
 #include <xsec/utils/XSECPlatformUtils.hpp>
 
+#include "core/adapter/Upstream.hpp"
+
 namespace {
 
 constexpr unsigned int kBlock = 8;

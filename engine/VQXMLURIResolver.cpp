@@ -8,6 +8,7 @@
 #include <xsec/framework/XSECException.hpp>
 #include <xsec/framework/XSECURIResolverXerces.hpp>
 
+#include "core/adapter/Upstream.hpp"
 #include "core/Transcode.hpp"
 
 XERCES_CPP_NAMESPACE_USE

@@ -20,7 +20,8 @@
 #include <xsec/dsig/DSIGConstants.hpp>
 #include <xsec/framework/XSECException.hpp>
 
-#include "core/DomLinking.hpp"
+#include "core/adapter/Upstream.hpp"
+#include "core/adapter/DomLinking.hpp"
 #include "core/ParseLimits.hpp"
 #include "core/VQXMLException.hpp"
 #include "vqxml/vqxml.h"

@@ -12,7 +12,7 @@
 
 #include "ContextFixture.hpp"
 #include "TestFiles.hpp"
-#include "core/DomWriter.hpp"
+#include "core/adapter/DomWriter.hpp"
 
 XERCES_CPP_NAMESPACE_USE
 

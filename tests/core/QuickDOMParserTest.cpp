@@ -10,7 +10,7 @@
 #include <xercesc/util/TransService.hpp>
 
 #include "ContextFixture.hpp"
-#include "core/QuickDOMParser.hpp"
+#include "core/adapter/QuickDOMParser.hpp"
 #include "core/RecyclingMemoryManager.hpp"
 
 XERCES_CPP_NAMESPACE_USE

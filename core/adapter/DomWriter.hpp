@@ -9,8 +9,8 @@
 // well-formed UTF-16) it declines and the caller uses Xerces. One deliberate
 // difference: a CDATA section holding "]]>" is split keeping every character
 // (Xerces drops the ">").
-#ifndef VQXML_CORE_DOMWRITER_HPP
-#define VQXML_CORE_DOMWRITER_HPP
+#ifndef VQXML_CORE_ADAPTER_DOMWRITER_HPP
+#define VQXML_CORE_ADAPTER_DOMWRITER_HPP
 
 #include <string>
 

@@ -6,8 +6,8 @@
 // spent a third of its time there. A parser that has just made a node knows
 // what the checks would find, and knows the node's class from its type, so it
 // links the node itself.
-#ifndef VQXML_CORE_DOMLINKING_HPP
-#define VQXML_CORE_DOMLINKING_HPP
+#ifndef VQXML_CORE_ADAPTER_DOMLINKING_HPP
+#define VQXML_CORE_ADAPTER_DOMLINKING_HPP
 
 #include <xercesc/dom/DOMNode.hpp>
 

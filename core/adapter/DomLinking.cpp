@@ -1,4 +1,4 @@
-#include "core/DomLinking.hpp"
+#include "core/adapter/DomLinking.hpp"
 
 #include <xercesc/dom/DOMAttr.hpp>
 #include <xercesc/dom/DOMElement.hpp>
@@ -7,6 +7,8 @@
 #include <xercesc/dom/impl/DOMCasts.hpp>
 #include <xercesc/dom/impl/DOMElementImpl.hpp>
 #include <xercesc/dom/impl/DOMTextImpl.hpp>
+
+#include "core/adapter/Upstream.hpp"
 
 XERCES_CPP_NAMESPACE_USE
 

@@ -1,11 +1,11 @@
-// A DOM parser that links the nodes it makes itself (core/DomLinking.hpp)
+// A DOM parser that links the nodes it makes itself (DomLinking.hpp)
 // instead of through the DOM's checked, cast-heavy appends. It makes the same
 // tree as XercesDOMParser: elements, attributes and text of the common case go
 // the quick way; anything the quick way does not cover (the document element,
 // a DTD's defaulted or ID attributes, CDATA, schema information) is left to
 // XercesDOMParser.
-#ifndef VQXML_CORE_QUICKDOMPARSER_HPP
-#define VQXML_CORE_QUICKDOMPARSER_HPP
+#ifndef VQXML_CORE_ADAPTER_QUICKDOMPARSER_HPP
+#define VQXML_CORE_ADAPTER_QUICKDOMPARSER_HPP
 
 #include <xercesc/parsers/XercesDOMParser.hpp>
 #include <xercesc/util/XMLString.hpp>
@@ -26,6 +26,10 @@ public:
     void endElement(const XERCES_CPP_NAMESPACE::XMLElementDecl& decl, unsigned int urlId, bool isRoot,
                     const XMLCh* prefix) override;
     void docCharacters(const XMLCh* chars, XMLSize_t length, bool cdataSection) override;
+
+protected:
+    // The line the scanner has reached, for messages.
+    XMLFileLoc currentLine() const;
 
 private:
     bool startQuickly(const XERCES_CPP_NAMESPACE::XMLElementDecl& decl, unsigned int urlId, const XMLCh* prefix,

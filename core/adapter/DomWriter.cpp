@@ -1,4 +1,4 @@
-#include "core/DomWriter.hpp"
+#include "core/adapter/DomWriter.hpp"
 
 #include <vector>
 
@@ -6,6 +6,7 @@
 #include <xercesc/util/XMLString.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
+#include "core/adapter/Upstream.hpp"
 #include "core/Utf8Output.hpp"
 
 XERCES_CPP_NAMESPACE_USE

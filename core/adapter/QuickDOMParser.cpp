@@ -1,4 +1,4 @@
-#include "core/QuickDOMParser.hpp"
+#include "core/adapter/QuickDOMParser.hpp"
 
 #include <xercesc/dom/DOMText.hpp>
 #include <xercesc/dom/impl/DOMAttrImpl.hpp>
@@ -10,7 +10,8 @@
 #include <xercesc/internal/XMLScanner.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
-#include "core/DomLinking.hpp"
+#include "core/adapter/DomLinking.hpp"
+#include "core/adapter/Upstream.hpp"
 #include "core/RecyclingMemoryManager.hpp"
 
 XERCES_CPP_NAMESPACE_USE
@@ -110,4 +111,8 @@ bool vqxml::QuickDOMParser::endQuickly() {
     if (parent == fDocument)
         fWithinElement = false;
     return true;
+}
+
+XMLFileLoc vqxml::QuickDOMParser::currentLine() const {
+    return getScanner()->getLocator()->getLineNumber();
 }
