@@ -142,7 +142,7 @@ unsigned char* VQXML_XMLSecurity::getPriKeyEncRandom() { return m_priKeyEncRando
 
 int VQXML_XMLSecurity::getCert(unsigned char** cert) {
     *cert = m_cert;
-    return m_certLen;
+    return m_cert != nullptr ? m_certLen : 0;
 }
 
 int VQXML_XMLSecurity::appendX509IssuerSerialNumber() {

@@ -36,6 +36,10 @@ class XENCCipher;
 class XENCEncryptedKey;
 class VQXML_WSSecSecurity;
 class CMimeMessage;
+class VQXML_XENCCipher;
+namespace vqxml::xenc {
+struct UnwrapCodes;
+}
 
 /* One node of the list of EncryptedData identifiers made on a handle. */
 struct VQXML_EncDataNode {
@@ -257,6 +261,10 @@ protected:
     void forgetNestedEncryptedKey();
     void readDocumentLevelKey(XENCCipher& cipher, const XMLCh* dataId);
     std::string subjectEncoding() const;
+    /* Replaces the session key by the one the EncryptedKey read last wraps for
+     * the caller (xenc/KeyUnwrapper.hpp); shared by XML Encryption and SOAP. */
+    void unwrapSessionKey(VQXML_XENCCipher& cipher, bool readKeyIsDocumentKey, const vqxml::xenc::UnwrapCodes& codes,
+                          unsigned char* cert, int certLen, unsigned char* priKey, int priKeyLen);
     void storeDecryptedOctets(XERCES_CPP_NAMESPACE::DOMElement* encryptedData);
 
     /* SOAP message security */
