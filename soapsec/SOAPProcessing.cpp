@@ -38,12 +38,13 @@ const vqxml::SymmetricAlgorithm* cipherOf(const XENCEncryptedData* data) {
 
 int VQXML_XMLSecurity::SOAPSEC_setSOAPSecDocument(char* xml, int len) {
     return vqxml::guarded(*this, "SOAPSEC_setSOAPSecDocument > ", [&] {
-        releaseWSSecurityAndDocument();
-        if (xml == nullptr || xml[0] == '\0')
-            throw VQXML_XSECException(10400);
-        loadDocument(xml, len);
-        m_wsSecurity = g_provider->newWSSecSecurityFromDOM(m_document, nullptr);
-        m_wsSecurity->load();
+        loadAfresh([&] {
+            if (xml == nullptr || xml[0] == '\0')
+                throw VQXML_XSECException(10400);
+            loadDocument(xml, len);
+            m_wsSecurity = g_provider->newWSSecSecurityFromDOM(m_document, nullptr);
+            m_wsSecurity->load();
+        });
     });
 }
 
