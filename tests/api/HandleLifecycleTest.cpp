@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <utility>
+#include <vector>
 
 #include <cstdlib>
 #include <cstring>
@@ -112,52 +112,43 @@ TEST(HandleLifecycle, EveryNullOutPointerIsRefused) {
     static char* text;
     static unsigned char* der;
     static int number;
-    const std::pair<const char*, Call> calls[] = {
-        {"XMLAPI_GetVersion", [](void* h, bool n) { return VQTK_XMLAPI_GetVersion(h, 9, n ? nullptr : text); }},
-        {"XMLAPI_GetErrInfo", [](void* h, bool n) { return VQTK_XMLAPI_GetErrInfo(h, 9, n ? nullptr : text); }},
-        {"XMLAPI_GetXMLDocument doc", [](void* h, bool n) { return VQTK_XMLAPI_GetXMLDocument(h, n ? nullptr : &text, &number); }},
-        {"XMLAPI_GetXMLDocument len", [](void* h, bool n) { return VQTK_XMLAPI_GetXMLDocument(h, &text, n ? nullptr : &number); }},
-        {"XMLAPI_DecryptPriKey key", [](void* h, bool n) { return VQTK_XMLAPI_DecryptPriKey(h, nullptr, nullptr, 0, n ? nullptr : &der, &number); }},
-        {"XMLAPI_DecryptPriKey len", [](void* h, bool n) { return VQTK_XMLAPI_DecryptPriKey(h, nullptr, nullptr, 0, &der, n ? nullptr : &number); }},
-        {"XMLAPI_GetRandomFromPriKey", [](void* h, bool n) { return VQTK_XMLAPI_GetRandomFromPriKey(h, nullptr, nullptr, 0, nullptr, 0, n ? nullptr : &der); }},
-        {"XMLDSIG_GetSubjectName", [](void* h, bool n) { return VQTK_XMLDSIG_GetSubjectName(h, n ? nullptr : &text); }},
-        {"XMLDSIG_GetIssuerSerialNum issuer", [](void* h, bool n) { return VQTK_XMLDSIG_GetIssuerSerialNum(h, n ? nullptr : &text, &text); }},
-        {"XMLDSIG_GetIssuerSerialNum serial", [](void* h, bool n) { return VQTK_XMLDSIG_GetIssuerSerialNum(h, &text, n ? nullptr : &text); }},
-        {"XMLDSIG_GetSignCert cert", [](void* h, bool n) { return VQTK_XMLDSIG_GetSignCert(h, n ? nullptr : &der, &number); }},
-        {"XMLDSIG_GetSignCert len", [](void* h, bool n) { return VQTK_XMLDSIG_GetSignCert(h, &der, n ? nullptr : &number); }},
-        {"XMLDSIG_GetKeyName", [](void* h, bool n) { return VQTK_XMLDSIG_GetKeyName(h, n ? nullptr : &text); }},
-        {"XMLDSIG_GetCanonicalReading", [](void* h, bool n) { return VQTK_XMLDSIG_GetCanonicalReading(h, n ? nullptr : &number); }},
-        {"XMLENC_GetSubjectName", [](void* h, bool n) { return VQTK_XMLENC_GetSubjectName(h, n ? nullptr : &text); }},
-        {"XMLENC_GetIssuerSerialNum issuer", [](void* h, bool n) { return VQTK_XMLENC_GetIssuerSerialNum(h, n ? nullptr : &text, &text); }},
-        {"XMLENC_GetIssuerSerialNum serial", [](void* h, bool n) { return VQTK_XMLENC_GetIssuerSerialNum(h, &text, n ? nullptr : &text); }},
-        {"XMLENC_GetEncCert cert", [](void* h, bool n) { return VQTK_XMLENC_GetEncCert(h, n ? nullptr : &der, &number); }},
-        {"XMLENC_GetEncCert len", [](void* h, bool n) { return VQTK_XMLENC_GetEncCert(h, &der, n ? nullptr : &number); }},
-        {"XMLENC_GetKeyName", [](void* h, bool n) { return VQTK_XMLENC_GetKeyName(h, n ? nullptr : &text); }},
-        {"EBXML_GetSubjectName", [](void* h, bool n) { return VQTK_EBXML_GetSubjectName(h, n ? nullptr : &text); }},
-        {"EBXML_GetIssuerSerialNum issuer", [](void* h, bool n) { return VQTK_EBXML_GetIssuerSerialNum(h, n ? nullptr : &text, &text); }},
-        {"EBXML_GetIssuerSerialNum serial", [](void* h, bool n) { return VQTK_EBXML_GetIssuerSerialNum(h, &text, n ? nullptr : &text); }},
-        {"EBXML_GetKeyName", [](void* h, bool n) { return VQTK_EBXML_GetKeyName(h, n ? nullptr : &text); }},
-        {"EBXML_GetSignCert cert", [](void* h, bool n) { return VQTK_EBXML_GetSignCert(h, n ? nullptr : &der, &number); }},
-        {"EBXML_GetSignCert len", [](void* h, bool n) { return VQTK_EBXML_GetSignCert(h, &der, n ? nullptr : &number); }},
-        {"SOAPSEC_GetSignKeyInfo", [](void* h, bool n) { return VQTK_SOAPSEC_GetSignKeyInfo(h, n ? nullptr : &number); }},
-        {"SOAPSEC_GetEncKeyInfo", [](void* h, bool n) { return VQTK_SOAPSEC_GetEncKeyInfo(h, n ? nullptr : &number); }},
-        {"SOAPSEC_GetSubjectName", [](void* h, bool n) { return VQTK_SOAPSEC_GetSubjectName(h, n ? nullptr : &text); }},
-        {"SOAPSEC_GetIssuerSerialNum issuer", [](void* h, bool n) { return VQTK_SOAPSEC_GetIssuerSerialNum(h, n ? nullptr : &text, &text); }},
-        {"SOAPSEC_GetIssuerSerialNum serial", [](void* h, bool n) { return VQTK_SOAPSEC_GetIssuerSerialNum(h, &text, n ? nullptr : &text); }},
-        {"SOAPSEC_GetKeyName", [](void* h, bool n) { return VQTK_SOAPSEC_GetKeyName(h, n ? nullptr : &text); }},
-        {"SOAPSEC_GetSignCert cert", [](void* h, bool n) { return VQTK_SOAPSEC_GetSignCert(h, n ? nullptr : &der, &number); }},
-        {"SOAPSEC_GetSignCert len", [](void* h, bool n) { return VQTK_SOAPSEC_GetSignCert(h, &der, n ? nullptr : &number); }},
+    std::vector<Call> calls = {
+        [](void* h, bool n) { return VQTK_XMLAPI_GetVersion(h, 9, n ? nullptr : text); },
+        [](void* h, bool n) { return VQTK_XMLAPI_GetErrInfo(h, 9, n ? nullptr : text); },
+        [](void* h, bool n) { return VQTK_XMLAPI_GetXMLDocument(h, n ? nullptr : &text, &number); },
+        [](void* h, bool n) { return VQTK_XMLAPI_GetXMLDocument(h, &text, n ? nullptr : &number); },
+        [](void* h, bool n) { return VQTK_XMLAPI_DecryptPriKey(h, nullptr, nullptr, 0, n ? nullptr : &der, &number); },
+        [](void* h, bool n) { return VQTK_XMLAPI_DecryptPriKey(h, nullptr, nullptr, 0, &der, n ? nullptr : &number); },
+        [](void* h, bool n) {
+            return VQTK_XMLAPI_GetRandomFromPriKey(h, nullptr, nullptr, 0, nullptr, 0, n ? nullptr : &der);
+        },
     };
+    for (auto get : {VQTK_XMLDSIG_GetSubjectName, VQTK_XMLDSIG_GetKeyName, VQTK_XMLENC_GetSubjectName,
+                     VQTK_XMLENC_GetKeyName, VQTK_EBXML_GetSubjectName, VQTK_EBXML_GetKeyName,
+                     VQTK_SOAPSEC_GetSubjectName, VQTK_SOAPSEC_GetKeyName})
+        calls.push_back([get](void* h, bool n) { return get(h, n ? nullptr : &text); });
+    for (auto get : {VQTK_XMLDSIG_GetIssuerSerialNum, VQTK_XMLENC_GetIssuerSerialNum, VQTK_EBXML_GetIssuerSerialNum,
+                     VQTK_SOAPSEC_GetIssuerSerialNum}) {
+        calls.push_back([get](void* h, bool n) { return get(h, n ? nullptr : &text, &text); });
+        calls.push_back([get](void* h, bool n) { return get(h, &text, n ? nullptr : &text); });
+    }
+    for (auto get : {VQTK_XMLDSIG_GetSignCert, VQTK_XMLENC_GetEncCert, VQTK_EBXML_GetSignCert,
+                     VQTK_SOAPSEC_GetSignCert}) {
+        calls.push_back([get](void* h, bool n) { return get(h, n ? nullptr : &der, &number); });
+        calls.push_back([get](void* h, bool n) { return get(h, &der, n ? nullptr : &number); });
+    }
+    for (auto get : {VQTK_XMLDSIG_GetCanonicalReading, VQTK_SOAPSEC_GetSignKeyInfo, VQTK_SOAPSEC_GetEncKeyInfo})
+        calls.push_back([get](void* h, bool n) { return get(h, n ? nullptr : &number); });
     char buffer[16];
     ScopedHandle h;
-    for (const auto& [name, call] : calls) {
+    for (size_t i = 0; i < calls.size(); ++i) {
         text = buffer;
         der = reinterpret_cast<unsigned char*>(buffer);
         number = -7;
-        EXPECT_EQ(call(h, true), VQXML_ERR_NULL_ARGUMENT) << name;
-        EXPECT_EQ(call(nullptr, false), VQXML_ERR_NULL_HANDLE) << name;
-        EXPECT_EQ(text, buffer) << name;
-        EXPECT_EQ(number, -7) << name;
+        EXPECT_EQ(calls[i](h, true), VQXML_ERR_NULL_ARGUMENT) << "call " << i;
+        EXPECT_EQ(calls[i](nullptr, false), VQXML_ERR_NULL_HANDLE) << "call " << i;
+        EXPECT_EQ(text, buffer) << "call " << i;
+        EXPECT_EQ(number, -7) << "call " << i;
     }
 }
 
