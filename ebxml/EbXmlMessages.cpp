@@ -126,7 +126,7 @@ int VQXML_XMLSecurity::processAttachment(bool sign) {
     }
     for (const Attachment& attachment : attachments) {
         const vqxml::XString id = vqxml::XMLT("UTF-8", attachment.identifier.c_str());
-        const vqxml::XString uri = u"cid:" + id;
+        const vqxml::XString uri = vqxml::XMLT("UTF-8", vqxml::ebxml::cidURI(attachment.identifier).c_str());
         if (sign)
             referenceAttachment(uri.c_str(), attachment.xml);
         if (referenced(*m_signature, uri.c_str(), true))

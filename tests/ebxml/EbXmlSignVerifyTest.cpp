@@ -73,11 +73,15 @@ TEST(EbXmlSigning, NoCanonicalizationLeavesXmlAttachmentsRaw) {
 TEST(EbXmlSigning, ContentIdsBecomeCidUris) {
     std::vector<Part> parts = standardParts();
     parts[1].contentId = "  <spaced@example.kr>  ";
-    parts[2].contentId = "bare@example.kr";
-    const std::vector<std::string> refs = referencesOf(leavesOf(signedPackage(parts))[0].content);
+    parts[2].contentId = "bare%\"@example.kr";
+    std::string package;
+    ASSERT_EQ(sign(makePackage(parts), &package), 0) << package;
+    const std::vector<std::string> refs = referencesOf(leavesOf(package)[0].content);
     ASSERT_EQ(refs.size(), 3u);
     EXPECT_TRUE(contains(refs[1], "URI=\"cid:spaced@example.kr\"")) << refs[1];
-    EXPECT_TRUE(contains(refs[2], "URI=\"cid:bare@example.kr\"")) << refs[2];
+    // RFC 2392: what a URI cannot carry is percent-encoded, and decoded to find the part.
+    EXPECT_TRUE(contains(refs[2], "URI=\"cid:bare%25%22@example.kr\"")) << refs[2];
+    EXPECT_EQ(verify(package, &package), 0) << package;
 }
 
 TEST(EbXmlSigning, ThePrefixIsAlwaysDs) {
