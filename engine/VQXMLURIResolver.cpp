@@ -1,6 +1,8 @@
 #include "engine/VQXMLURIResolver.hpp"
 
+#include <cctype>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <new>
 #include <string>
@@ -27,13 +29,9 @@ constexpr XMLSize_t kCidSchemeLength = 4;
 }
 
 int hexValue(char c) {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
+    static const char kDigits[] = "0123456789abcdef";
+    const char* at = c != '\0' ? std::strchr(kDigits, std::tolower(static_cast<unsigned char>(c))) : nullptr;
+    return at != nullptr ? static_cast<int>(at - kDigits) : -1;
 }
 
 // The Content-ID a "cid:" URI names (RFC 2392): the rest of the URI with its
