@@ -170,6 +170,13 @@ int VQXML_XMLSecurity::getEncryptedKeyInfo(XENCEncryptedKey* key) {
         if (code == 0)
             throw VQXML_XSECException(11304);
         m_keyWrapAlg = code;
+        // The recipient fields describe this key alone: names or a certificate
+        // left by an earlier reading (the signer's, say) would be checked
+        // against the caller's certificate as if they were the recipient's.
+        freeAndClear(m_subjectName);
+        freeAndClear(m_issuer);
+        freeAndClear(m_serialNumber);
+        freeAndClear(m_cert);
         if (!key->getKeyInfoList()->isEmpty())
             getKeyInfoListData(key->getKeyInfoList());
         m_encryptedKey = key;

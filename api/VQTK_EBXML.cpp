@@ -11,17 +11,13 @@ namespace {
 constexpr int kNoPackage = 10104;
 
 // A bare envelope (data starting with "<") goes to loadDocument as it is; a
-// package's envelope part goes there once the package is held.
+// package's envelope part goes there through the package loader.
 int loadEnvelope(Ctx& c, char* data, int len, int (Ctx::*loadDocument)(char*, int)) {
     if (data == nullptr || data[0] == '\0' || len <= 0)
         return kNoPackage;
     if (data[0] == '<')
         return (c.*loadDocument)(data, len);
-    std::string envelope;
-    const int rc = c.EBXML_loadPackage(data, len, envelope);
-    if (rc != VQXML_OK)
-        return rc;
-    return (c.*loadDocument)(&envelope[0], static_cast<int>(envelope.size()));
+    return c.EBXML_loadPackage(data, len, loadDocument);
 }
 
 }  // namespace

@@ -87,31 +87,15 @@ int VQTK_SOAPSEC_ProcessSOAP(void* handle) {
 }
 
 int VQTK_SOAPSEC_GetSubjectName(void* handle, char** subject) {
-    return forward(handle, [&](Ctx& c) {
-        if (subject == nullptr)
-            return VQXML_ERR_NULL_ARGUMENT;
-        *subject = c.getSubjectName();
-        return 0;
-    });
+    return VQTK_XMLDSIG_GetSubjectName(handle, subject);
 }
 
 int VQTK_SOAPSEC_GetIssuerSerialNum(void* handle, char** issuer, char** serial) {
-    return forward(handle, [&](Ctx& c) {
-        if (issuer == nullptr || serial == nullptr)
-            return VQXML_ERR_NULL_ARGUMENT;
-        *issuer = c.getIssuer();
-        *serial = c.getSerialNumber();
-        return 0;
-    });
+    return VQTK_XMLDSIG_GetIssuerSerialNum(handle, issuer, serial);
 }
 
 int VQTK_SOAPSEC_GetKeyName(void* handle, char** keyName) {
-    return forward(handle, [&](Ctx& c) {
-        if (keyName == nullptr)
-            return VQXML_ERR_NULL_ARGUMENT;
-        *keyName = c.getKeyName();
-        return 0;
-    });
+    return VQTK_XMLDSIG_GetKeyName(handle, keyName);
 }
 
 int VQTK_SOAPSEC_SetVerifyCert(void* handle, unsigned char* cert, int certLen) {
@@ -119,12 +103,7 @@ int VQTK_SOAPSEC_SetVerifyCert(void* handle, unsigned char* cert, int certLen) {
 }
 
 int VQTK_SOAPSEC_GetSignCert(void* handle, unsigned char** cert, int* certLen) {
-    return forward(handle, [&](Ctx& c) {
-        if (cert == nullptr || certLen == nullptr)
-            return VQXML_ERR_NULL_ARGUMENT;
-        *certLen = c.getCert(cert);
-        return 0;
-    });
+    return VQTK_XMLDSIG_GetSignCert(handle, cert, certLen);
 }
 
 }  // extern "C"

@@ -69,8 +69,12 @@ int VQTK_XMLDSIG_AllowExternalReferences(void* handle, int allow) {
     });
 }
 
+// The getters of every family read the same fields (the key information read
+// last); a null out-pointer is refused before anything is written.
 int VQTK_XMLDSIG_GetSubjectName(void* handle, char** subject) {
     return forward(handle, [&](Ctx& c) {
+        if (subject == nullptr)
+            return VQXML_ERR_NULL_ARGUMENT;
         *subject = c.getSubjectName();
         return VQXML_OK;
     });
@@ -78,6 +82,8 @@ int VQTK_XMLDSIG_GetSubjectName(void* handle, char** subject) {
 
 int VQTK_XMLDSIG_GetIssuerSerialNum(void* handle, char** issuer, char** serial) {
     return forward(handle, [&](Ctx& c) {
+        if (issuer == nullptr || serial == nullptr)
+            return VQXML_ERR_NULL_ARGUMENT;
         *issuer = c.getIssuer();
         *serial = c.getSerialNumber();
         return VQXML_OK;
@@ -86,6 +92,8 @@ int VQTK_XMLDSIG_GetIssuerSerialNum(void* handle, char** issuer, char** serial) 
 
 int VQTK_XMLDSIG_GetSignCert(void* handle, unsigned char** cert, int* certLen) {
     return forward(handle, [&](Ctx& c) {
+        if (cert == nullptr || certLen == nullptr)
+            return VQXML_ERR_NULL_ARGUMENT;
         *certLen = c.getCert(cert);
         return VQXML_OK;
     });
@@ -93,6 +101,8 @@ int VQTK_XMLDSIG_GetSignCert(void* handle, unsigned char** cert, int* certLen) {
 
 int VQTK_XMLDSIG_GetKeyName(void* handle, char** keyName) {
     return forward(handle, [&](Ctx& c) {
+        if (keyName == nullptr)
+            return VQXML_ERR_NULL_ARGUMENT;
         *keyName = c.getKeyName();
         return VQXML_OK;
     });

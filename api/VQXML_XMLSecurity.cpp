@@ -106,25 +106,11 @@ VQXML_XMLSecurity::~VQXML_XMLSecurity() {
     freeAndClear(m_encKeyText2);
     freeAndClear(m_version);
     freeAndClear(m_errorMsg);
-    while (m_encDataList != nullptr) {
-        VQXML_EncDataNode* next = m_encDataList->next;
-        delete m_encDataList;
-        m_encDataList = next;
-    }
-    delete m_mimeMessage;
-    m_mimeMessage = nullptr;
-    if (m_cipher != nullptr)
-        g_provider->releaseCipher(m_cipher);
-    m_cipher = nullptr;
-    if (m_wsSecurity != nullptr)
-        g_provider->releaseWSSecSecurity(m_wsSecurity);
-    m_wsSecurity = nullptr;
     try {
-        releaseSignatureAndDocument();
+        releaseLoadedDocument();
     } catch (...) {
         // The handle goes away all the same; nothing is left to report to.
     }
-    m_encryptedKey = nullptr;
     vqxml::leaveEngines();
 }
 
@@ -142,7 +128,7 @@ unsigned char* VQXML_XMLSecurity::getPriKeyEncRandom() { return m_priKeyEncRando
 
 int VQXML_XMLSecurity::getCert(unsigned char** cert) {
     *cert = m_cert;
-    return m_certLen;
+    return m_cert != nullptr ? m_certLen : 0;
 }
 
 int VQXML_XMLSecurity::appendX509IssuerSerialNumber() {

@@ -55,32 +55,16 @@ void VQXML_XMLSecurity::requireTemplate(int code) const {
         throw VQXML_XSECException(code, "No Signature element yet: choose the signature algorithm first");
 }
 
-void VQXML_XMLSecurity::releaseSignatureAndDocument() {
-    m_signatureElement = nullptr;
-    m_signingKey = nullptr;
-    try {
-        if (m_signature != nullptr)
-            g_provider->releaseSignature(m_signature);
-        m_signature = nullptr;
-        if (m_document != nullptr)
-            m_document->release();
-        m_document = nullptr;
-    } catch (...) {
-        m_signature = nullptr;
-        m_document = nullptr;
-        throw VQXML_XSECException(VQXML_ERR_RELEASE);
-    }
-}
-
 int VQXML_XMLSecurity::XMLDSIG_setXMLDocument(char* xml, int len) {
     return vqxml::guarded(*this, "XMLDSIG_setXMLDocument > ", [&] {
-        releaseSignatureAndDocument();
-        if (xml != nullptr && len > 0 && xml[0] != '\0')
-            loadDocument(xml, len);
-        m_signature = g_provider->newSignature();
-        m_signature->setPrettyPrint(true);
-        vqxml::enableIdAttributes(m_signature);
-        vqxml::installURIResolver(*m_signature, true);
+        loadAfresh([&] {
+            if (xml != nullptr && len > 0 && xml[0] != '\0')
+                loadDocument(xml, len);
+            m_signature = g_provider->newSignature();
+            m_signature->setPrettyPrint(true);
+            vqxml::enableIdAttributes(m_signature);
+            vqxml::installURIResolver(*m_signature, true);
+        });
     });
 }
 

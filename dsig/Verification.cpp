@@ -24,23 +24,24 @@ XERCES_CPP_NAMESPACE_USE
 
 int VQXML_XMLSecurity::XMLDSIG_setSignXMLDocument(char* xml, int len) {
     return vqxml::guarded(*this, "XMLDSIG_setSignXMLDocument > ", [&] {
-        releaseSignatureAndDocument();
-        if (xml == nullptr || len <= 0 || xml[0] == '\0')
-            throw VQXML_XSECException(10212);
-        loadDocument(xml, len);
-        m_signature = g_provider->newSignatureFromDOM(m_document);
-        vqxml::installURIResolver(*m_signature, m_allowExternalReferences);
-        vqxml::enableIdAttributes(m_signature);
-        // Key information the engine would loop on or leak is refused before it loads.
-        m_signatureElement = static_cast<DOMElement*>(findDSIGNode(m_document, u"Signature"));
-        if (m_signatureElement != nullptr)
-            vqxml::checkKeyInformation(m_signatureElement);
-        m_signature->load();
-        const vqxml::SignatureCodes codes = vqxml::signatureCodesOf(m_signature->getAlgorithmURI());
-        m_signatureMethod = codes.signatureMethod;
-        m_hashMethod = codes.hashMethod;
-        if (!m_signature->getKeyInfoList()->isEmpty())
-            getKeyInfoListData(m_signature->getKeyInfoList());
+        loadAfresh([&] {
+            if (xml == nullptr || len <= 0 || xml[0] == '\0')
+                throw VQXML_XSECException(10212);
+            loadDocument(xml, len);
+            m_signature = g_provider->newSignatureFromDOM(m_document);
+            vqxml::installURIResolver(*m_signature, m_allowExternalReferences);
+            vqxml::enableIdAttributes(m_signature);
+            // Key information the engine would loop on or leak is refused before it loads.
+            m_signatureElement = static_cast<DOMElement*>(findDSIGNode(m_document, u"Signature"));
+            if (m_signatureElement != nullptr)
+                vqxml::checkKeyInformation(m_signatureElement);
+            m_signature->load();
+            const vqxml::SignatureCodes codes = vqxml::signatureCodesOf(m_signature->getAlgorithmURI());
+            m_signatureMethod = codes.signatureMethod;
+            m_hashMethod = codes.hashMethod;
+            if (!m_signature->getKeyInfoList()->isEmpty())
+                getKeyInfoListData(m_signature->getKeyInfoList());
+        });
     });
 }
 

@@ -2,10 +2,9 @@
 // signature, and writing the package around the serialised envelope.
 //
 // Choices of ours where the interface leaves room:
-// - A package is loaded into a message of its own and replaces the held one only
-//   once it has loaded and can be used (see ebxml/Package.hpp): a further package
-//   thus drops every part of the previous one, and a package that fails (10103)
-//   leaves the context as it was.
+// - A package is held only once it and its envelope have loaded and it can be
+//   used (see ebxml/Package.hpp); loading another drops the previous one first,
+//   and one that fails leaves the handle empty, as every loader does.
 // - Attachment references the signature already has (a second signing on the same
 //   handle) are not added again.
 // - When signing in ebXML mode, or signing or verifying with a package held, the
@@ -82,24 +81,36 @@ CMimeMessage* VQXML_XMLSecurity::getMimeMessage() {
     return m_mimeMessage;
 }
 
-int VQXML_XMLSecurity::EBXML_loadPackage(const char* data, int len, std::string& envelope) noexcept {
+int VQXML_XMLSecurity::EBXML_loadPackage(const char* data, int len,
+                                         int (VQXML_XMLSecurity::*loadEnvelope)(char*, int)) noexcept {
+    auto package = std::make_unique<CMimeMessage>();
+    std::string envelope;
+    int rc = VQXML_OK;
     try {
-        auto package = std::make_unique<CMimeMessage>();
         if (package->Load(data, len) <= 0)
-            return VQXML_ERR_RELEASE;
+            throw vqxml::ebxml::PackageError{"The package does not load"};
         vqxml::ebxml::attachmentsOf(*package);
         const CMimeBody& envelopePart = vqxml::ebxml::envelopeOf(*package);
         if (envelopePart.GetTextLen() == 0)
-            return VQXML_ERR_RELEASE;
+            throw vqxml::ebxml::PackageError{"The envelope part is empty"};
         envelopePart.GetText(envelope);
-        delete m_mimeMessage;
-        m_mimeMessage = package.release();
-        return VQXML_OK;
     } catch (const vqxml::ebxml::PackageError&) {
-        return VQXML_ERR_RELEASE;
+        rc = VQXML_ERR_RELEASE;
     } catch (const std::bad_alloc&) {
-        return VQXML_ERR_MEMORY;
+        rc = VQXML_ERR_MEMORY;
     }
+    if (rc != VQXML_OK) {
+        try {
+            releaseLoadedDocument();
+        } catch (...) {
+            // 10103 either way.
+        }
+        return rc;
+    }
+    rc = (this->*loadEnvelope)(&envelope[0], static_cast<int>(envelope.size()));
+    if (rc == VQXML_OK)
+        m_mimeMessage = package.release();
+    return rc;
 }
 
 int VQXML_XMLSecurity::processAttachment(bool sign) {
@@ -115,7 +126,7 @@ int VQXML_XMLSecurity::processAttachment(bool sign) {
     }
     for (const Attachment& attachment : attachments) {
         const vqxml::XString id = vqxml::XMLT("UTF-8", attachment.identifier.c_str());
-        const vqxml::XString uri = u"cid:" + id;
+        const vqxml::XString uri = vqxml::XMLT("UTF-8", vqxml::ebxml::cidURI(attachment.identifier).c_str());
         if (sign)
             referenceAttachment(uri.c_str(), attachment.xml);
         if (referenced(*m_signature, uri.c_str(), true))

@@ -31,20 +31,46 @@ bool countsAsXml(const CMimeBody& part) {
 }  // namespace
 
 std::string identifierOf(const CMimeBody& part) {
+    int fields = 0;
+    for (const CMimeField& field : part.GetFieldList())
+        fields += vqmime::stricmp(field.GetName(), "Content-ID") == 0 ? 1 : 0;
+    if (fields > 1)
+        throw PackageError{"A part has more than one Content-ID field"};
     const char* value = part.GetContentId();
     if (value == nullptr)
         return std::string();
     std::string id(value);
-    const auto isSpace = [](char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; };
+    const auto isSpace = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
     while (!id.empty() && isSpace(id.back()))
         id.pop_back();
     size_t start = 0;
     while (start < id.size() && isSpace(id[start]))
         ++start;
     id.erase(0, start);
-    if (id.size() >= 2 && id.front() == '<' && id.back() == '>')
-        return id.substr(1, id.size() - 2);
+    if (!id.empty() && (id.front() == '<' || id.back() == '>')) {
+        if (id.size() < 3 || id.front() != '<' || id.back() != '>')
+            throw PackageError{"A Content-ID opens an angle bracket it does not close"};
+        id = id.substr(1, id.size() - 2);
+    }
+    for (unsigned char c : id)
+        if (c <= ' ' || c == 0x7f || c == '<' || c == '>')
+            throw PackageError{"A Content-ID holds white space, a control character or a bracket"};
     return id;
+}
+
+std::string cidURI(const std::string& identifier) {
+    static const char kHex[] = "0123456789ABCDEF";
+    std::string uri = "cid:";
+    for (unsigned char c : identifier) {
+        if (std::isalnum(c) != 0 || std::strchr("-._~!$&'()*+,;=:@/?", c) != nullptr) {
+            uri += static_cast<char>(c);
+        } else {
+            uri += '%';
+            uri += kHex[c >> 4];
+            uri += kHex[c & 15];
+        }
+    }
+    return uri;
 }
 
 CMimeBody& envelopeOf(const CMimeMessage& package) {
@@ -58,6 +84,7 @@ std::vector<Attachment> attachmentsOf(const CMimeMessage& package) {
     std::list<CMimeBody*> leaves = leafParts(package);
     if (leaves.empty())
         throw PackageError{"The package has no part"};
+    identifierOf(*leaves.front());
     leaves.pop_front();
     std::vector<Attachment> attachments;
     std::set<std::string> seen;
@@ -65,8 +92,11 @@ std::vector<Attachment> attachmentsOf(const CMimeMessage& package) {
         Attachment a{identifierOf(*part), part, countsAsXml(*part)};
         if (a.identifier.size() > kMaxIdentifierBytes)
             throw PackageError{"An attachment's Content-ID is longer than 255 bytes"};
-        if (!seen.insert(a.identifier).second)
-            throw PackageError{"Two attachments have the Content-ID <" + a.identifier + ">"};
+        std::string folded = a.identifier;
+        for (char& c : folded)
+            c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        if (!seen.insert(folded).second)
+            throw PackageError{"Two attachments have the Content-ID <" + a.identifier + "> (ASCII case aside)"};
         attachments.push_back(a);
     }
     return attachments;

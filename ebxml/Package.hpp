@@ -2,14 +2,16 @@
 // further leaf part (depth first, as the MIME model lists them) an attachment.
 //
 // Choices of ours where packages leave room:
-// - The identifier is the Content-ID value without surrounding white space and,
-//   when it is enclosed in angle brackets, without them; a value that is not so
-//   enclosed is taken as it stands, and a part without Content-ID has the empty
-//   identifier.
-// - An identifier is at most 255 bytes, the most a "cid:" reference of this
-//   interface carries; a longer one makes the package unusable (PackageError), as
-//   does an identifier that two attachments share, since a "cid:" reference to it
-//   would not say which part it means.
+// - The identifier is what a Content-ID field holds between its angle brackets
+//   (RFC 2392: "cid:" plus the identifier, percent-decoded, names the part),
+//   with white space allowed only outside the brackets; a value without brackets
+//   is taken as it stands, and a part without Content-ID has the empty identifier.
+// - A package another reader could take differently is unusable (PackageError):
+//   a part with two Content-ID fields, a Content-ID with white space, a control
+//   character or an unmatched bracket in its identifier, two attachments whose identifiers are equal
+//   or differ only in ASCII case (readers that fold case would take one for the
+//   other), and an identifier over 255 bytes, the most a "cid:" reference of
+//   this interface carries.
 // - A package without any leaf part, or whose envelope part is empty, is unusable.
 #ifndef VQXML_EBXML_PACKAGE_HPP
 #define VQXML_EBXML_PACKAGE_HPP
@@ -42,8 +44,11 @@ CMimeBody& envelopeOf(const CMimeMessage& package);
 // The attachments in order; throws PackageError as described above.
 std::vector<Attachment> attachmentsOf(const CMimeMessage& package);
 
-// The identifier a part's Content-ID gives.
+// The identifier a part's Content-ID gives; throws PackageError as above.
 std::string identifierOf(const CMimeBody& part);
+
+// The "cid:" URI of an identifier, percent-encoding what a URI cannot carry.
+std::string cidURI(const std::string& identifier);
 
 }  // namespace vqxml::ebxml
 

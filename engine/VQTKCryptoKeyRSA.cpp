@@ -19,6 +19,7 @@
 #include "engine/KeyCache.hpp"
 #include "engine/VQTKCryptoHash.hpp"
 #include "engine/OpenSSLInput.hpp"
+#include "engine/Pkcs1ImplicitRejection.hpp"
 #include "engine/korean/SecureBytes.hpp"
 
 namespace {
@@ -180,6 +181,13 @@ unsigned int VQTKCryptoKeyRSA::privateDecrypt(const unsigned char* inBuf, unsign
         fail("OpenSSL:RSA - the decrypted key does not fit its buffer");
     std::memcpy(plainBuf, plain.data(), len);
     return static_cast<unsigned int>(len);
+}
+
+void VQTKCryptoKeyRSA::unwrapKeyImplicitly(const unsigned char* in, size_t inLen, unsigned char* out,
+                                           size_t keyLen) const {
+    if (getKeyType() != KEY_RSA_PAIR)
+        fail("OpenSSL:RSA - no private key to unwrap with");
+    vqxml::unwrapPkcs1Implicitly(m_pkey.get(), in, inLen, out, keyLen);
 }
 
 bool VQTKCryptoKeyRSA::hasRsaKey(const X509* cert) {

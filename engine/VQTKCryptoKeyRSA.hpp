@@ -34,6 +34,10 @@ public:
                                 const XMLCh* mgfURI = nullptr, unsigned char* params = nullptr,
                                 unsigned int paramsLen = 0) const override;
 
+    // The keyLen-byte key that in wraps by RSA PKCS #1 v1.5, or, when it does
+    // not, the key derived in its place (Pkcs1ImplicitRejection.hpp).
+    void unwrapKeyImplicitly(const unsigned char* in, size_t inLen, unsigned char* out, size_t keyLen) const;
+
     bool hasCertificate() const { return m_cert != nullptr; }
     // The certificate's DER bytes (empty without a certificate).
     const std::vector<unsigned char>& certificateDER() const { return m_certDER; }

@@ -1,6 +1,11 @@
 #include "engine/VQXMLURIResolver.hpp"
 
+#include <cctype>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
 #include <new>
+#include <string>
 
 #include <xercesc/util/BinMemInputStream.hpp>
 #include <xercesc/util/XMLString.hpp>
@@ -24,6 +29,35 @@ constexpr XMLSize_t kCidSchemeLength = 4;
     throw XSECException(XSECException::ErrorOpeningURI, text.c_str());
 }
 
+int hexValue(char c) {
+    static const char kDigits[] = "0123456789abcdef";
+    const char* at = c != '\0' ? std::strchr(kDigits, std::tolower(static_cast<unsigned char>(c))) : nullptr;
+    return at != nullptr ? static_cast<int>(at - kDigits) : -1;
+}
+
+// The Content-ID a "cid:" URI names (RFC 2392): the rest of the URI with its
+// %hh escapes decoded, and nothing else changed. False for a broken escape.
+bool contentIdOf(const XMLCh* rest, vqxml::XString& id) {
+    std::unique_ptr<char, decltype(&std::free)> utf8(vqxml::transcodeOut(rest, "UTF-8"), &std::free);
+    if (!utf8)
+        return false;
+    std::string decoded;
+    for (const char* c = utf8.get(); *c != '\0'; ++c) {
+        if (*c != '%') {
+            decoded += *c;
+            continue;
+        }
+        const int high = hexValue(c[1]);
+        const int low = high < 0 ? -1 : hexValue(c[2]);
+        if (low < 0)
+            return false;
+        decoded += static_cast<char>(high * 16 + low);
+        c += 2;
+    }
+    id = vqxml::XMLT("UTF-8", decoded.c_str());
+    return true;
+}
+
 }  // namespace
 
 VQXML_URIResolver::VQXML_URIResolver(bool readExternal)
@@ -31,7 +65,8 @@ VQXML_URIResolver::VQXML_URIResolver(bool readExternal)
 
 BinInputStream* VQXML_URIResolver::resolveURI(const XMLCh* uri) {
     if (uri != nullptr && XMLString::startsWith(uri, kCidScheme)) {
-        auto found = m_attachments->find(uri + kCidSchemeLength);
+        vqxml::XString id;
+        auto found = contentIdOf(uri + kCidSchemeLength, id) ? m_attachments->find(id) : m_attachments->end();
         if (found == m_attachments->end())
             refuse(u"No attachment of the package has the Content-ID of ", uri);
         static const XMLByte kNothing = 0;

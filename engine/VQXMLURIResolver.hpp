@@ -1,6 +1,7 @@
 // Resolves the Reference URIs that do not point into the document itself.
 //
-// "cid:" URIs name the attachments of an ebXML package: they are served from the
+// "cid:" URIs name the attachments of an ebXML package (RFC 2392: the URI's %hh
+// escapes decoded, then compared exactly): they are served from the
 // bytes kept with addAttachment, exactly as kept, and never from anywhere else; an
 // identifier nobody kept is an engine error (ErrorOpeningURI), signing or verifying.
 //

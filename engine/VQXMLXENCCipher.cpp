@@ -4,11 +4,13 @@
 #include <atomic>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <set>
 #include <string>
 
 #include <openssl/crypto.h>
 #include <xercesc/dom/DOM.hpp>
+#include <xercesc/util/OutOfMemoryException.hpp>
 #include <xsec/dsig/DSIGConstants.hpp>
 #include <xsec/framework/XSECAlgorithmHandler.hpp>
 #include <xsec/framework/XSECAlgorithmMapper.hpp>
@@ -103,6 +105,25 @@ void replaceDocumentElement(DOMDocument* doc, DOMElement* old, DOMDocumentFragme
     }
 }
 
+// Whatever makes a ciphertext fail to decrypt into content (its padding, its
+// octets as UTF-8 or as XML, the bounds on what they hold) gives one status and
+// one text that says nothing of the plaintext: answers that told these apart
+// would let a stranger read the plaintext by sending changed ciphertexts (the
+// CBC padding and parser oracles of XML Encryption). Running out of memory is
+// not the ciphertext's doing and stays itself.
+template <class Work>
+auto undecryptableAsOne(Work&& work) -> decltype(work()) {
+    try {
+        return work();
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const OutOfMemoryException&) {
+        throw;
+    } catch (...) {
+        throw XSECException(XSECException::CipherError, VQXML_XENCCipher::kUndecryptableText);
+    }
+}
+
 XString decimal(unsigned long n) {
     const std::string digits = std::to_string(n);
     return XString(digits.begin(), digits.end());
@@ -149,16 +170,20 @@ void VQXML_XENCCipher::checkDecryptedShape(DOMElement* encryptedData) {
 
 DOMDocument* VQXML_XENCCipher::decryptElement(DOMElement* element) {
     vqxml::checkKeyInformation(element);
-    if (decryptInPlace(element))
-        return getDocument();
-    m_newXencElements = true;
-    checkDecryptedShape(element);
-    return m_engine->decryptElement(element);
+    return undecryptableAsOne([&] {
+        if (decryptInPlace(element))
+            return getDocument();
+        m_newXencElements = true;
+        checkDecryptedShape(element);
+        return m_engine->decryptElement(element);
+    });
 }
 DOMNode* VQXML_XENCCipher::decryptElementDetached(DOMElement* element) {
     vqxml::checkKeyInformation(element);
-    checkDecryptedShape(element);
-    return m_engine->decryptElementDetached(element);
+    return undecryptableAsOne([&] {
+        checkDecryptedShape(element);
+        return m_engine->decryptElementDetached(element);
+    });
 }
 // The loaded EncryptedData goes the checked way too; with none, the engine refuses.
 DOMDocument* VQXML_XENCCipher::decryptElement() {
@@ -171,7 +196,7 @@ DOMNode* VQXML_XENCCipher::decryptElementDetached() {
 }
 XSECBinTXFMInputStream* VQXML_XENCCipher::decryptToBinInputStream(DOMElement* element) {
     vqxml::checkKeyInformation(element);
-    return m_engine->decryptToBinInputStream(element);
+    return undecryptableAsOne([&] { return m_engine->decryptToBinInputStream(element); });
 }
 int VQXML_XENCCipher::decryptKey(DOMElement* keyNode, XMLByte* rawKey, int maxKeySize) {
     std::unique_ptr<XENCEncryptedKey> key(loadEncryptedKey(keyNode));

@@ -19,6 +19,8 @@
 //    Anything else is left to the engine, after its content is checked against
 //    the parse bounds (core/ParseLimits.hpp); content decrypted in place is
 //    held to them while it is built.
+//  - Every failure to decrypt a ciphertext into content (padding, UTF-8, XML,
+//    bounds) is one XSECException, CipherError with kUndecryptableText.
 //
 // Everything else is the engine's cipher, which this one makes from the provider
 // and gives back to it when destroyed. XSECProvider::releaseCipher deletes it.
@@ -83,6 +85,8 @@ public:
     XENCEncryptedData* loadEncryptedData(XERCES_CPP_NAMESPACE::DOMElement* dataNode) override;
 
     // ---- additions ----
+    static constexpr const char* kUndecryptableText =
+        "The EncryptedData does not decrypt to well-formed content with the session key";
     // Whether doc is the very document this cipher was made for (not merely one
     // that took its place at the same address after it was released).
     bool serves(const XERCES_CPP_NAMESPACE::DOMDocument* doc) const;

@@ -13,21 +13,17 @@
 
 #include "engine/EngineLifecycle.hpp"
 #include "core/ErrorFrame.hpp"
-#include "core/Transcode.hpp"
-#include "engine/NameComparison.hpp"
 #include "engine/VQTKCryptoKeyKCDSA.hpp"
 #include "engine/VQTKCryptoKeyRSA.hpp"
 #include "engine/VQTKCryptoSymmetricKey.hpp"
 #include "engine/XencReferences.hpp"
 #include "soapsec/wssec/VQXML_WSSecSecurity.hpp"
-#include "xenc/KeyBuffer.hpp"
+#include "xenc/KeyUnwrapper.hpp"
 #include "xenc/XencAlgorithms.hpp"
 
 XERCES_CPP_NAMESPACE_USE
 
 namespace {
-
-constexpr int kMaxUnwrappedKey = 32;
 
 const vqxml::SymmetricAlgorithm* cipherOf(const XENCEncryptedData* data) {
     const XENCEncryptionMethod* method = data->getEncryptionMethod();
@@ -38,20 +34,17 @@ const vqxml::SymmetricAlgorithm* cipherOf(const XENCEncryptedData* data) {
     return algorithm;
 }
 
-bool differs(const char* stated, const std::string& actual) {
-    return stated != nullptr && actual != stated;
-}
-
 }  // namespace
 
 int VQXML_XMLSecurity::SOAPSEC_setSOAPSecDocument(char* xml, int len) {
     return vqxml::guarded(*this, "SOAPSEC_setSOAPSecDocument > ", [&] {
-        releaseWSSecurityAndDocument();
-        if (xml == nullptr || xml[0] == '\0')
-            throw VQXML_XSECException(10400);
-        loadDocument(xml, len);
-        m_wsSecurity = g_provider->newWSSecSecurityFromDOM(m_document, nullptr);
-        m_wsSecurity->load();
+        loadAfresh([&] {
+            if (xml == nullptr || xml[0] == '\0')
+                throw VQXML_XSECException(10400);
+            loadDocument(xml, len);
+            m_wsSecurity = g_provider->newWSSecSecurityFromDOM(m_document, nullptr);
+            m_wsSecurity->load();
+        });
     });
 }
 
@@ -98,30 +91,8 @@ int VQXML_XMLSecurity::SOAPSEC_getSOAPEncInfo(int* isEncrypted) {
 int VQXML_XMLSecurity::SOAPSEC_decryptKeyWrapKey(unsigned char* cert, int certLen, unsigned char* key, int keyLen) {
     return vqxml::guarded(*this, "SOAPSEC_decryptKeyWrapKey > ", [&] {
         VQXML_WSSecSecurity& engine = requireWSSecurity();
-        if (m_encryptedKey == nullptr)
-            throw VQXML_XSECException(10502, "No encrypted key has been read: call GetEncKeyInfo first");
-        if (m_keyWrapAlg == 9 || m_keyWrapAlg == 10) {
-            VQTKCryptoKeyRSA* rsa = createRSAKey(cert, certLen, key, keyLen, nullptr, nullptr, nullptr, nullptr);
-            engine.setKeyWrapKey(rsa);
-            if (m_issuer != nullptr &&
-                !vqxml::sameDistinguishedName(vqxml::XMLT(m_issuer).c_str(),
-                                              vqxml::XMLT("UTF-8", rsa->issuerName().c_str()).c_str()))
-                throw VQXML_XSECException(10505);
-            if (differs(m_subjectName, rsa->subjectName()))
-                throw VQXML_XSECException(10506);
-            if (differs(m_serialNumber, rsa->serialNumber()))
-                throw VQXML_XSECException(10507);
-        } else if (m_keyWrapAlg == 8) {
-            std::unique_ptr<XSECCryptoSymmetricKey> kek(vqxml::newSymmetricKey(vqxml::kKeyTripleDes));
-            kek->setKey(key, unsigned(keyLen));
-            engine.setKeyWrapKey(kek.release());
-        } else {
-            throw VQXML_XSECException(10502);
-        }
-        replaceSessionKey(nullptr, 0);
-        vqxml::KeyBuffer unwrapped(kMaxUnwrappedKey);
-        const int len = engine.decryptKeyWrapKey(m_encryptedKey->getElement(), unwrapped.get(), unwrapped.size());
-        replaceSessionKey(unwrapped.release(), len);
+        unwrapSessionKey(engine.receivingCipher(), engine.holdsEncryptedKey(m_encryptedKey),
+                         vqxml::xenc::kSoapUnwrapCodes, cert, certLen, key, keyLen);
     });
 }
 

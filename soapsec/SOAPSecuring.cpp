@@ -43,29 +43,20 @@ VQXML_WSSecSecurity& VQXML_XMLSecurity::requireWSSecurity() const {
     return *m_wsSecurity;
 }
 
-// The engine object refers to the document and goes first; the other families'
-// objects over the old document go with it.
-void VQXML_XMLSecurity::releaseWSSecurityAndDocument() {
-    m_encryptedKey = nullptr;
-    if (m_wsSecurity != nullptr)
-        g_provider->releaseWSSecSecurity(m_wsSecurity);
-    m_wsSecurity = nullptr;
-    releaseCipherAndDocument();
-}
-
 int VQXML_XMLSecurity::SOAPSEC_setSOAPDocument(char* xml, int len) {
     return vqxml::guarded(*this, "SOAPSEC_setSOAPDocument > ", [&] {
-        releaseWSSecurityAndDocument();
-        if (xml == nullptr || xml[0] == '\0')
-            throw VQXML_XSECException(VQXML_ERR_SOAP_NO_DOCUMENT);
-        try {
-            loadDocument(xml, len);
-        } catch (const VQXML_XSECException& e) {
-            throw VQXML_XSECException(e.getCode() == VQXML_ERR_PARSE ? VQXML_ERR_SOAP_NO_HEADER : e.getCode());
-        }
-        if (findSOAPHeaderNode(m_document->getDocumentElement()) == nullptr)
-            throw VQXML_XSECException(VQXML_ERR_SOAP_NO_HEADER);
-        m_wsSecurity = g_provider->newWSSecSecurity();
+        loadAfresh([&] {
+            if (xml == nullptr || xml[0] == '\0')
+                throw VQXML_XSECException(VQXML_ERR_SOAP_NO_DOCUMENT);
+            try {
+                loadDocument(xml, len);
+            } catch (const VQXML_XSECException& e) {
+                throw VQXML_XSECException(e.getCode() == VQXML_ERR_PARSE ? VQXML_ERR_SOAP_NO_HEADER : e.getCode());
+            }
+            if (findSOAPHeaderNode(m_document->getDocumentElement()) == nullptr)
+                throw VQXML_XSECException(VQXML_ERR_SOAP_NO_HEADER);
+            m_wsSecurity = g_provider->newWSSecSecurity();
+        });
     });
 }
 

@@ -6,14 +6,9 @@
 //    (nothing loaded, or another family's loader replaced the document) fails
 //    with the family's "no document" code: 10106 when encrypting, 10311 when
 //    decrypting.
-//  - Loading a document starts afresh: the marks of elements encrypted so far,
-//    their count and the "key name went into the data" flag name objects of the
-//    previous document and are cleared with it; so is the EncryptedKey read last.
-//    The position in the walk over document-level EncryptedKeys is the handle's
-//    and is kept.
-//  - One document per handle: loading releases the signature object of the XML
-//    Signature family too, which would otherwise point into the old document,
-//    and an ebXML package, which would otherwise wrap the result.
+//  - Loading a document starts afresh (core/DocumentReset.cpp): the marks of
+//    elements encrypted so far, their count, the "key name went into the data"
+//    flag and the EncryptedKey read last go with the previous document.
 //  - An EncryptedKey read from inside an EncryptedData is forgotten when the
 //    cipher lets that object go (decryption); unwrapping then fails with 10304.
 #include <cstdlib>
@@ -38,36 +33,13 @@ XENCCipher& VQXML_XMLSecurity::requireCipher(int code) const {
     return *m_cipher;
 }
 
-// The marks of elements encrypted so far name objects of the cipher: they go
-// with it, so a new document starts with none.
-void VQXML_XMLSecurity::releaseCipherAndDocument() {
-    m_encryptedKey = nullptr;
-    while (m_encDataList != nullptr) {
-        VQXML_EncDataNode* next = m_encDataList->next;
-        delete m_encDataList;
-        m_encDataList = next;
-    }
-    m_encDataCount = 0;
-    m_keyNameInData = false;
-    delete m_mimeMessage;
-    m_mimeMessage = nullptr;
-    try {
-        if (m_cipher != nullptr)
-            g_provider->releaseCipher(m_cipher);
-        m_cipher = nullptr;
-    } catch (...) {
-        m_cipher = nullptr;
-        throw VQXML_XSECException(VQXML_ERR_RELEASE);
-    }
-    releaseSignatureAndDocument();
-}
-
 void VQXML_XMLSecurity::loadCipherDocument(char* xml, int len, int noDocumentCode) {
-    releaseCipherAndDocument();
-    if (xml == nullptr || xml[0] == '\0')
-        throw VQXML_XSECException(noDocumentCode);
-    loadDocument(xml, len);
-    m_cipher = new VQXML_XENCCipher(*g_provider, m_document);
+    loadAfresh([&] {
+        if (xml == nullptr || xml[0] == '\0')
+            throw VQXML_XSECException(noDocumentCode);
+        loadDocument(xml, len);
+        m_cipher = new VQXML_XENCCipher(*g_provider, m_document);
+    });
 }
 
 // The buffer always holds m_symmKeyLen + 1 bytes, so the destructor's wipe of

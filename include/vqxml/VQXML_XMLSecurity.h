@@ -11,6 +11,7 @@
 
 #include <vqxml/vqxml.h>
 
+#include <functional>
 #include <string>
 
 #include <xercesc/util/XercesDefs.hpp>
@@ -36,6 +37,10 @@ class XENCCipher;
 class XENCEncryptedKey;
 class VQXML_WSSecSecurity;
 class CMimeMessage;
+class VQXML_XENCCipher;
+namespace vqxml::xenc {
+struct UnwrapCodes;
+}
 
 /* One node of the list of EncryptedData identifiers made on a handle. */
 struct VQXML_EncDataNode {
@@ -133,11 +138,13 @@ public:
      * held, every result document is that package with the serialised document as
      * its first part. */
     CMimeMessage* getMimeMessage();
-    /* Loads a package and, if it can be signed or verified, holds it instead of
-     * the previous one and puts its envelope's text in envelope. 0; 10103 when the
-     * package cannot be loaded or used (nothing changes then); 1 without memory.
-     * The error text is not touched. */
-    int EBXML_loadPackage(const char* data, int len, std::string& envelope) noexcept;
+    /* Loads a package and its envelope part with loadEnvelope (one of the XML
+     * Signature loaders), and holds the package once both have loaded. Like
+     * every loader it releases the previous document and package first and leaves
+     * the handle empty when it fails: 10103 when the package cannot be loaded or
+     * used (the error text is not touched then), 1 without memory, else the
+     * status of loadEnvelope. */
+    int EBXML_loadPackage(const char* data, int len, int (VQXML_XMLSecurity::*loadEnvelope)(char*, int)) noexcept;
     /* The attachment step before signing (sign true: a "cid:" reference per
      * attachment, with the reference digest and, for XML attachments, the
      * reference canonicalization) and before verifying; both hand every
@@ -224,9 +231,13 @@ public:
                             unsigned char* recipientKey, int recipientKeyLen);
 
 protected:
+    /* Every loader: releases the document and every engine object over it (and
+     * the ebXML package), runs load, and releases again what load made if it
+     * fails (core/DocumentReset.cpp). */
+    void releaseLoadedDocument();
+    void loadAfresh(const std::function<void()>& load);
     void requireSignature() const;
     void requireTemplate(int code) const;
-    void releaseSignatureAndDocument();
     void placeSignature(XERCES_CPP_NAMESPACE::DOMElement* signature);
     DSIGReference* appendReference(const XMLCh* uri, const char* xpath);
     void writeX509Names(DSIGKeyInfoX509* x509, const std::string& subject, const std::string& issuer,
@@ -246,7 +257,6 @@ protected:
 
     /* XML Encryption */
     XENCCipher& requireCipher(int code) const;
-    void releaseCipherAndDocument();
     void loadCipherDocument(char* xml, int len, int noDocumentCode);
     void replaceSessionKey(unsigned char* key, int len);
     void resizeSessionKey(int len);
@@ -256,11 +266,14 @@ protected:
     void forgetNestedEncryptedKey();
     void readDocumentLevelKey(XENCCipher& cipher, const XMLCh* dataId);
     std::string subjectEncoding() const;
+    /* Replaces the session key by the one the EncryptedKey read last wraps for
+     * the caller (xenc/KeyUnwrapper.hpp); shared by XML Encryption and SOAP. */
+    void unwrapSessionKey(VQXML_XENCCipher& cipher, bool readKeyIsDocumentKey, const vqxml::xenc::UnwrapCodes& codes,
+                          unsigned char* cert, int certLen, unsigned char* priKey, int priKeyLen);
     void storeDecryptedOctets(XERCES_CPP_NAMESPACE::DOMElement* encryptedData);
 
     /* SOAP message security */
     VQXML_WSSecSecurity& requireWSSecurity() const;
-    void releaseWSSecurityAndDocument();
     void decryptSOAPParts();
 
     bool m_ebXml;

@@ -358,8 +358,7 @@ void VQXML_WSSecSecurity::load() {
     DOMElement* security = securityHeader(false);
     if (security == nullptr)
         return;
-    if (m_cipher == nullptr)
-        m_cipher = new VQXML_XENCCipher(m_provider, m_document);
+    VQXML_XENCCipher& cipher = receivingCipher();
     m_encryptedKeys = std::make_unique<DSIGKeyInfoList>(m_env.get());
     for (DOMNode* entry = security->getFirstChild(); entry != nullptr; entry = entry->getNextSibling()) {
         if (isElement(entry, kDsig, u"Signature")) {
@@ -375,7 +374,7 @@ void VQXML_WSSecSecurity::load() {
             m_signatureMethod = codes.signatureMethod;
             m_hashMethod = codes.hashMethod;
         } else if (isElement(entry, kXenc, u"EncryptedKey")) {
-            m_encryptedKeys->addKeyInfo(m_cipher->loadEncryptedKey(static_cast<DOMElement*>(entry)));
+            m_encryptedKeys->addKeyInfo(cipher.loadEncryptedKey(static_cast<DOMElement*>(entry)));
         }
     }
 }
@@ -479,13 +478,15 @@ XSECCryptoKey* VQXML_WSSecSecurity::keyFromTokens() {
     return nullptr;
 }
 
-XENCEncryptedData* VQXML_WSSecSecurity::findEncryptedData() {
-    DOMElement* element = descendant(m_document, kXenc, u"EncryptedData");
-    if (element == nullptr)
-        return nullptr;
+VQXML_XENCCipher& VQXML_WSSecSecurity::receivingCipher() {
     if (m_cipher == nullptr)
         m_cipher = new VQXML_XENCCipher(m_provider, m_document);
-    return m_cipher->loadEncryptedData(element);
+    return *m_cipher;
+}
+
+XENCEncryptedData* VQXML_WSSecSecurity::findEncryptedData() {
+    DOMElement* element = descendant(m_document, kXenc, u"EncryptedData");
+    return element != nullptr ? receivingCipher().loadEncryptedData(element) : nullptr;
 }
 
 XENCEncryptedKey* VQXML_WSSecSecurity::encryptedKeyFor(const DOMElement* element) const {
@@ -497,17 +498,15 @@ XENCEncryptedKey* VQXML_WSSecSecurity::encryptedKeyFor(const DOMElement* element
     return nullptr;
 }
 
-void VQXML_WSSecSecurity::decryptElement(DOMElement* encryptedData) {
-    cipher().decryptElement(encryptedData);
+bool VQXML_WSSecSecurity::holdsEncryptedKey(const XENCEncryptedKey* key) const {
+    for (DSIGKeyInfoList::size_type i = 0; key != nullptr && m_encryptedKeys && i < m_encryptedKeys->getSize(); ++i)
+        if (m_encryptedKeys->item(i) == key)
+            return true;
+    return false;
 }
 
-int VQXML_WSSecSecurity::decryptKeyWrapKey(DOMElement* encryptedKey, unsigned char* out, int outLen) {
-    VQXML_XENCCipher& c = cipher();
-    if (m_keyWrapKey == nullptr)
-        throw VQXML_XSECException(10503, "No key-encryption key was set");
-    c.setKEK(m_keyWrapKey);
-    m_keyWrapKey = nullptr;
-    return c.decryptKey(encryptedKey, out, outLen);
+void VQXML_WSSecSecurity::decryptElement(DOMElement* encryptedData) {
+    cipher().decryptElement(encryptedData);
 }
 
 // Only identifiers of elements the signature references and that lie outside the

@@ -96,8 +96,11 @@ public:
     DSIGKeyInfoList* getEncryptedKeyList() const { return m_encryptedKeys.get(); }
     // The header's encrypted key with that wsu:Id or Id; null when none.
     XENCEncryptedKey* encryptedKeyFor(const XERCES_CPP_NAMESPACE::DOMElement* element) const;
+    // Whether key is one of the header's encrypted keys (compared by address only).
+    bool holdsEncryptedKey(const XENCEncryptedKey* key) const;
+    // The cipher over the received envelope, for unwrapping and decrypting.
+    VQXML_XENCCipher& receivingCipher();
     void decryptElement(XERCES_CPP_NAMESPACE::DOMElement* encryptedData);
-    int decryptKeyWrapKey(XERCES_CPP_NAMESPACE::DOMElement* encryptedKey, unsigned char* out, int outLen);
     void removeWsuId();
     void removeSecurityHeader();
 
@@ -119,7 +122,7 @@ private:
     VQXML_XENCCipher* m_cipher = nullptr;
     XSECCryptoKey* m_signingKey = nullptr;  // until sign() or verify() hands it to the signature
     XSECCryptoKey* m_verificationKey = nullptr;  // the receiver's own, until verify()
-    XSECCryptoKey* m_keyWrapKey = nullptr;  // until encryptKey or decryptKeyWrapKey hands it on
+    XSECCryptoKey* m_keyWrapKey = nullptr;  // until encryptKey hands it on
     std::basic_string<XMLCh> m_bstBase64, m_issuer, m_serial;
     std::vector<std::basic_string<XMLCh>> m_headerDataRefs;
     std::vector<std::unique_ptr<VQXML_WSSecSecurityTokenReference>> m_tokenReferences;

@@ -1,6 +1,9 @@
 // Handles through the C interface: creation, finishing, version, result document.
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <vector>
+
 #include <cstdlib>
 #include <cstring>
 
@@ -100,6 +103,53 @@ TEST(HandleLifecycle, FreeReleasesCallerBuffersAndIgnoresNull) {
     EXPECT_EQ(buffer, nullptr);
     VQTK_XMLAPI_Free(&buffer);
     VQTK_XMLAPI_Free(nullptr);
+}
+
+// Every function that writes through pointers refuses a null one with 10102
+// (after 10100 for a null handle) and writes nothing through the others.
+TEST(HandleLifecycle, EveryNullOutPointerIsRefused) {
+    using Call = std::function<int(void*, bool)>;  // second: pass the null pointer
+    static char* text;
+    static unsigned char* der;
+    static int number;
+    std::vector<Call> calls = {
+        [](void* h, bool n) { return VQTK_XMLAPI_GetVersion(h, 9, n ? nullptr : text); },
+        [](void* h, bool n) { return VQTK_XMLAPI_GetErrInfo(h, 9, n ? nullptr : text); },
+        [](void* h, bool n) { return VQTK_XMLAPI_GetXMLDocument(h, n ? nullptr : &text, &number); },
+        [](void* h, bool n) { return VQTK_XMLAPI_GetXMLDocument(h, &text, n ? nullptr : &number); },
+        [](void* h, bool n) { return VQTK_XMLAPI_DecryptPriKey(h, nullptr, nullptr, 0, n ? nullptr : &der, &number); },
+        [](void* h, bool n) { return VQTK_XMLAPI_DecryptPriKey(h, nullptr, nullptr, 0, &der, n ? nullptr : &number); },
+        [](void* h, bool n) {
+            return VQTK_XMLAPI_GetRandomFromPriKey(h, nullptr, nullptr, 0, nullptr, 0, n ? nullptr : &der);
+        },
+    };
+    for (auto get : {VQTK_XMLDSIG_GetSubjectName, VQTK_XMLDSIG_GetKeyName, VQTK_XMLENC_GetSubjectName,
+                     VQTK_XMLENC_GetKeyName, VQTK_EBXML_GetSubjectName, VQTK_EBXML_GetKeyName,
+                     VQTK_SOAPSEC_GetSubjectName, VQTK_SOAPSEC_GetKeyName})
+        calls.push_back([get](void* h, bool n) { return get(h, n ? nullptr : &text); });
+    for (auto get : {VQTK_XMLDSIG_GetIssuerSerialNum, VQTK_XMLENC_GetIssuerSerialNum, VQTK_EBXML_GetIssuerSerialNum,
+                     VQTK_SOAPSEC_GetIssuerSerialNum}) {
+        calls.push_back([get](void* h, bool n) { return get(h, n ? nullptr : &text, &text); });
+        calls.push_back([get](void* h, bool n) { return get(h, &text, n ? nullptr : &text); });
+    }
+    for (auto get : {VQTK_XMLDSIG_GetSignCert, VQTK_XMLENC_GetEncCert, VQTK_EBXML_GetSignCert,
+                     VQTK_SOAPSEC_GetSignCert}) {
+        calls.push_back([get](void* h, bool n) { return get(h, n ? nullptr : &der, &number); });
+        calls.push_back([get](void* h, bool n) { return get(h, &der, n ? nullptr : &number); });
+    }
+    for (auto get : {VQTK_XMLDSIG_GetCanonicalReading, VQTK_SOAPSEC_GetSignKeyInfo, VQTK_SOAPSEC_GetEncKeyInfo})
+        calls.push_back([get](void* h, bool n) { return get(h, n ? nullptr : &number); });
+    char buffer[16];
+    ScopedHandle h;
+    for (size_t i = 0; i < calls.size(); ++i) {
+        text = buffer;
+        der = reinterpret_cast<unsigned char*>(buffer);
+        number = -7;
+        EXPECT_EQ(calls[i](h, true), VQXML_ERR_NULL_ARGUMENT) << "call " << i;
+        EXPECT_EQ(calls[i](nullptr, false), VQXML_ERR_NULL_HANDLE) << "call " << i;
+        EXPECT_EQ(text, buffer) << "call " << i;
+        EXPECT_EQ(number, -7) << "call " << i;
+    }
 }
 
 }  // namespace

@@ -130,4 +130,60 @@ TEST(HostileDocuments, ADeepXmlAttachmentIsRefusedBeforeTheEngineParsesIt) {
     }
 }
 
+// A loader that fails leaves the handle empty, also when it failed after
+// making its engine object: the family's action then finds no document, rather
+// than acting on the previous document or on half of the new one.
+TEST(HostileDocuments, AFailedLoadLeavesNoDocument) {
+    using Action = int (*)(void*);
+    struct Case {
+        const char* name;
+        Loader load;
+        std::string good, bad;
+        Action action;
+        int noDocument;
+    };
+    const std::string plain = "<a><b>x</b></a>";
+    std::string signedDoc;
+    {
+        ScopedHandle h;
+        ASSERT_EQ(VQTK_XMLDSIG_SetXMLDocument(h, chars(plain), static_cast<int>(plain.size())), 0);
+        ASSERT_EQ(ebxmltest::signWithHmac(h, "not(ancestor-or-self::ds:Signature)"), 0) << errorText(h);
+        signedDoc = dsigtest::resultDocument(h);
+    }
+    xenctest::Encryption e;
+    e.targets = {"b"};
+    e.recipients = {{1, "", xenctest::sharedKek()}};
+    const std::string encrypted = xenctest::encrypt(plain, e);
+    const std::string emptySignature = "<a><ds:Signature xmlns:ds=\"http://www.w3.org/2000/09/xmldsig#\"/></a>";
+    const std::string secured =
+        "<s:Envelope xmlns:s=\"http://schemas.xmlsoap.org/soap/envelope/\"><s:Header><wsse:Security "
+        "xmlns:wsse=\"http://docs.oasis-open.org/wss/2004/01/oasis-200401-wss-wssecurity-secext-1.0.xsd\">" +
+        std::string("</wsse:Security></s:Header><s:Body>x</s:Body></s:Envelope>");
+    std::string twoSignatures = secured;
+    twoSignatures.insert(twoSignatures.find("</wsse:Security>"), emptySignature.substr(3, emptySignature.size() - 7) +
+                                                                     emptySignature.substr(3, emptySignature.size() - 7));
+    const std::string package = ebxmltest::makePackage(ebxmltest::standardParts());
+    std::string signedPackage;
+    ASSERT_EQ(ebxmltest::sign(package, &signedPackage), 0) << signedPackage;
+    const Case cases[] = {
+        {"XMLDSIG_SetXMLDocument", VQTK_XMLDSIG_SetXMLDocument, plain, "<a>", [](void* h) { return VQTK_XMLDSIG_SignatureMethod(h, 1, 1); }, 10200},
+        {"XMLDSIG_SetSignXMLDocument", VQTK_XMLDSIG_SetSignXMLDocument, signedDoc, emptySignature, VQTK_XMLDSIG_Verify, 10200},
+        {"XMLENC_SetXMLDocument", VQTK_XMLENC_SetXMLDocument, plain, "<a>", [](void* h) { return VQTK_XMLENC_EncryptElement(h, const_cast<char*>("b"), 2); }, 10106},
+        {"XMLENC_SetEncXMLDocument", VQTK_XMLENC_SetEncXMLDocument, encrypted, "<a>", VQTK_XMLENC_GetEncKeyInfo, 10311},
+        {"SOAPSEC_SetSOAPDocument", VQTK_SOAPSEC_SetSOAPDocument, secured, "<s:Envelope xmlns:s=\"http://schemas.xmlsoap.org/soap/envelope/\"/>", [](void* h) { return VQTK_SOAPSEC_SignatureMethod(h, 2, 0); }, 10400},
+        {"SOAPSEC_SetSOAPSecXMLDocument", VQTK_SOAPSEC_SetSOAPSecXMLDocument, secured, twoSignatures, VQTK_SOAPSEC_ProcessSOAP, 10400},
+        {"EBXML_SetSOAPDocument", VQTK_EBXML_SetSOAPDocument, package, "--b", [](void* h) { return VQTK_EBXML_SignatureMethod(h, 1, 1); }, 10200},
+        {"EBXML_SetSOAPSecXMLDocument", VQTK_EBXML_SetSOAPSecXMLDocument, signedPackage, "--b", VQTK_EBXML_Verify, 10200},
+    };
+    for (const Case& c : cases) {
+        ScopedHandle h;
+        std::string good = c.good, bad = c.bad;
+        ASSERT_EQ(c.load(h, chars(good), static_cast<int>(good.size())), 0) << c.name << ": " << errorText(h);
+        EXPECT_NE(c.load(h, chars(bad), static_cast<int>(bad.size())), 0) << c.name;
+        EXPECT_EQ(c.action(h), c.noDocument) << c.name << ": " << errorText(h);
+        // Nor does another family find anything.
+        EXPECT_EQ(VQTK_XMLENC_Decrypt(h), 10311) << c.name;
+    }
+}
+
 }  // namespace

@@ -69,13 +69,55 @@ TEST(EbXmlPackageShape, ContentIdsUpTo255BytesAreFine) {
     EXPECT_EQ(verify(out, &out), 0) << out;
 }
 
-TEST(EbXmlPackageShape, ARefusedPackageLeavesThePreviousOneInPlace) {
+// Like every loader, a refused package leaves the handle empty: nothing acts on
+// the package loaded before it.
+// A "cid:" reference names one part exactly (RFC 2392): the Content-ID inside
+// its angle brackets, byte for byte, after percent-decoding the URL. A part
+// with two Content-ID fields, a Content-ID with white space or a lone bracket, or
+// two parts whose Content-IDs differ only in case could be read as another part
+// by another reader, and the package is refused.
+TEST(EbXmlPackageShape, ContentIdsNameOnePartExactly) {
+    const std::string package = signedPackage();
+    const std::string id = "Content-ID: <order@example.kr>";
+    ASSERT_NE(package.find(id), std::string::npos);
+    const auto with = [&](const std::string& field) { return std::string(package).replace(package.find(id), id.size(), field); };
+    struct Case {
+        std::string data;
+        bool loads;  // refused at verification rather than at loading
+    };
+    const Case refused[] = {
+        {with(id + "\r\nContent-ID: <scan2@example.kr>"), false},
+        {with("Content-ID: <ORDER@example.kr>"), true},
+        {with("Content-ID: <order@Example.kr>"), true},
+        {with("Content-ID: < order@example.kr>"), false},
+        {with("Content-ID: <order@example.kr >"), false},
+        {with("Content-ID: <order @example.kr>"), false},
+        {with("Content-ID: <order@example.kr"), false},
+        {with("Content-ID: <Scan@example.kr>"), false},  // the scan part's, in another case
+    };
+    for (const Case& c : refused) {
+        ScopedHandle h;
+        const int loaded = loadForVerifying(h, c.data);
+        const std::string field = c.data.substr(c.data.find("Content-ID", c.data.find("order") - 20), 60);
+        EXPECT_EQ(loaded, c.loads ? 0 : kCannotUse) << field;
+        if (loaded == 0) {
+            EXPECT_NE(VQTK_EBXML_Verify(h), 0) << field;
+        }
+    }
+    ScopedHandle h;
+    ASSERT_EQ(loadForVerifying(h, with("Content-ID:   <order@example.kr>  ")), 0);
+    EXPECT_EQ(VQTK_EBXML_Verify(h), 0) << errorText(h);
+}
+
+TEST(EbXmlPackageShape, ARefusedPackageLeavesNoPackage) {
     const std::string good = makePackage(standardParts());
     ScopedHandle h;
     ASSERT_EQ(loadForSigning(h, good), 0);
     ASSERT_EQ(loadForSigning(h, "Content-Type: multipart/related; boundary=\"b\"\r\n\r\n--b--\r\n"), kCannotUse);
-    ASSERT_EQ(signWithHmac(h), 0) << errorText(h);
-    EXPECT_EQ(leavesOf(resultDocument(h)).size(), 3u);
+    EXPECT_EQ(signWithHmac(h), 10200);
+    ASSERT_EQ(loadForVerifying(h, signedPackage()), 0);
+    ASSERT_EQ(loadForVerifying(h, "--b"), kCannotUse);
+    EXPECT_EQ(VQTK_EBXML_Verify(h), 10200);
 }
 
 TEST(EbXmlPackageShape, AFirstPartThatIsNotXml) {

@@ -100,6 +100,30 @@ TEST(SoapRoundTrip, WrongRecipientIsRefusedByName) {
     EXPECT_EQ(process(encrypt(kEnvelope, 1, 2, pki.cert, ""), pki.otherCert, pki.otherKey, plain), 10507);
 }
 
+// Received messages go through the decryption XML Encryption uses: a changed
+// RSA-1_5 wrapped key unwraps (to a stand-in key) and the body then fails like
+// a changed ciphertext, with one status and one text.
+TEST(SoapRoundTrip, ChangedCiphertextsFailAlike) {
+    Pki pki;
+    const std::string message = encrypt(kEnvelope, 2, 2, pki.cert, "");
+    const size_t wrapped = message.find("<xenc:CipherValue>") + 18;
+    const size_t data = message.rfind("<xenc:CipherValue>") + 18;
+    ASSERT_NE(wrapped, data);
+    std::string text;
+    for (size_t at : {wrapped + 4, wrapped + 40, data + 30, data + 4}) {
+        std::string changed = message;
+        changed[at] = changed[at] == 'A' ? 'B' : 'A';
+        ScopedHandle h;
+        ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &changed[0], size(changed)), 0);
+        ASSERT_TRUE(findKeyFor(h, pki.cert));
+        ASSERT_EQ(VQTK_SOAPSEC_DecryptKeyWrapKey(h, bytes(pki.cert), size(pki.cert), bytes(pki.key), size(pki.key)), 0);
+        ASSERT_EQ(VQTK_SOAPSEC_ProcessSOAP(h), 46);
+        text = text.empty() ? apitest::errorText(h) : text;
+        EXPECT_EQ(apitest::errorText(h), text) << at;
+    }
+    EXPECT_EQ(text, "SOAPSEC_processSOAP > The EncryptedData does not decrypt to well-formed content with the session key");
+}
+
 TEST(SoapRoundTrip, SignThenEncryptAndEncryptThenSign) {
     Pki pki;
     std::string plain;

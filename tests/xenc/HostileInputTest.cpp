@@ -2,10 +2,19 @@
 // and the session key is left as the failing step says.
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <memory>
 #include <string>
+#include <vector>
+
+#include <openssl/evp.h>
+#include <openssl/rsa.h>
+#include <openssl/x509.h>
 
 #include "HostileDocuments.hpp"
 #include "XencFixture.hpp"
+#include "engine/Base64.hpp"
+#include "engine/korean/XmlEncCbc.hpp"
 #include "vqxml/VQXML_XMLSecurity.h"
 
 using namespace xenctest;
@@ -96,34 +105,104 @@ TEST(CertificateChecks, AnotherRecipientLeavesTheSessionKeyAlone) {
     EXPECT_NE(opened.find("<Amount>1100000</Amount>"), std::string::npos);
 }
 
-// With no names to compare, a wrong key fails inside the unwrapping, which has
-// already let go of the old session key.
-TEST(Unwrapping, WrongKeysLeaveNoSessionKey) {
+// A key-encryption key that is not the sender's fails its integrity check
+// inside the unwrapping, which has already let go of the old session key.
+TEST(Unwrapping, WrongKeyEncryptionKeyLeavesNoSessionKey) {
+    Context ctx;
+    ASSERT_EQ(load(ctx, encryptedFor(kKeyWrap)), 0);
+    ASSERT_EQ(ctx.XMLENC_setSymmKey(bytes(kPlaceholder), 24, 1), 0);
+    EXPECT_NE(unwrap(ctx, {1, "", "another key-encryption k"}), 0);
+    EXPECT_EQ(ctx.error().rfind("XMLENC_decryptKeyWrapKey > ", 0), 0u) << ctx.error();
+    EXPECT_EQ(ctx.sessionKey(), "(none)");
+    EXPECT_EQ(ctx.XMLENC_decrypt(), 10314);
+}
+
+// The base64 RSA encryption, without padding, of 00 type PS 00 key (keyLen
+// bytes) for the certificate's key.
+std::string rawRsa(const std::string& certDer, unsigned char type, size_t keyLen) {
+    const auto* der = reinterpret_cast<const unsigned char*>(certDer.data());
+    std::unique_ptr<X509, decltype(&X509_free)> cert(d2i_X509(nullptr, &der, long(certDer.size())), X509_free);
+    EVP_PKEY* key = X509_get0_pubkey(cert.get());
+    std::vector<unsigned char> em(size_t(EVP_PKEY_get_size(key)), 0x5a), out(em.size());
+    em[0] = 0;
+    em[1] = type;
+    em[em.size() - keyLen - 1] = 0;
+    std::unique_ptr<EVP_PKEY_CTX, decltype(&EVP_PKEY_CTX_free)> ctx(EVP_PKEY_CTX_new(key, nullptr),
+                                                                   EVP_PKEY_CTX_free);
+    size_t len = out.size();
+    EXPECT_EQ(EVP_PKEY_encrypt_init(ctx.get()), 1);
+    EXPECT_EQ(EVP_PKEY_CTX_set_rsa_padding(ctx.get(), RSA_NO_PADDING), 1);
+    EXPECT_EQ(EVP_PKEY_encrypt(ctx.get(), out.data(), &len, em.data(), em.size()), 1);
+    return vqxml::base64Text(out);
+}
+
+// A stranger who changes the wrapped key or the ciphertext learns nothing from
+// the answer: an RSA-1_5 key with bad padding, for another key, or of the wrong
+// length unwraps (to a key of the data's length) and the data then fails; a CBC
+// ciphertext with bad padding, bad XML or bad UTF-8 fails alike. One status, one
+// text, and no byte of the plaintext in it.
+TEST(Oracles, FailedDecryptionsLookAlike) {
+    const std::string rsa = encryptedFor(kRsa, 1, false);
+    const auto withKeyValue = [&](const std::string& value) {
+        const size_t from = rsa.find("<xenc:CipherValue>") + 18;
+        return std::string(rsa).replace(from, rsa.find('<', from) - from, value);
+    };
+    std::string flipped = rsa;
+    flipped[rsa.find("<xenc:CipherValue>") + 28] ^= 1;
+    const std::string cert = pki("ee-rsa.crt.der");
     struct Case {
         const char* name;
         std::string text;
         Recipient recipient;
     };
-    const std::string rsa = encryptedFor(kRsa, 1, false);
-    const size_t keyValue = rsa.find("<xenc:CipherValue>") + 18;
-    std::string corrupted = rsa;
-    corrupted[keyValue + 10] = corrupted[keyValue + 10] == 'A' ? 'B' : 'A';
-    const Case cases[] = {
-        {"other private key", rsa, {2, "ee-rsa-b", ""}},
-        {"corrupted wrapped key", corrupted, kRsa},
-        {"other key-encryption key", encryptedFor(kKeyWrap), {1, "", "another key-encryption k"}},
+    const Case rsaCases[] = {
+        {"bad padding type", withKeyValue(rawRsa(cert, 1, 24)), kRsa},
+        {"wrong key length", withKeyValue(rawRsa(cert, 2, 16)), kRsa},
+        {"changed wrapped key", flipped, kRsa},
+        {"another recipient's key", rsa, {2, "ee-rsa-b", ""}},
     };
-    for (const Case& c : cases) {
+    std::string text;
+    for (const Case& c : rsaCases) {
         Context ctx;
         ASSERT_EQ(load(ctx, c.text), 0) << c.name;
-        ASSERT_EQ(ctx.XMLENC_setSymmKey(bytes(kPlaceholder), 24, 1), 0);
-        const Recipient r = c.recipient;
-        const std::string key = r.privateKey();
-        EXPECT_NE(ctx.XMLENC_decryptKeyWrapKey(nullptr, 0, bytes(key), size(key)), 0) << c.name;
-        EXPECT_NE(ctx.error().find("XMLENC_decryptKeyWrapKey > "), std::string::npos) << c.name;
-        EXPECT_EQ(ctx.sessionKey(), "(none)") << c.name;
-        EXPECT_EQ(ctx.XMLENC_decrypt(), 10314) << c.name;
+        const std::string key = c.recipient.privateKey();
+        EXPECT_EQ(ctx.XMLENC_decryptKeyWrapKey(nullptr, 0, bytes(key), size(key)), 0) << c.name << ctx.error();
+        EXPECT_EQ(ctx.m_symmKeyLen, 24) << c.name;
+        EXPECT_EQ(ctx.XMLENC_decrypt(), 46) << c.name;
+        text = text.empty() ? ctx.error() : text;
+        EXPECT_EQ(ctx.error(), text) << c.name;
     }
+    // The same ciphertext always gives the same stand-in key.
+    Context once, again;
+    for (Context* ctx : {&once, &again}) {
+        ASSERT_EQ(load(*ctx, flipped), 0);
+        ASSERT_EQ(unwrap(*ctx, kRsa), 0);
+    }
+    EXPECT_EQ(once.sessionKey(), again.sessionKey());
+
+    const std::string seed = encryptedFor(kKeyWrap, 2);
+    const std::string plains[] = {
+        std::string("<Amount>1100000</Amount>") + std::string(8, '\0'),       // pad byte 0
+        std::string("<Amount>1100000</Amount>") + std::string(8, '\x11'),     // pad byte 17
+        std::string("<Amount>1100000</Amoun>") + std::string(9, '\x09'),      // bad XML
+        std::string("<Amount>11\xff\xfe" "000</Amount>") + std::string(8, '\x08'),  // bad UTF-8
+    };
+    for (const std::string& plain : plains) {
+        const std::uint8_t iv[16] = {1, 2, 3};
+        vqxml::korean::CbcStream stream(vqxml::korean::CbcStream::Direction::Encrypt,
+                                        vqxml::korean::BlockCipherId::Seed, bytes(kPlaceholder), 16, iv, false);
+        std::vector<unsigned char> framed(iv, iv + 16);
+        framed.resize(16 + plain.size());
+        stream.update(reinterpret_cast<const std::uint8_t*>(plain.data()), plain.size(), framed.data() + 16,
+                      plain.size());
+        Context ctx;
+        ASSERT_EQ(load(ctx, withDataCipherValue(seed, vqxml::base64Text(framed))), 0);
+        ASSERT_EQ(ctx.XMLENC_setSymmKey(bytes(kPlaceholder), 16, 2), 0);
+        EXPECT_EQ(ctx.XMLENC_decrypt(), 46);
+        EXPECT_EQ(ctx.error(), text);
+    }
+    EXPECT_EQ(text.find("Amount"), std::string::npos) << text;
+    EXPECT_EQ(text.find("1100000"), std::string::npos) << text;
 }
 
 TEST(Unwrapping, UnknownTransportIsRecordedThenRefused) {

@@ -1,0 +1,43 @@
+// Unwrapping the session key of a received document: one way for XML Encryption
+// and for SOAP processing, which differ only in their status codes.
+//
+// The EncryptedKey read last (by the key information reader) is unwrapped with
+// the caller's certificate and private key, or key-encryption key. Rules of ours:
+//  - The key read last must still be one the family holds: a document-level key,
+//    or one in the ds:KeyInfo of the EncryptedData loaded now. Otherwise (none
+//    read, or one of an EncryptedData let go since) nothing is unwrapped.
+//  - Recipient check: the names the document states for the key (subject, issuer,
+//    serial; when it names its recipient by certificate alone, the names in that
+//    certificate, provided the caller gives its own) must be the caller
+//    certificate's. The first mismatch is refused by its own status.
+//  - Candidates: when the key read last is not the caller's (its names differ, or
+//    it does not unwrap), the other EncryptedKeys of the same ds:KeyInfo are tried
+//    in document order, so that every recipient of a document with several can
+//    open it. With no name matching, the status is the first key's mismatch; with
+//    none unwrapping, its first failure.
+//  - RSA PKCS #1 v1.5 keys never fail to unwrap (engine/Pkcs1ImplicitRejection.hpp):
+//    a bad padding or a key of the wrong length for the EncryptedData's algorithm
+//    gives a derived key, and the data then fails to decrypt like data under any
+//    wrong key. Such a key therefore ends the trial of candidates: trying the
+//    next one only when the padding is bad would answer the very question the
+//    implicit rejection hides.
+#ifndef VQXML_XENC_KEYUNWRAPPER_HPP
+#define VQXML_XENC_KEYUNWRAPPER_HPP
+
+namespace vqxml::xenc {
+
+struct UnwrapCodes {
+    int noEncryptedKey;  // none read (or let go of), or an unknown transport
+    int issuerDiffers;
+    int subjectDiffers;
+    int serialDiffers;
+    int noSecret;        // key wrap without key-encryption key bytes
+    int unknownCipher;   // the EncryptedData's algorithm is not one of ours
+};
+
+inline constexpr UnwrapCodes kXmlEncUnwrapCodes{10304, 10308, 10309, 10310, 10306, 10301};
+inline constexpr UnwrapCodes kSoapUnwrapCodes{10502, 10505, 10506, 10507, 10503, 10500};
+
+}  // namespace vqxml::xenc
+
+#endif
