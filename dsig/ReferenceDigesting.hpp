@@ -9,6 +9,7 @@
 #ifndef VQXML_DSIG_REFERENCEDIGESTING_HPP
 #define VQXML_DSIG_REFERENCEDIGESTING_HPP
 
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -33,6 +34,22 @@ struct ReferenceDigest {
 // carry, octets that do not parse).
 std::optional<ReferenceDigest> digestReference(const XERCES_CPP_NAMESPACE::DOMElement* reference,
                                                const XERCES_CPP_NAMESPACE::DOMElement* signature, OrphanForm form);
+
+// The node-set a same-document reference's URI and transforms select, kept to
+// ask which parts of the document it holds.
+class ReferenceNodeSet {
+public:
+    virtual ~ReferenceNodeSet() = default;
+    // Whether every element, attribute, text and processing instruction of
+    // subtree (comments aside) is in the node-set.
+    virtual bool holdsAll(const XERCES_CPP_NAMESPACE::DOMElement* subtree) = 0;
+};
+
+// Null when the library's transforms do not take the reference (the engine's
+// would), or when its node-set is not of the document's own nodes (octets
+// parsed again).
+std::unique_ptr<ReferenceNodeSet> referenceNodeSet(const XERCES_CPP_NAMESPACE::DOMElement* reference,
+                                                   const XERCES_CPP_NAMESPACE::DOMElement* signature);
 
 // How a reference's digest matched, if it did: where Santuario's and the literal
 // form are the same (or by the engine's transforms), in Santuario's form where

@@ -6,7 +6,6 @@
 #include <xsec/dsig/DSIGReference.hpp>
 #include <xsec/dsig/DSIGReferenceList.hpp>
 #include <xsec/dsig/DSIGSignature.hpp>
-#include <xsec/enc/XSECKeyInfoResolverDefault.hpp>
 #include <xsec/framework/XSECProvider.hpp>
 
 #include "core/EngineLifecycle.hpp"
@@ -14,8 +13,10 @@
 #include "core/Transcode.hpp"
 #include "dsig/AlgorithmCodes.hpp"
 #include "dsig/IdResolution.hpp"
+#include "dsig/KeyBinding.hpp"
 #include "dsig/ReferenceDigesting.hpp"
 #include "dsig/VerificationLimits.hpp"
+#include "dsig/VerifiedCoverage.hpp"
 #include "engine/KeyInfoGuard.hpp"
 #include "engine/SignedInfoCanonicalization.hpp"
 #include "engine/VQXMLURIResolver.hpp"
@@ -52,6 +53,7 @@ int VQXML_XMLSecurity::XMLDSIG_verify() {
         vqxml::checkVerificationLimits(m_signature);
         vqxml::checkReferencedIds(m_signature);
         checkSignatureAndReferences();
+        vqxml::requireCoveredContent(m_signatureElement);
         storeVerifiedContent();
     });
 }
@@ -80,21 +82,24 @@ void VQXML_XMLSecurity::checkSignatureAndReferences() {
         throw VQXML_XSECException(11213, "Validation of <SignedInfo> failed");
 }
 
-// The key the key information gave, or else one the engine's resolver reads from
-// a KeyValue (the signature then owns it).
+// A secret the caller set (an HMAC key), or else the key the key information
+// carries, all of whose items agree (the signature then owns it).
 XSECCryptoKey* VQXML_XMLSecurity::verificationKey() {
-    if (m_signingKey == nullptr) {
-        XSECKeyInfoResolverDefault keyValueReader;
-        if (XSECCryptoKey* key = keyValueReader.resolveKey(m_signature->getKeyInfoList()))
-            setSigningKey(key);
+    const vqxml::KeyBinding binding(m_signature->getKeyInfoList(), nullptr);
+    if (m_signingKey != nullptr) {
+        binding.requireNoPublicKey();
+        return m_signingKey;
     }
+    if (XSECCryptoKey* key = binding.newKey())
+        setSigningKey(key);
     if (m_signingKey == nullptr)
         throw XSECException(XSECException::SigVfyError, "No key to verify the signature with");
     return m_signingKey;
 }
 
 // An enveloping signature yields the first element its first Object carries; any
-// other yields the document without its first Signature.
+// other yields the document without its first Signature and without the other
+// Signatures its references left out.
 void VQXML_XMLSecurity::storeVerifiedContent() {
     DOMElement* root = m_document->getDocumentElement();
     if (XMLString::equals(root->getLocalName(), u"Signature")) {
@@ -112,10 +117,10 @@ void VQXML_XMLSecurity::storeVerifiedContent() {
             m_xmlDocumentLength = XMLDocument2char(m_domImpl, child, &m_xmlDocument);
         return;
     }
+    vqxml::removeUncoveredSignatures(m_signatureElement);
     // Removed, not released: the loaded signature object still refers to it.
-    DOMNode* signature = findDSIGNode(m_document, u"Signature");
-    if (signature != nullptr)
-        signature->getParentNode()->removeChild(signature);
+    if (DOMNode* parent = m_signatureElement->getParentNode())
+        parent->removeChild(m_signatureElement);
     storeResultDocument();
 }
 

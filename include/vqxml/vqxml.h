@@ -354,6 +354,18 @@ VQXML_EXPORT int VQTK_SOAPSEC_GetSubjectName(void* handle, char** subject);
 VQXML_EXPORT int VQTK_SOAPSEC_GetIssuerSerialNum(void* handle, char** issuer, char** serial);
 VQXML_EXPORT int VQTK_SOAPSEC_GetKeyName(void* handle, char** keyName);
 VQXML_EXPORT int VQTK_SOAPSEC_GetSignCert(void* handle, unsigned char** cert, int* certLen);
+/* Addition. ProcessSOAP refuses (11213) a signed message whose signature does not
+ * cover the Envelope's one Body with a reference whose node-set holds all of it.
+ * After a successful ProcessSOAP, *parts is what the signature's references
+ * covered, one line each in their order, every line ended by "\n" (UTF-8): the
+ * element's path from the document element, each step "{namespace}name" with
+ * "[n]" after it when its parent has several child elements of that name, e.g.
+ * "/{http://schemas.xmlsoap.org/soap/envelope/}Envelope/{http://schemas.xmlsoap.org/soap/envelope/}Body";
+ * "/" for the whole document. Paths are those of the message as verified (an
+ * element encrypted after signing is named as the EncryptedData it was). Empty
+ * ("") before a successful ProcessSOAP or for a message without a signature.
+ * Owned by the handle until the next load. */
+VQXML_EXPORT int VQTK_SOAPSEC_GetSignedParts(void* handle, char** parts);
 
 /* Returns at once; exported for the busy waits of start-up. */
 VQXML_EXPORT void VQXML_Sleep(int unused);
