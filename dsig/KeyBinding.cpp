@@ -13,6 +13,7 @@
 #include <xsec/enc/XSECKeyInfoResolverDefault.hpp>
 
 #include "core/VQXMLException.hpp"
+#include "dsig/ReferenceDigesting.hpp"
 #include "vqxml/vqxml.h"
 #include "engine/Base64.hpp"
 #include "engine/CertificateNames.hpp"
@@ -161,23 +162,6 @@ bool sameName(const XString& stated, const std::string& actual) {
     return sameDistinguishedName(stated.c_str(), XMLT("UTF-8", actual.c_str()).c_str());
 }
 
-const EVP_MD* digestOf(const XString& uri) {
-    static const struct {
-        const XMLCh* uri;
-        const EVP_MD* (*md)();
-    } kDigests[] = {
-        {u"http://www.w3.org/2000/09/xmldsig#sha1", &EVP_sha1},
-        {u"http://www.w3.org/2001/04/xmldsig-more#sha224", &EVP_sha224},
-        {u"http://www.w3.org/2001/04/xmlenc#sha256", &EVP_sha256},
-        {u"http://www.w3.org/2001/04/xmldsig-more#sha384", &EVP_sha384},
-        {u"http://www.w3.org/2001/04/xmlenc#sha512", &EVP_sha512},
-    };
-    for (const auto& d : kDigests)
-        if (uri == d.uri)
-            return d.md();
-    return nullptr;
-}
-
 }  // namespace
 
 int signerCertificateIndex(const DSIGKeyInfoX509* x509) {
@@ -298,7 +282,7 @@ void KeyBinding::requireNamed(const X509* cert) const {
             refuse("The X509SKI of the key information names another certificate than the key's");
     }
     for (const auto& [algorithm, value] : m_digests) {
-        const EVP_MD* md = digestOf(algorithm);
+        const EVP_MD* md = openSslDigest(algorithm.c_str());
         unsigned char digest[EVP_MAX_MD_SIZE];
         unsigned int len = 0;
         if (md == nullptr || X509_digest(cert, md, digest, &len) != 1 || decoded(value.c_str()) != Bytes(digest, digest + len))

@@ -1,6 +1,6 @@
 // Key information that names one certificate and carries another key is
-// refused, wherever key information is read (XML Signature, ebXML, WS-Security,
-// XML Encryption recipients): every item of a ds:KeyInfo that carries a key (an
+// refused, wherever a signer's key information is read (XML Signature, ebXML,
+// WS-Security): every item of a ds:KeyInfo that carries a key (an
 // X509Data's signer certificate, a token reference's BinarySecurityToken, a
 // KeyValue, a DEREncodedKeyValue) must be the same key, and every item that
 // names a certificate (X509SubjectName, X509IssuerSerial, X509SKI, X509Digest, a

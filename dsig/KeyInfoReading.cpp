@@ -52,14 +52,21 @@ void readTokenReference(VQXML_XMLSecurity& ctx, DSIGKeyInfo* item) {
 }  // namespace
 
 int VQXML_XMLSecurity::getKeyInfoListData(DSIGKeyInfoList* list) {
+    return readKeyInfo(list, true);
+}
+
+// A signer's key information whose items disagree leaves nothing to report. A
+// recipient's (an EncryptedKey's) is compared with the recipient's own
+// certificate before anything is unwrapped, which needs its names as stated.
+int VQXML_XMLSecurity::readKeyInfo(DSIGKeyInfoList* list, bool signer) {
     return vqxml::guarded(*this, "getKeyInfoListData > ", [&] {
         freeAndClear(m_subjectName);
         freeAndClear(m_issuer);
         freeAndClear(m_serialNumber);
         freeAndClear(m_cert);
         freeAndClear(m_keyName);
-        // Items that disagree leave nothing to report.
-        const vqxml::KeyBinding agreeing(list, nullptr);
+        if (signer)
+            vqxml::KeyBinding(list, nullptr);  // throws when the items disagree
         std::string subjectEncoding = vqxml::declaredEncoding(m_document);
         if (subjectEncoding.empty())
             subjectEncoding = "UTF-8";
@@ -136,7 +143,7 @@ int VQXML_XMLSecurity::getEncryptedKeyInfo(XENCEncryptedKey* key) {
             throw VQXML_XSECException(11304);
         m_keyWrapAlg = code;
         if (!key->getKeyInfoList()->isEmpty())
-            getKeyInfoListData(key->getKeyInfoList());
+            readKeyInfo(key->getKeyInfoList(), false);
         m_encryptedKey = key;
     });
 }

@@ -13,6 +13,7 @@
 #include <optional>
 #include <vector>
 
+#include <openssl/types.h>
 #include <xercesc/dom/DOM.hpp>
 
 #include "core/Transcode.hpp"
@@ -67,6 +68,10 @@ ReferenceMatch matchReferenceDigest(const DSIGReference& reference, XERCES_CPP_N
 
 // The ds:Reference elements of signature's SignedInfo, in order.
 std::vector<XERCES_CPP_NAMESPACE::DOMElement*> referenceElements(const XERCES_CPP_NAMESPACE::DOMElement* signature);
+
+// The OpenSSL digest of an XML Signature digest URI of the SHA family; null
+// for any other.
+const EVP_MD* openSslDigest(const XMLCh* uri);
 
 // The Id a same-document URI names ("#x", "#xpointer(id('x'))"); empty for
 // "", "#xpointer(/)" and URIs that are not same-document.

@@ -101,6 +101,7 @@ XSECCryptoKey* VQXML_XMLSecurity::verificationKey() {
 // other yields the document without its first Signature and without the other
 // Signatures its references left out.
 void VQXML_XMLSecurity::storeVerifiedContent() {
+    vqxml::removeUncoveredSignatures(m_signatureElement);
     DOMElement* root = m_document->getDocumentElement();
     if (XMLString::equals(root->getLocalName(), u"Signature")) {
         if (m_signature->getObjectLength() == 0)
@@ -117,7 +118,6 @@ void VQXML_XMLSecurity::storeVerifiedContent() {
             m_xmlDocumentLength = XMLDocument2char(m_domImpl, child, &m_xmlDocument);
         return;
     }
-    vqxml::removeUncoveredSignatures(m_signatureElement);
     // Removed, not released: the loaded signature object still refers to it.
     if (DOMNode* parent = m_signatureElement->getParentNode())
         parent->removeChild(m_signatureElement);

@@ -156,7 +156,7 @@ void removeUncoveredSignatures(const DOMElement* signature) {
     std::vector<DOMElement*> others;
     for (XMLSize_t i = 0; i < live->getLength(); ++i) {
         auto* other = static_cast<DOMElement*>(live->item(i));
-        if (!holds(signature, other) && !holds(other, signature))
+        if (!holds(other, signature))
             others.push_back(other);
     }
     std::vector<std::unique_ptr<ReferenceNodeSet>> cache;

@@ -28,10 +28,10 @@ const XERCES_CPP_NAMESPACE::DOMNode* referenceTarget(const XERCES_CPP_NAMESPACE:
 //    caller reads in the document).
 void requireCoveredContent(const XERCES_CPP_NAMESPACE::DOMElement* signature);
 
-// Removes from signature's document every other ds:Signature element (not
-// inside signature) of which some reference's node-set does not hold every
-// node: a signature's transforms may leave every ds:Signature out, and what
-// such an element carries was not signed.
+// Removes from signature's document every other ds:Signature element (an
+// enveloping signature's Object content included) of which no reference's
+// node-set holds every node: a signature's transforms may leave every
+// ds:Signature out, and what such an element carries was not signed.
 void removeUncoveredSignatures(const XERCES_CPP_NAMESPACE::DOMElement* signature);
 
 // WS-Security: throws VQXML_XSECException 11213 unless body (the Envelope's

@@ -241,6 +241,7 @@ protected:
     bool signWithOwnTransforms();
     void setSigningKey(XSECCryptoKey* key);
     void storeVerifiedContent();
+    int readKeyInfo(DSIGKeyInfoList* list, bool signer);
     void readX509Data(DSIGKeyInfoX509* x509, const char* subjectEncoding);
     void storeCertificate(const XSECCryptoX509* cert);
     void referenceAttachment(const XMLCh* uri, bool xml);

@@ -91,7 +91,13 @@ VQXML_EXPORT void VQTK_XMLAPI_Free(void** buffer);
  * Verifying: SetSignXMLDocument -> optionally SetHMACKey -> Verify (11213: the
  * signature does not verify; any other code: it could not be checked) -> the
  * getters -> VQTK_XMLAPI_GetXMLDocument gives the document without its first
- * Signature, or the content of an enveloping signature's first Object.
+ * Signature, or the content of an enveloping signature's first Object. What comes
+ * back must be what a Reference covered, else 11213: the document element (URI "",
+ * "#xpointer(/)" or its "#id"; no "#id" Reference may resolve inside a Signature),
+ * or the Object's element; other Signatures the References' transforms left out
+ * are removed from the result. The getters report what KeyInfo says only when all
+ * its items name and carry one key (else they report nothing and Verify gives
+ * 11213); a KeyValue-only signature reports no certificate and no names.
  * Verification never reads anything outside the document unless
  * VQTK_XMLDSIG_AllowExternalReferences(handle, 1) was called. */
 VQXML_EXPORT int VQTK_XMLDSIG_SetXMLDocument(void* handle, char* xml, int len);
