@@ -6,6 +6,7 @@
 #include <xsec/dsig/DSIGReference.hpp>
 #include <xsec/dsig/DSIGReferenceList.hpp>
 #include <xsec/dsig/DSIGSignature.hpp>
+#include <xsec/enc/XSECCryptoKey.hpp>
 #include <xsec/framework/XSECProvider.hpp>
 
 #include "core/EngineLifecycle.hpp"
@@ -86,15 +87,15 @@ void VQXML_XMLSecurity::checkSignatureAndReferences() {
 // carries, all of whose items agree (the signature then owns it).
 XSECCryptoKey* VQXML_XMLSecurity::verificationKey() {
     const vqxml::KeyBinding binding(m_signature->getKeyInfoList(), nullptr);
-    if (m_signingKey != nullptr) {
+    if (m_signingKey != nullptr && m_signingKey->getKeyType() == XSECCryptoKey::KEY_HMAC) {
         binding.requireNoPublicKey();
         return m_signingKey;
     }
-    if (XSECCryptoKey* key = binding.newKey())
-        setSigningKey(key);
-    if (m_signingKey == nullptr)
+    XSECCryptoKey* key = binding.newKey();
+    if (key == nullptr)
         throw XSECException(XSECException::SigVfyError, "No key to verify the signature with");
-    return m_signingKey;
+    setSigningKey(key);
+    return key;
 }
 
 // An enveloping signature yields the first element its first Object carries; any
