@@ -1,5 +1,6 @@
 // The one reader of key information: signer and recipient data out of a parsed
-// ds:KeyInfo, and the certificate's key installed for verification.
+// ds:KeyInfo whose items agree (dsig/KeyBinding.hpp); verification takes its
+// key from the same agreement.
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -14,42 +15,17 @@
 
 #include "core/ErrorFrame.hpp"
 #include "core/Transcode.hpp"
+#include "dsig/KeyBinding.hpp"
 #include "engine/CertificateEncoding.hpp"
-#include "engine/VQTKCryptoKeyKCDSA.hpp"
-#include "engine/VQTKCryptoKeyRSA.hpp"
 #include "engine/VQTKCryptoX509.hpp"
-#include "engine/korean/KcdsaEncoding.hpp"
-#include "soapsec/wssec/TokenKeys.hpp"
 #include "soapsec/wssec/VQXML_WSSecSecurity.hpp"
-#include "soapsec/wssec/WssNames.hpp"
+#include "engine/wssec/WssNames.hpp"
 
 XERCES_CPP_NAMESPACE_USE
 
 namespace {
 
 using vqxml::opensslCertificate;
-
-// X509Data may carry a whole chain, in any order: the signer's certificate is the
-// one that issued none of the others. With no such single certificate, the first.
-int signerCertificateIndex(const DSIGKeyInfoX509* x509) {
-    const int count = x509->getCertificateListSize();
-    int leaf = -1;
-    for (int i = 0; i < count; ++i) {
-        const X509* candidate = opensslCertificate(x509->getCertificateCryptoItem(i));
-        bool issuesAnother = candidate == nullptr;
-        for (int j = 0; j < count && !issuesAnother; ++j) {
-            const X509* other = opensslCertificate(x509->getCertificateCryptoItem(j));
-            issuesAnother = j != i && other != nullptr &&
-                            X509_NAME_cmp(X509_get_subject_name(candidate), X509_get_issuer_name(other)) == 0;
-        }
-        if (!issuesAnother) {
-            if (leaf >= 0)
-                return 0;
-            leaf = i;
-        }
-    }
-    return leaf >= 0 ? leaf : 0;
-}
 
 template <class T>
 void freeAndClear(T*& buffer) {
@@ -76,12 +52,21 @@ void readTokenReference(VQXML_XMLSecurity& ctx, DSIGKeyInfo* item) {
 }  // namespace
 
 int VQXML_XMLSecurity::getKeyInfoListData(DSIGKeyInfoList* list) {
+    return readKeyInfo(list, true);
+}
+
+// A signer's key information whose items disagree leaves nothing to report. A
+// recipient's (an EncryptedKey's) is compared with the recipient's own
+// certificate before anything is unwrapped, which needs its names as stated.
+int VQXML_XMLSecurity::readKeyInfo(DSIGKeyInfoList* list, bool signer) {
     return vqxml::guarded(*this, "getKeyInfoListData > ", [&] {
         freeAndClear(m_subjectName);
         freeAndClear(m_issuer);
         freeAndClear(m_serialNumber);
         freeAndClear(m_cert);
         freeAndClear(m_keyName);
+        if (signer)
+            vqxml::KeyBinding(list, nullptr);  // throws when the items disagree
         std::string subjectEncoding = vqxml::declaredEncoding(m_document);
         if (subjectEncoding.empty())
             subjectEncoding = "UTF-8";
@@ -117,20 +102,7 @@ void VQXML_XMLSecurity::readX509Data(DSIGKeyInfoX509* x509, const char* subjectE
         replaceText(m_serialNumber, serial, nullptr);
     if (x509->getCertificateListSize() == 0)
         return;
-    const XSECCryptoX509* cert = x509->getCertificateCryptoItem(signerCertificateIndex(x509));
-    storeCertificate(cert);
-    if (m_signature != nullptr)
-        setSigningKey(publicKeyOf(cert));
-}
-
-// OpenSSL cannot decode a KCDSA public key: such certificates get our key object.
-XSECCryptoKey* VQXML_XMLSecurity::publicKeyOf(const XSECCryptoX509* cert) {
-    const X509* x509 = opensslCertificate(cert);
-    if (x509 != nullptr && vqxml::korean::isKcdsaPublicKey(X509_get_X509_PUBKEY(x509)))
-        return createKCDSAKey(m_cert, m_certLen, nullptr, 0);
-    if (x509 != nullptr && VQTKCryptoKeyRSA::hasRsaKey(x509))
-        return VQTKCryptoKeyRSA::publicKeyOf(x509);
-    return cert->clonePublicKey();
+    storeCertificate(x509->getCertificateCryptoItem(vqxml::signerCertificateIndex(x509)));
 }
 
 // The engine's certificate object keeps base64 text; callers get DER bytes.
@@ -178,14 +150,13 @@ int VQXML_XMLSecurity::getEncryptedKeyInfo(XENCEncryptedKey* key) {
         freeAndClear(m_serialNumber);
         freeAndClear(m_cert);
         if (!key->getKeyInfoList()->isEmpty())
-            getKeyInfoListData(key->getKeyInfoList());
+            readKeyInfo(key->getKeyInfoList(), false);
         m_encryptedKey = key;
     });
 }
 
-// A certificate's key goes to the WS-Security engine, or to the signature of the
-// other families; a reference to an encrypted key reads that key, which the
-// engine holds (how an EncryptedData of a WS-Security message names its key).
+// A reference to an encrypted key reads that key, which the engine holds (how an
+// EncryptedData of a WS-Security message names its key).
 int VQXML_XMLSecurity::getSecTokenRefInfo(VQXML_WSSecSecurityTokenReference* ref) {
     return vqxml::guarded(*this, "getSecTokenRefInfo > ", [&] {
         freeAndClear(m_cert);
@@ -193,13 +164,8 @@ int VQXML_XMLSecurity::getSecTokenRefInfo(VQXML_WSSecSecurityTokenReference* ref
         freeAndClear(m_serialNumber);
         switch (ref->getSecurityTokenReferenceKeyType()) {
         case VQXML_WSSecSecurityTokenReference::CERTIFICATE:
-            if (const XSECCryptoX509* cert = ref->getXSECCrytpoCert()) {
+            if (const XSECCryptoX509* cert = ref->getXSECCrytpoCert())
                 storeCertificate(cert);
-                if (m_wsSecurity != nullptr)
-                    m_wsSecurity->setSigningKey(vqxml::wss::publicKeyOf(*cert));
-                else if (m_signature != nullptr)
-                    setSigningKey(vqxml::wss::publicKeyOf(*cert));
-            }
             break;
         case VQXML_WSSecSecurityTokenReference::ISSUER_SERIAL:
             if (ref->getX509Issuer() != nullptr)

@@ -106,4 +106,13 @@ int VQTK_SOAPSEC_GetSignCert(void* handle, unsigned char** cert, int* certLen) {
     return VQTK_XMLDSIG_GetSignCert(handle, cert, certLen);
 }
 
+int VQTK_SOAPSEC_GetSignedParts(void* handle, char** parts) {
+    return forward(handle, [&](Ctx& c) {
+        if (parts == nullptr)
+            return VQXML_ERR_NULL_ARGUMENT;
+        *parts = const_cast<char*>(c.SOAPSEC_getSignedParts());
+        return 0;
+    });
+}
+
 }  // extern "C"

@@ -5,6 +5,7 @@
 
 #include <openssl/crypto.h>
 #include <openssl/evp.h>
+#include <xercesc/util/XMLUni.hpp>
 #include <xsec/dsig/DSIGReference.hpp>
 #include <xsec/framework/XSECException.hpp>
 
@@ -70,20 +71,8 @@ private:
 };
 
 std::unique_ptr<Hash> hashFor(const XMLCh* uri) {
-    struct Choice {
-        const XMLCh* uri;
-        const EVP_MD* (*md)();
-    };
-    static const Choice kChoices[] = {
-        {u"http://www.w3.org/2000/09/xmldsig#sha1", &EVP_sha1},
-        {u"http://www.w3.org/2001/04/xmldsig-more#sha224", &EVP_sha224},
-        {u"http://www.w3.org/2001/04/xmlenc#sha256", &EVP_sha256},
-        {u"http://www.w3.org/2001/04/xmldsig-more#sha384", &EVP_sha384},
-        {u"http://www.w3.org/2001/04/xmlenc#sha512", &EVP_sha512},
-    };
-    for (const Choice& c : kChoices)
-        if (XMLString::equals(c.uri, uri))
-            return std::make_unique<Hash>(c.md());
+    if (const EVP_MD* md = openSslDigest(uri))
+        return std::make_unique<Hash>(md);
     if (XMLString::equals(uri, uri::kHas160))
         return std::make_unique<Hash>(korean::HashAlgorithm::Has160);
     return nullptr;
@@ -103,7 +92,9 @@ struct DocumentRelease {
 // tree (its root, the URI's nodes and the filters applied since), or octets.
 class Pipeline {
 public:
-    Pipeline(const DOMElement* signature, OrphanForm form) : m_signature(signature), m_form(form) {}
+    // nodesOnly: the node-set is wanted, never octets (see referenceNodeSet).
+    Pipeline(const DOMElement* signature, OrphanForm form, bool nodesOnly = false)
+        : m_signature(signature), m_form(form), m_nodesOnly(nodesOnly) {}
 
     // The URI's node-set; false for URIs this pipeline does not take.
     bool dereference(const XMLCh* uri, const DOMDocument* doc) {
@@ -151,6 +142,8 @@ public:
             m_deferred = how;
             return true;
         }
+        if (m_nodesOnly)
+            return true;  // the octets would write m_selection; only its nodes are asked about
         Octets octets;
         m_formsDiffer = canonicalize(m_root, m_selection, viewed(how), octets) || m_formsDiffer;
         m_octets = std::move(octets.text);
@@ -173,7 +166,45 @@ public:
 
     bool formsDiffer() const { return m_formsDiffer; }
 
+    // Whether the node-set is of doc's own nodes.
+    bool selectsIn(const DOMDocument* doc) const { return m_doc == doc && !m_parsedAgain; }
+
+    // Whether every element, attribute, text and processing instruction of
+    // subtree is selected (comments are not content). The walk enters the
+    // ancestors first, as the canonicalizer does.
+    bool holdsAll(const DOMElement* subtree) {
+        std::vector<const DOMElement*> ancestors;
+        for (const DOMNode* n = subtree->getParentNode(); n != nullptr && n->getNodeType() == DOMNode::ELEMENT_NODE;
+             n = n->getParentNode())
+            ancestors.push_back(static_cast<const DOMElement*>(n));
+        for (auto it = ancestors.rbegin(); it != ancestors.rend(); ++it)
+            m_selection.enter(*it);
+        const bool all = holdsSubtree(subtree);
+        for (size_t i = 0; i < ancestors.size(); ++i)
+            m_selection.leave();
+        return all;
+    }
+
 private:
+    bool holdsSubtree(const DOMElement* e) {
+        m_selection.enter(e);
+        bool all = m_selection.element();
+        const DOMNamedNodeMap* attributes = e->getAttributes();
+        for (XMLSize_t i = 0; all && attributes != nullptr && i < attributes->getLength(); ++i) {
+            const auto* a = static_cast<const DOMAttr*>(attributes->item(i));
+            all = XMLString::equals(a->getNamespaceURI(), XMLUni::fgXMLNSURIName) || m_selection.attribute(a);
+        }
+        for (const DOMNode* n = e->getFirstChild(); all && n != nullptr; n = n->getNextSibling()) {
+            const short type = n->getNodeType();
+            if (type == DOMNode::ELEMENT_NODE)
+                all = holdsSubtree(static_cast<const DOMElement*>(n));
+            else if (type != DOMNode::COMMENT_NODE)
+                all = m_selection.leaf(n);
+        }
+        m_selection.leave();
+        return all;
+    }
+
     CanonicalOptions viewed(CanonicalOptions how) const {
         how.exclusiveView = m_view;
         return how;
@@ -205,6 +236,10 @@ private:
                 m_view = m_deferred->inclusivePrefixes;
             m_deferred.reset();
             startNodes(m_doc, m_doc, nullptr, comments);
+            return;
+        }
+        if (m_nodesOnly) {
+            m_parsedAgain = true;  // nodes of another tree than the document
             return;
         }
         DOMDocument* parsed = nullptr;
@@ -262,6 +297,8 @@ private:
 
     const DOMElement* m_signature;
     OrphanForm m_form;
+    bool m_nodesOnly;
+    bool m_parsedAgain = false;
     const DOMDocument* m_doc = nullptr;
     const DOMNode* m_root = nullptr;
     std::unique_ptr<SubtreeSelection> m_base;
@@ -319,7 +356,58 @@ private:
     std::vector<std::pair<DOMElement*, XString>> m_added;
 };
 
+class PipelineNodeSet : public ReferenceNodeSet {
+public:
+    explicit PipelineNodeSet(std::unique_ptr<Pipeline> pipeline) : m_pipeline(std::move(pipeline)) {}
+    bool holdsAll(const DOMElement* subtree) override { return m_pipeline->holdsAll(subtree); }
+
+private:
+    std::unique_ptr<Pipeline> m_pipeline;
+};
+
+// The URI's node-set through the transforms; false when the pipeline does not
+// take the reference.
+bool run(Pipeline& pipeline, const DOMElement* reference) {
+    const DOMAttr* uri = reference->getAttributeNode(u"URI");
+    if (uri == nullptr || !pipeline.dereference(uri->getValue(), reference->getOwnerDocument()))
+        return false;
+    const DOMElement* transforms = dsigChild(reference, u"Transforms");
+    for (const DOMElement* t = transforms != nullptr ? transforms->getFirstElementChild() : nullptr; t != nullptr;
+         t = t->getNextElementSibling()) {
+        if (!XMLString::equals(t->getLocalName(), u"Transform") || !XMLString::equals(t->getNamespaceURI(), kDsigNamespace))
+            return false;
+        if (!pipeline.apply(t))
+            return false;
+    }
+    return true;
+}
+
 }  // namespace
+
+const EVP_MD* openSslDigest(const XMLCh* uri) {
+    struct Choice {
+        const XMLCh* uri;
+        const EVP_MD* (*md)();
+    };
+    static const Choice kChoices[] = {
+        {u"http://www.w3.org/2000/09/xmldsig#sha1", &EVP_sha1},
+        {u"http://www.w3.org/2001/04/xmldsig-more#sha224", &EVP_sha224},
+        {u"http://www.w3.org/2001/04/xmlenc#sha256", &EVP_sha256},
+        {u"http://www.w3.org/2001/04/xmldsig-more#sha384", &EVP_sha384},
+        {u"http://www.w3.org/2001/04/xmlenc#sha512", &EVP_sha512},
+    };
+    for (const Choice& c : kChoices)
+        if (XMLString::equals(c.uri, uri))
+            return c.md();
+    return nullptr;
+}
+
+std::unique_ptr<ReferenceNodeSet> referenceNodeSet(const DOMElement* reference, const DOMElement* signature) {
+    auto pipeline = std::make_unique<Pipeline>(signature, OrphanForm::Santuario, true);
+    if (!run(*pipeline, reference) || !pipeline->selectsIn(reference->getOwnerDocument()))
+        return nullptr;
+    return std::make_unique<PipelineNodeSet>(std::move(pipeline));
+}
 
 XString referencedId(const XMLCh* uri) {
     if (uri == nullptr || uri[0] != u'#' || uri[1] == 0)
@@ -342,20 +430,9 @@ std::optional<ReferenceDigest> digestReference(const DOMElement* reference, cons
                                                OrphanForm form) {
     const DOMElement* method = dsigChild(reference, u"DigestMethod");
     std::unique_ptr<Hash> hash = method != nullptr ? hashFor(method->getAttribute(u"Algorithm")) : nullptr;
-    const DOMAttr* uri = reference->getAttributeNode(u"URI");
-    if (!hash || uri == nullptr)
-        return std::nullopt;
     Pipeline pipeline(signature, form);
-    if (!pipeline.dereference(uri->getValue(), reference->getOwnerDocument()))
+    if (!hash || !run(pipeline, reference))
         return std::nullopt;
-    const DOMElement* transforms = dsigChild(reference, u"Transforms");
-    for (const DOMElement* t = transforms != nullptr ? transforms->getFirstElementChild() : nullptr; t != nullptr;
-         t = t->getNextElementSibling()) {
-        if (!XMLString::equals(t->getLocalName(), u"Transform") || !XMLString::equals(t->getNamespaceURI(), kDsigNamespace))
-            return std::nullopt;
-        if (!pipeline.apply(t))
-            return std::nullopt;
-    }
     ReferenceDigest out;
     out.value = pipeline.digest(*hash);
     out.formsDiffer = pipeline.formsDiffer();

@@ -9,9 +9,11 @@
 #ifndef VQXML_DSIG_REFERENCEDIGESTING_HPP
 #define VQXML_DSIG_REFERENCEDIGESTING_HPP
 
+#include <memory>
 #include <optional>
 #include <vector>
 
+#include <openssl/types.h>
 #include <xercesc/dom/DOM.hpp>
 
 #include "core/Transcode.hpp"
@@ -34,6 +36,22 @@ struct ReferenceDigest {
 std::optional<ReferenceDigest> digestReference(const XERCES_CPP_NAMESPACE::DOMElement* reference,
                                                const XERCES_CPP_NAMESPACE::DOMElement* signature, OrphanForm form);
 
+// The node-set a same-document reference's URI and transforms select, kept to
+// ask which parts of the document it holds.
+class ReferenceNodeSet {
+public:
+    virtual ~ReferenceNodeSet() = default;
+    // Whether every element, attribute, text and processing instruction of
+    // subtree (comments aside) is in the node-set.
+    virtual bool holdsAll(const XERCES_CPP_NAMESPACE::DOMElement* subtree) = 0;
+};
+
+// Null when the library's transforms do not take the reference (the engine's
+// would), or when its node-set is not of the document's own nodes (octets
+// parsed again).
+std::unique_ptr<ReferenceNodeSet> referenceNodeSet(const XERCES_CPP_NAMESPACE::DOMElement* reference,
+                                                   const XERCES_CPP_NAMESPACE::DOMElement* signature);
+
 // How a reference's digest matched, if it did: where Santuario's and the literal
 // form are the same (or by the engine's transforms), in Santuario's form where
 // they differ, or only in the literal form libxmlsec1 writes.
@@ -50,6 +68,10 @@ ReferenceMatch matchReferenceDigest(const DSIGReference& reference, XERCES_CPP_N
 
 // The ds:Reference elements of signature's SignedInfo, in order.
 std::vector<XERCES_CPP_NAMESPACE::DOMElement*> referenceElements(const XERCES_CPP_NAMESPACE::DOMElement* signature);
+
+// The OpenSSL digest of an XML Signature digest URI of the SHA family; null
+// for any other.
+const EVP_MD* openSslDigest(const XMLCh* uri);
 
 // The Id a same-document URI names ("#x", "#xpointer(id('x'))"); empty for
 // "", "#xpointer(/)" and URIs that are not same-document.

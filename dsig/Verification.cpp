@@ -6,7 +6,7 @@
 #include <xsec/dsig/DSIGReference.hpp>
 #include <xsec/dsig/DSIGReferenceList.hpp>
 #include <xsec/dsig/DSIGSignature.hpp>
-#include <xsec/enc/XSECKeyInfoResolverDefault.hpp>
+#include <xsec/enc/XSECCryptoKey.hpp>
 #include <xsec/framework/XSECProvider.hpp>
 
 #include "engine/EngineLifecycle.hpp"
@@ -14,8 +14,10 @@
 #include "core/Transcode.hpp"
 #include "dsig/AlgorithmCodes.hpp"
 #include "dsig/IdResolution.hpp"
+#include "dsig/KeyBinding.hpp"
 #include "dsig/ReferenceDigesting.hpp"
 #include "dsig/VerificationLimits.hpp"
+#include "dsig/VerifiedCoverage.hpp"
 #include "engine/KeyInfoGuard.hpp"
 #include "engine/SignedInfoCanonicalization.hpp"
 #include "engine/VQXMLURIResolver.hpp"
@@ -53,6 +55,7 @@ int VQXML_XMLSecurity::XMLDSIG_verify() {
         vqxml::checkVerificationLimits(m_signature);
         vqxml::checkReferencedIds(m_signature);
         checkSignatureAndReferences();
+        vqxml::requireCoveredContent(m_signatureElement);
         storeVerifiedContent();
     });
 }
@@ -81,22 +84,26 @@ void VQXML_XMLSecurity::checkSignatureAndReferences() {
         throw VQXML_XSECException(11213, "Validation of <SignedInfo> failed");
 }
 
-// The key the key information gave, or else one the engine's resolver reads from
-// a KeyValue (the signature then owns it).
+// A secret the caller set (an HMAC key), or else the key the key information
+// carries, all of whose items agree (the signature then owns it).
 XSECCryptoKey* VQXML_XMLSecurity::verificationKey() {
-    if (m_signingKey == nullptr) {
-        XSECKeyInfoResolverDefault keyValueReader;
-        if (XSECCryptoKey* key = keyValueReader.resolveKey(m_signature->getKeyInfoList()))
-            setSigningKey(key);
+    const vqxml::KeyBinding binding(m_signature->getKeyInfoList(), nullptr);
+    if (m_signingKey != nullptr && m_signingKey->getKeyType() == XSECCryptoKey::KEY_HMAC) {
+        binding.requireNoPublicKey();
+        return m_signingKey;
     }
-    if (m_signingKey == nullptr)
+    XSECCryptoKey* key = binding.newKey();
+    if (key == nullptr)
         throw XSECException(XSECException::SigVfyError, "No key to verify the signature with");
-    return m_signingKey;
+    setSigningKey(key);
+    return key;
 }
 
 // An enveloping signature yields the first element its first Object carries; any
-// other yields the document without its first Signature.
+// other yields the document without its first Signature and without the other
+// Signatures its references left out.
 void VQXML_XMLSecurity::storeVerifiedContent() {
+    vqxml::removeUncoveredSignatures(m_signatureElement);
     DOMElement* root = m_document->getDocumentElement();
     if (XMLString::equals(root->getLocalName(), u"Signature")) {
         if (m_signature->getObjectLength() == 0)
@@ -114,9 +121,8 @@ void VQXML_XMLSecurity::storeVerifiedContent() {
         return;
     }
     // Removed, not released: the loaded signature object still refers to it.
-    DOMNode* signature = findDSIGNode(m_document, u"Signature");
-    if (signature != nullptr)
-        signature->getParentNode()->removeChild(signature);
+    if (DOMNode* parent = m_signatureElement->getParentNode())
+        parent->removeChild(m_signatureElement);
     storeResultDocument();
 }
 

@@ -105,12 +105,17 @@ int VQXML_XMLSecurity::SOAPSEC_setVerifyCert(unsigned char* cert, int certLen) {
         VQXML_WSSecSecurity& engine = requireWSSecurity();
         if (!engine.isWSSecSignature())
             throw VQXML_XSECException(10406, "The message carries no signature");
-        if (engine.getSignatureMethod() == 5)
-            engine.setVerificationKey(createKCDSAKey(cert, certLen, nullptr, 0));
-        else if (engine.getSignatureMethod() == 3)
-            engine.setVerificationKey(createRSAKey(cert, certLen, nullptr, 0, nullptr, nullptr, nullptr, nullptr));
-        else
+        if (engine.getSignatureMethod() == 5) {
+            std::unique_ptr<VQTKCryptoKeyKCDSA> key(createKCDSAKey(cert, certLen, nullptr, 0));
+            const std::vector<unsigned char> der = key->certificateDER();
+            engine.setVerificationKey(key.release(), der);
+        } else if (engine.getSignatureMethod() == 3) {
+            std::unique_ptr<VQTKCryptoKeyRSA> key(createRSAKey(cert, certLen, nullptr, 0, nullptr, nullptr, nullptr, nullptr));
+            const std::vector<unsigned char> der = key->certificateDER();
+            engine.setVerificationKey(key.release(), der);
+        } else {
             throw VQXML_XSECException(10406);
+        }
     });
 }
 
@@ -159,4 +164,8 @@ int VQXML_XMLSecurity::SOAPSEC_processSOAP() {
         }
         storeResultDocument();
     });
+}
+
+const char* VQXML_XMLSecurity::SOAPSEC_getSignedParts() const {
+    return m_wsSecurity != nullptr ? m_wsSecurity->signedParts().c_str() : "";
 }

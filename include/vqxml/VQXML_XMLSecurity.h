@@ -183,6 +183,9 @@ public:
     /* The signer's certificate (DER or PEM) for a message that names it only by
      * issuer and serial; its key verifies the signature ahead of any token. */
     int SOAPSEC_setVerifyCert(unsigned char* cert, int certLen);
+    /* Addition: VQTK_SOAPSEC_GetSignedParts. What the last successful
+     * SOAPSEC_processSOAP's signature covered; "" before one. */
+    const char* SOAPSEC_getSignedParts() const;
     /* Reads one wsse:SecurityTokenReference (key information reading). */
     int getSecTokenRefInfo(class VQXML_WSSecSecurityTokenReference* ref);
 
@@ -248,9 +251,9 @@ protected:
     XSECCryptoKey* verificationKey();
     void setSigningKey(XSECCryptoKey* key);
     void storeVerifiedContent();
+    int readKeyInfo(DSIGKeyInfoList* list, bool signer);
     void readX509Data(DSIGKeyInfoX509* x509, const char* subjectEncoding);
     void storeCertificate(const XSECCryptoX509* cert);
-    XSECCryptoKey* publicKeyOf(const XSECCryptoX509* cert);
     void referenceAttachment(const XMLCh* uri, bool xml);
     /* The held package with envelope as its first part, stored into a new buffer. */
     int storePackage(const unsigned char* envelope, int len, char** out);

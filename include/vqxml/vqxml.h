@@ -155,7 +155,13 @@ VQXML_EXPORT void VQTK_XMLAPI_Free(void** buffer);
  * Verifying: SetSignXMLDocument -> optionally SetHMACKey -> Verify (11213: the
  * signature does not verify; any other code: it could not be checked) -> the
  * getters -> VQTK_XMLAPI_GetXMLDocument gives the document without its first
- * Signature, or the content of an enveloping signature's first Object.
+ * Signature, or the content of an enveloping signature's first Object. What comes
+ * back must be what a Reference covered, else 11213: the document element (URI "",
+ * "#xpointer(/)" or its "#id"; no "#id" Reference may resolve inside a Signature),
+ * or the Object's element; other Signatures the References' transforms left out
+ * are removed from the result. The getters report what KeyInfo says only when all
+ * its items name and carry one key (else they report nothing and Verify gives
+ * 11213); a KeyValue-only signature reports no certificate and no names.
  * Verification never reads anything outside the document unless
  * VQTK_XMLDSIG_AllowExternalReferences(handle, 1) was called. */
 VQXML_EXPORT int VQTK_XMLDSIG_SetXMLDocument(void* handle, char* xml, int len);
@@ -410,6 +416,18 @@ VQXML_EXPORT int VQTK_SOAPSEC_GetSubjectName(void* handle, char** subject);
 VQXML_EXPORT int VQTK_SOAPSEC_GetIssuerSerialNum(void* handle, char** issuer, char** serial);
 VQXML_EXPORT int VQTK_SOAPSEC_GetKeyName(void* handle, char** keyName);
 VQXML_EXPORT int VQTK_SOAPSEC_GetSignCert(void* handle, unsigned char** cert, int* certLen);
+/* Addition. ProcessSOAP refuses (11213) a signed message whose signature does not
+ * cover the Envelope's one Body with a reference whose node-set holds all of it.
+ * After a successful ProcessSOAP, *parts is what the signature's references
+ * covered, one line each in their order, every line ended by "\n" (UTF-8): the
+ * element's path from the document element, each step "{namespace}name" with
+ * "[n]" after it when its parent has several child elements of that name, e.g.
+ * "/{http://schemas.xmlsoap.org/soap/envelope/}Envelope/{http://schemas.xmlsoap.org/soap/envelope/}Body";
+ * "/" for the whole document. Paths are those of the message as verified (an
+ * element encrypted after signing is named as the EncryptedData it was). Empty
+ * ("") before a successful ProcessSOAP or for a message without a signature.
+ * Owned by the handle until the next load. */
+VQXML_EXPORT int VQTK_SOAPSEC_GetSignedParts(void* handle, char** parts);
 
 /* Returns at once; exported for the busy waits of start-up. */
 VQXML_EXPORT void VQXML_Sleep(int unused);

@@ -5,13 +5,13 @@
 #include <utility>
 #include <vector>
 
+#include <openssl/x509.h>
 #include <xercesc/dom/DOM.hpp>
 #include <xsec/dsig/DSIGKeyInfoList.hpp>
 #include <xsec/dsig/DSIGReference.hpp>
 #include <xsec/dsig/DSIGReferenceList.hpp>
 #include <xsec/dsig/DSIGSignature.hpp>
 #include <xsec/enc/XSECCryptoKey.hpp>
-#include <xsec/enc/XSECKeyInfoResolverDefault.hpp>
 #include <xsec/framework/XSECEnv.hpp>
 #include <xsec/framework/XSECProvider.hpp>
 #include <xsec/utils/XSECPlatformUtils.hpp>
@@ -22,14 +22,15 @@
 #include "core/VQXMLException.hpp"
 #include "dsig/AlgorithmCodes.hpp"
 #include "dsig/IdResolution.hpp"
+#include "dsig/KeyBinding.hpp"
 #include "dsig/ReferenceDigesting.hpp"
 #include "dsig/Signing.hpp"
 #include "dsig/VerificationLimits.hpp"
+#include "dsig/VerifiedCoverage.hpp"
 #include "engine/SignedInfoCanonicalization.hpp"
 #include "engine/VQXMLURIResolver.hpp"
 #include "engine/VQXMLXENCCipher.hpp"
-#include "soapsec/wssec/TokenKeys.hpp"
-#include "soapsec/wssec/WssNames.hpp"
+#include "engine/wssec/WssNames.hpp"
 #include "xenc/XencAlgorithms.hpp"
 
 XERCES_CPP_NAMESPACE_USE
@@ -414,28 +415,40 @@ int VQXML_WSSecSecurity::getHashMethod() const {
     return m_hashMethod;
 }
 
-void VQXML_WSSecSecurity::setVerificationKey(XSECCryptoKey* key) {
+void VQXML_WSSecSecurity::setVerificationKey(XSECCryptoKey* key, const std::vector<unsigned char>& certDer) {
+    std::unique_ptr<XSECCryptoKey> owned(key);
+    const unsigned char* p = certDer.data();
+    std::unique_ptr<X509, void (*)(X509*)> cert(d2i_X509(nullptr, &p, static_cast<long>(certDer.size())), X509_free);
+    if (cert == nullptr)
+        throw VQXML_XSECException(10405, "The certificate to verify with cannot be read");
     delete m_verificationKey;
-    m_verificationKey = key;
+    m_verificationKey = owned.release();
+    m_verificationCert = std::move(cert);
 }
 
-// The receiver's key, else the key set by setSigningKey (an HMAC secret, or the
-// token's key that key information reading installed), else the certificate a
-// token reference of the signature's KeyInfo leads to, else what ds:KeyInfo
-// itself carries. Each reference first, then the SignedInfo by our canonical
-// form, which honours an exclusive PrefixList (the engine's check ignores it).
+// The receiver's certificate, else the secret set by setSigningKey (HMAC), else
+// the key the signature's key information carries; in every case the key
+// information's items must agree with each other and with that key
+// (dsig/KeyBinding.hpp). Each reference first, then the SignedInfo by our
+// canonical form, which honours an exclusive PrefixList (the engine's check
+// ignores it); then what the references cover.
 bool VQXML_WSSecSecurity::verify() {
     DSIGSignature& sig = signature();
     m_errMsgs.clear();
+    m_signedParts.clear();
     try {
         vqxml::checkReferencedIds(m_signature);
-        XSECCryptoKey* key = std::exchange(m_verificationKey, nullptr);
-        if (key == nullptr)
+        const vqxml::KeyBinding binding(sig.getKeyInfoList(), securityHeader(false));
+        XSECCryptoKey* key = nullptr;
+        if (m_verificationKey != nullptr) {
+            binding.requireCertificate(m_verificationCert.get());
+            key = std::exchange(m_verificationKey, nullptr);
+        } else if (m_signingKey != nullptr) {
+            binding.requireNoPublicKey();
             key = std::exchange(m_signingKey, nullptr);
-        if (key == nullptr)
-            key = keyFromTokens();
-        if (key == nullptr)
-            key = XSECKeyInfoResolverDefault().resolveKey(sig.getKeyInfoList());
+        } else {
+            key = binding.newKey();
+        }
         if (key == nullptr)
             throw VQXML_XSECException(11213, "No key to check the signature with");
         sig.setSigningKey(key);
@@ -450,8 +463,11 @@ bool VQXML_WSSecSecurity::verify() {
                 return false;
             }
         }
-        if (vqxml::signedInfoVerifies(sig, m_signatureElement, key))
+        if (vqxml::signedInfoVerifies(sig, m_signatureElement, key)) {
+            vqxml::requireCoveredBody(m_signatureElement, onlyBody());
+            m_signedParts = vqxml::signedParts(m_signatureElement);
             return true;
+        }
         m_errMsgs = "Validation of <SignedInfo> failed";
     } catch (const XSECException& e) {
         m_errMsgs = vqxml::toEucKr(e.getMsg());
@@ -461,21 +477,15 @@ bool VQXML_WSSecSecurity::verify() {
     return false;
 }
 
-XSECCryptoKey* VQXML_WSSecSecurity::keyFromTokens() {
-    DSIGKeyInfoList* list = signature().getKeyInfoList();
-    for (DSIGKeyInfoList::size_type i = 0; list != nullptr && i < list->getSize(); ++i) {
-        DOMNode* node = list->item(i)->getKeyInfoDOMNode();
-        if (!isElement(node, kWsse, u"SecurityTokenReference"))
-            continue;
-        VQXML_WSSecSecurityTokenReference reference(m_env.get(), static_cast<DOMElement*>(node));
-        reference.load();
-        if (reference.getXSECCrytpoCert() != nullptr)
-            return vqxml::wss::publicKeyOf(*reference.getXSECCrytpoCert());
-        if (reference.getSecurityTokenReferenceKeyType() == VQXML_WSSecSecurityTokenReference::ISSUER_SERIAL)
-            return vqxml::wss::keyOfTokenIn(securityHeader(false), reference.getX509Issuer(),
-                                            reference.getX509Serial());
-    }
-    return nullptr;
+// The Envelope's Body child; null when it has none, or several (a reader
+// could take either).
+DOMElement* VQXML_WSSecSecurity::onlyBody() const {
+    DOMElement* body = soapPart(m_document, u"Body");
+    for (DOMElement* e = body != nullptr ? body->getNextElementSibling() : nullptr; e != nullptr;
+         e = e->getNextElementSibling())
+        if (isElement(e, body->getNamespaceURI(), u"Body"))
+            return nullptr;
+    return body;
 }
 
 VQXML_XENCCipher& VQXML_WSSecSecurity::receivingCipher() {

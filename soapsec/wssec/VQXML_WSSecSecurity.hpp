@@ -18,6 +18,8 @@
 //  - A signature whose key information names a certificate by issuer and serial
 //    is checked with a BinarySecurityToken of the header that holds that
 //    certificate, or with a key given by setVerificationKey or setSigningKey.
+//  - A verified signature must cover the Envelope's one Body
+//    (dsig/VerifiedCoverage.hpp); what it covered is kept for signedParts().
 #ifndef VQXML_SOAPSEC_WSSEC_VQXML_WSSECSECURITY_HPP
 #define VQXML_SOAPSEC_WSSEC_VQXML_WSSECSECURITY_HPP
 
@@ -25,9 +27,10 @@
 #include <string>
 #include <vector>
 
+#include <openssl/x509.h>
 #include <xercesc/util/XercesDefs.hpp>
 
-#include "soapsec/wssec/VQXML_WSSecSecurityTokenReference.hpp"
+#include "engine/wssec/VQXML_WSSecSecurityTokenReference.hpp"
 
 XERCES_CPP_NAMESPACE_BEGIN
 class DOMDocument;
@@ -88,10 +91,15 @@ public:
     DSIGKeyInfoList* getKeyInfoList() const;
     int getSignatureMethod() const;
     int getHashMethod() const;
-    // Takes key: verify() uses it ahead of any other, whenever it was set.
-    void setVerificationKey(XSECCryptoKey* key);
+    // Takes key, the key of the receiver's certificate certDer: verify() uses it
+    // ahead of any other, whenever it was set, if the key information agrees.
+    void setVerificationKey(XSECCryptoKey* key, const std::vector<unsigned char>& certDer);
+    // True when the signature verifies and covers the Envelope's one Body.
     bool verify();
     const char* getErrMsgs() const { return m_errMsgs.c_str(); }
+    // What the verified signature's references covered (dsig/VerifiedCoverage.hpp,
+    // signedParts); empty before a successful verify().
+    const std::string& signedParts() const { return m_signedParts; }
     XENCEncryptedData* findEncryptedData();
     DSIGKeyInfoList* getEncryptedKeyList() const { return m_encryptedKeys.get(); }
     // The header's encrypted key with that wsu:Id or Id; null when none.
@@ -112,7 +120,7 @@ private:
     VQXML_XENCCipher& cipher();
     DSIGSignature& signature() const;
     void encryptTarget(const char* target, int encryptionMethod, bool content);
-    XSECCryptoKey* keyFromTokens();
+    XERCES_CPP_NAMESPACE::DOMElement* onlyBody() const;
 
     XSECProvider& m_provider;
     XERCES_CPP_NAMESPACE::DOMDocument* m_document = nullptr;
@@ -122,6 +130,7 @@ private:
     VQXML_XENCCipher* m_cipher = nullptr;
     XSECCryptoKey* m_signingKey = nullptr;  // until sign() or verify() hands it to the signature
     XSECCryptoKey* m_verificationKey = nullptr;  // the receiver's own, until verify()
+    std::unique_ptr<X509, void (*)(X509*)> m_verificationCert{nullptr, X509_free};  // its certificate
     XSECCryptoKey* m_keyWrapKey = nullptr;  // until encryptKey hands it on
     std::basic_string<XMLCh> m_bstBase64, m_issuer, m_serial;
     std::vector<std::basic_string<XMLCh>> m_headerDataRefs;
@@ -129,6 +138,7 @@ private:
     std::vector<std::unique_ptr<XENCEncryptedKey>> m_madeKeys;
     std::unique_ptr<DSIGKeyInfoList> m_encryptedKeys;
     std::string m_errMsgs;
+    std::string m_signedParts;
     int m_signatureMethod = 0;
     int m_hashMethod = 0;
 };

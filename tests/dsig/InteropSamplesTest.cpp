@@ -57,6 +57,10 @@ const char* const kTrustOnly[] = {"signature-x509-crt.xml", "signature-x509-crt-
                                   "enveloping-sha256-rsa-sha256-verify.xml", "enveloping-expired-cert.xml",
                                   "enveloped-x509-missing-cert.xml", "enveloped-x509-same-subj-cert.xml"};
 
+// Signatures over a part of the document (a SOAP Body by its Id): verification
+// would hand back the whole document, unsigned parts and all, so it refuses them.
+const char* const kPartial[] = {"dtd-hmac-91.xml"};
+
 // What xml-security-c 2.0.4 cannot check: DSA with a 256-bit q. Listed so that
 // a change in the engine shows up here.
 const char* const kEngineLimits[] = {"enveloping-sha256-dsa2048-sha256.xml", "enveloping-sha256-dsa3072-sha256.xml"};
@@ -91,6 +95,11 @@ TEST(InteropSamples, VerifyAsTheManifestSays) {
             EXPECT_EQ(rc, XSECException::AlgorithmMapperError) << s.path << ": " << why;
             continue;
         }
+        if (listed(kPartial, s.path)) {
+            EXPECT_EQ(rc, 11213) << s.path << ": " << why;
+            EXPECT_NE(why.find("No Reference covers the document element"), std::string::npos) << why;
+            continue;
+        }
         if (s.valid || listed(kTrustOnly, s.path))
             EXPECT_EQ(rc, 0) << s.path << ": " << why;
         else
@@ -101,15 +110,20 @@ TEST(InteropSamples, VerifyAsTheManifestSays) {
 }
 
 // WSS4J names an InclusiveNamespaces PrefixList in the SignedInfo's exclusive
-// canonicalization; the plain signature functions must honour it too.
+// canonicalization; the plain signature functions must honour it too. These
+// signatures cover the Body only, so after the SignedInfo verifies, they are
+// refused for not covering the document (WS-Security processing takes them).
 TEST(InteropSamples, SignedInfoPrefixListIsHonoured) {
     for (const char* name : {"soap11-sign-rsa-sha1.xml", "soap11-sign-rsa-sha256.xml", "soap12-sign-rsa-sha1.xml"}) {
         const std::string text = interop::file(std::string("wss/") + name);
         ASSERT_NE(text.find("PrefixList"), std::string::npos) << name;
         std::string why;
-        EXPECT_EQ(verify(text, &why), 0) << name << ": " << why;
+        EXPECT_EQ(verify(text, &why), 11213) << name;
+        EXPECT_NE(why.find("No Reference covers the document element"), std::string::npos) << name << ": " << why;
     }
-    EXPECT_EQ(verify(interop::file("wss/soap11-sign-rsa-sha1-tampered.xml")), 11213);
+    std::string why;
+    EXPECT_EQ(verify(interop::file("wss/soap11-sign-rsa-sha1-tampered.xml"), &why), 11213);
+    EXPECT_NE(why.find("failed to verify"), std::string::npos) << why;
 }
 
 }  // namespace

@@ -9,8 +9,8 @@
 // A reference that finds no element, finds more than one (a wrapping attempt),
 // or finds a token of another ValueType or encoding is refused when loaded.
 // Built for a new message, it writes an issuer-serial or token reference.
-#ifndef VQXML_SOAPSEC_WSSEC_VQXML_WSSECSECURITYTOKENREFERENCE_HPP
-#define VQXML_SOAPSEC_WSSEC_VQXML_WSSECSECURITYTOKENREFERENCE_HPP
+#ifndef VQXML_ENGINE_WSSEC_VQXML_WSSECSECURITYTOKENREFERENCE_HPP
+#define VQXML_ENGINE_WSSEC_VQXML_WSSECSECURITYTOKENREFERENCE_HPP
 
 #include <memory>
 #include <string>

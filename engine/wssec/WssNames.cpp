@@ -1,4 +1,4 @@
-#include "soapsec/wssec/WssNames.hpp"
+#include "engine/wssec/WssNames.hpp"
 
 #include <initializer_list>
 

@@ -1,6 +1,6 @@
 // Names of OASIS Web Services Security 1.0/1.1 and the X.509 Token Profile.
-#ifndef VQXML_SOAPSEC_WSSEC_WSSNAMES_HPP
-#define VQXML_SOAPSEC_WSSEC_WSSNAMES_HPP
+#ifndef VQXML_ENGINE_WSSEC_WSSNAMES_HPP
+#define VQXML_ENGINE_WSSEC_WSSNAMES_HPP
 
 #include <xercesc/util/XercesDefs.hpp>
 

@@ -1,6 +1,6 @@
 // Verification keys out of X.509 security tokens.
-#ifndef VQXML_SOAPSEC_WSSEC_TOKENKEYS_HPP
-#define VQXML_SOAPSEC_WSSEC_TOKENKEYS_HPP
+#ifndef VQXML_ENGINE_WSSEC_TOKENKEYS_HPP
+#define VQXML_ENGINE_WSSEC_TOKENKEYS_HPP
 
 #include <xercesc/util/XercesDefs.hpp>
 

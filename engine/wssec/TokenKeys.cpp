@@ -1,4 +1,4 @@
-#include "soapsec/wssec/TokenKeys.hpp"
+#include "engine/wssec/TokenKeys.hpp"
 
 #include <memory>
 #include <string>
@@ -15,8 +15,8 @@
 #include "engine/VQTKCryptoKeyRSA.hpp"
 #include "engine/VQTKCryptoX509.hpp"
 #include "engine/korean/KcdsaEncoding.hpp"
-#include "soapsec/wssec/VQXML_WSSecSecurityTokenReference.hpp"
-#include "soapsec/wssec/WssNames.hpp"
+#include "engine/wssec/VQXML_WSSecSecurityTokenReference.hpp"
+#include "engine/wssec/WssNames.hpp"
 #include "vqxml/vqxml.h"
 
 XERCES_CPP_NAMESPACE_USE

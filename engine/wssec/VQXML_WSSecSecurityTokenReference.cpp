@@ -1,4 +1,4 @@
-#include "soapsec/wssec/VQXML_WSSecSecurityTokenReference.hpp"
+#include "engine/wssec/VQXML_WSSecSecurityTokenReference.hpp"
 
 #include <string>
 
@@ -7,7 +7,7 @@
 #include <xsec/utils/XSECPlatformUtils.hpp>
 
 #include "core/VQXMLException.hpp"
-#include "soapsec/wssec/WssNames.hpp"
+#include "engine/wssec/WssNames.hpp"
 #include "vqxml/vqxml.h"
 
 XERCES_CPP_NAMESPACE_USE
