@@ -139,7 +139,7 @@ TEST(HandleLifecycle, EveryNullOutPointerIsRefused) {
     }
     for (auto get : {VQTK_XMLDSIG_GetCanonicalReading, VQTK_SOAPSEC_GetSignKeyInfo, VQTK_SOAPSEC_GetEncKeyInfo})
         calls.push_back([get](void* h, bool n) { return get(h, n ? nullptr : &number); });
-    char buffer[16];
+    char buffer[1024];  // a null handle's GetErrInfo writes its text
     ScopedHandle h;
     for (size_t i = 0; i < calls.size(); ++i) {
         text = buffer;
