@@ -24,6 +24,7 @@
 #include "dsig/IdResolution.hpp"
 #include "dsig/ReferenceDigesting.hpp"
 #include "dsig/VerificationLimits.hpp"
+#include "engine/KeyInfoGuard.hpp"
 #include "engine/SignedInfoCanonicalization.hpp"
 #include "engine/VQXMLURIResolver.hpp"
 #include "engine/VQXMLXENCCipher.hpp"
@@ -368,6 +369,7 @@ void VQXML_WSSecSecurity::load() {
             m_signatureElement = static_cast<DOMElement*>(entry);
             vqxml::enableIdAttributes(m_signature);
             vqxml::installURIResolver(*m_signature, false);
+            vqxml::checkKeyInformation(m_signatureElement);
             m_signature->load();
             vqxml::checkVerificationLimits(m_signature);
             const vqxml::SignatureCodes codes = vqxml::signatureCodesOf(m_signature->getAlgorithmURI());
