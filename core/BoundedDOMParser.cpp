@@ -1,5 +1,8 @@
 #include "core/BoundedDOMParser.hpp"
 
+#include <algorithm>
+#include <iterator>
+
 #include <xercesc/framework/XMLAttr.hpp>
 #include <xercesc/internal/XMLScanner.hpp>
 #include <xercesc/sax/Locator.hpp>
@@ -8,6 +11,29 @@
 #include "core/ParseLimits.hpp"
 
 XERCES_CPP_NAMESPACE_USE
+
+namespace {
+
+// Whether an entity's value (references to general entities kept as written,
+// character references already replaced) refers to an entity other than the
+// five XML predefines.
+bool refersToEntities(const XMLCh* value) {
+    static const char16_t* const kPredefined[] = {u"lt", u"gt", u"amp", u"apos", u"quot"};
+    for (const XMLCh* at = value != nullptr ? XMLString::findAny(value, u"&") : nullptr; at != nullptr;
+         at = XMLString::findAny(at + 1, u"&")) {
+        const XMLCh* end = XMLString::findAny(at + 1, u";");
+        if (at[1] == u'#')
+            continue;
+        if (end == nullptr)
+            return true;
+        const std::u16string name(at + 1, end);
+        if (std::find(std::begin(kPredefined), std::end(kPredefined), name) == std::end(kPredefined))
+            return true;
+    }
+    return false;
+}
+
+}  // namespace
 
 vqxml::BoundedDOMParser::BoundedDOMParser(std::size_t levelsAbove) : m_depth(levelsAbove) {}
 
@@ -61,15 +87,19 @@ void vqxml::BoundedDOMParser::attDef(const DTDElementDecl& elemDecl, const DTDAt
 
 // Parameter entities are refused at their declaration: expanded between
 // declarations they can nest without producing anything the other bounds
-// would count. A general entity's value is bounded, and so is the number of
-// expansions (the parser's security manager): together they bound what entity
-// references add to a document.
+// would count. General entities may not refer to other entities either: the
+// DTD expands references in attribute defaults without counting them, so
+// nesting would multiply there unseen. What is left is bounded: an entity's
+// value, and the number of expansions in the document (the parser's security
+// manager).
 void vqxml::BoundedDOMParser::entityDecl(const DTDEntityDecl& entityDecl, const bool isPEDecl, const bool isIgnored) {
     declared();
     if (isPEDecl)
         refuse("Parameter entities are not supported");
     if (entityDecl.getValueLen() > kMaxEntityValueLength)
         refuse("An entity's value is longer than " + std::to_string(kMaxEntityValueLength) + " characters");
+    if (refersToEntities(entityDecl.getValue()))
+        refuse("An entity that refers to other entities is not supported");
     QuickDOMParser::entityDecl(entityDecl, isPEDecl, isIgnored);
     checkSubsetLength();
 }

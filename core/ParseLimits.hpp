@@ -38,11 +38,12 @@ constexpr std::size_t kMaxAttributesPerElement = 256;
 constexpr std::size_t kMaxDeclarations = 128;
 // Characters of the internal DTD subset (the DTD itself, comments included).
 constexpr std::size_t kMaxInternalSubsetLength = 64 * 1024;
-// Entity references expanded in a document, nested ones included, and
-// characters of one entity's value: together, entities add at most 1 Mi
-// characters to a document, whatever they nest.
+// Entity references expanded in a document's content and attribute values,
+// and characters of one entity's value (entities may not refer to entities):
+// together, entities add at most 256 Ki characters there; in a declared
+// attribute default, at most the value length per reference written.
 constexpr std::size_t kMaxEntityExpansions = 2048;
-constexpr std::size_t kMaxEntityValueLength = 512;
+constexpr std::size_t kMaxEntityValueLength = 128;
 // Characters (names and values) of the attributes that declared defaults add
 // to the elements of a document.
 constexpr std::size_t kMaxDefaultedAttributeCharacters = 1024 * 1024;

@@ -39,8 +39,9 @@ inline std::string withAttributes(std::size_t count) {
     return text + "/>";
 }
 
-// Ten references an entity, levels deep: 10^levels characters if expanded.
-inline std::string entityExpansion(int levels) {
+// Ten references an entity, levels deep: 10^levels characters if expanded, in
+// the document element's text or in an attribute default the DTD declares.
+inline std::string entityExpansion(int levels, bool inDefault = false) {
     std::string doc = "<!DOCTYPE a [<!ENTITY e0 \"xxxxxxxxxx\">";
     for (int i = 1; i < levels; ++i) {
         doc += "<!ENTITY e" + std::to_string(i) + " \"";
@@ -48,7 +49,8 @@ inline std::string entityExpansion(int levels) {
             doc += "&e" + std::to_string(i - 1) + ";";
         doc += "\">";
     }
-    return doc + "]><a>&e" + std::to_string(levels - 1) + ";</a>";
+    const std::string last = "&e" + std::to_string(levels - 1) + ";";
+    return inDefault ? doc + "<!ATTLIST a v CDATA \"" + last + "\">]><a/>" : doc + "]><a>" + last + "</a>";
 }
 
 // count attribute list declarations, each declaring (with a default) one more
@@ -127,7 +129,9 @@ inline const std::vector<Document>& documents() {
             {"entity amplification", entityReferences(kMaxEntityValueLength, kMaxEntityExpansions + 1),
              VQXML_ERR_PARSE, ""},
             {"entity value too long", entityReferences(kMaxEntityValueLength + 1, 1), VQXML_ERR_PARSE,
-             "value is longer than 512 characters"},
+             "value is longer than 128 characters"},
+            {"entity expansion in an attribute default", entityExpansion(10, true), VQXML_ERR_PARSE,
+             "refers to other entities"},
             {"nested parameter entities", nestedParameters, VQXML_ERR_PARSE, "Parameter entities"},
             {"attribute lists past the bound", attributeLists(2000), VQXML_ERR_PARSE, "more than 128 declarations"},
             {"DTD too long", "<!DOCTYPE r [<!--" + std::string(70000, 'c') + "-->]><r/>", VQXML_ERR_PARSE,
