@@ -152,7 +152,7 @@ void XPathSelection::spend(const DOMNode* n) {
     m_spent += m_filter.size + m_filter.attributeSteps * (attributes != nullptr ? attributes->getLength() : 0);
     if (m_spent > kMaxXPathCost)
         throw XSECException(XSECException::UnsupportedFunction,
-                            "An XPath transform would take more than the verifier allows for this document");
+                            "An XPath transform would visit more nodes than allowed for this document");
 }
 
 void XPathSelection::pushFrame(const Context& at) {
