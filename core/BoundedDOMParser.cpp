@@ -49,7 +49,8 @@ void vqxml::BoundedDOMParser::startElement(const XMLElementDecl& decl, const uns
         const XMLAttr* attribute = attributes.elementAt(i);
         if (attribute->getSpecified())
             continue;
-        m_defaultedCharacters += XMLString::stringLen(attribute->getQName()) + XMLString::stringLen(attribute->getValue());
+        m_defaultedCharacters +=
+            XMLString::stringLen(attribute->getQName()) + XMLString::stringLen(attribute->getValue());
         if (m_defaultedCharacters > kMaxDefaultedAttributeCharacters)
             refuse("Attributes that the DTD adds to elements exceed " +
                    std::to_string(kMaxDefaultedAttributeCharacters) + " characters");

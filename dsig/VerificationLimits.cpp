@@ -37,8 +37,9 @@ const XMLCh kXPathFilter2[] = u"http://www.w3.org/2002/06/xmldsig-filter2";
 
 void checkXPathLength(std::size_t length) {
     if (length > kMaxXPathLength)
-        refuse(XSECException::UnsupportedFunction,
-               "An XPath expression longer than " + std::to_string(kMaxXPathLength) + " characters is not run when verifying");
+        refuse(XSECException::UnsupportedFunction, "An XPath expression longer than " +
+                                                       std::to_string(kMaxXPathLength) +
+                                                       " characters is not run when verifying");
 }
 
 void checkTransforms(const DSIGTransformList* transforms) {
