@@ -8,7 +8,10 @@
 // the context node costs one when the expression is evaluated at every node
 // (each node is some node's child), but all the document after a step up or
 // aside: "../*" reaches every sibling. A predicate costs its own estimate for
-// every node its step reaches, so walks nested in predicates multiply.
+// every node its step reaches, so walks nested in predicates multiply. A path
+// read as a string or number (compared, in arithmetic, given to string
+// functions) costs its nodes' text too: all the document for the root or an
+// ancestor, little for attributes, text and what lies below the context node.
 #ifndef VQXML_DSIG_XPATHCOST_HPP
 #define VQXML_DSIG_XPATHCOST_HPP
 

@@ -263,7 +263,8 @@ std::string withXPath(int siblings, const char* algorithm, const std::string& ex
 }
 
 // An XPath transform is evaluated at every node: one that walks the document
-// (or a sibling list) from each node costs the square of its size, and walks
+// (or a sibling list, or reads an ancestor's text) from each node costs the
+// square of its size, and walks
 // nested in an XPath Filter 2.0 expression multiply. Such expressions are
 // refused (35) on a document of thousands of nodes before anything runs, and
 // evaluated on a small one; expressions that look up from the node, ours or
@@ -284,6 +285,8 @@ TEST(HostileSignatures, XPathIsRefusedWhereItWouldCostTooMuch) {
         {xpath, "not(ancestor-or-self::ds:Signature) and count(descendant :: *) &gt;= 0", 11213, refused},
         {xpath, "count(following-sibling::*) &gt;= 0 or preceding::*", 11213, refused},
         {xpath, "not(id('x'))", 11213, refused},
+        {xpath, "string-length(string(/)) &gt; 0", 11213, refused},  // the document's text at every node
+        {xpath, "not(ancestor::* = 'x')", 11213, refused},
         {filter2, "//*[//*[//*]]", 11213, refused},
         {filter2, "//*[count(//*[count(//*) &gt; 0]) &gt; 0]", 11213, refused},
         {filter2, "//a | /r/*", 11213, 11213},
