@@ -1,6 +1,6 @@
 // Parsing callers' bytes into a tree, safely: no DTD, external entity or URL is
-// ever loaded, entity expansion is bounded, and so are nesting depth and the
-// attributes of an element (core/ParseLimits.hpp).
+// ever loaded, and the document's shape and DTD are bounded
+// (core/BoundedDOMParser.hpp, core/ParseLimits.hpp).
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -17,7 +17,7 @@
 #include <xercesc/util/XMLResourceIdentifier.hpp>
 
 #include "core/ParseLimits.hpp"
-#include "core/adapter/QuickDOMParser.hpp"
+#include "core/adapter/BoundedDOMParser.hpp"
 #include "core/Transcode.hpp"
 #include "core/VQXMLException.hpp"
 #include "vqxml/VQXML_XMLSecurity.h"
@@ -25,8 +25,6 @@
 XERCES_CPP_NAMESPACE_USE
 
 namespace {
-
-constexpr XMLSize_t kEntityExpansionLimit = 10000;
 
 const XMLCh kSystemId[] = {chLatin_X, chLatin_S, chLatin_E, chLatin_C, chLatin_M, chLatin_e, chLatin_m, chNull};
 const XMLCh kUTF8Upper[] = {chLatin_U, chLatin_T, chLatin_F, chDash, chDigit_8, chNull};
@@ -62,47 +60,6 @@ private:
     vqxml::XString m_first;
 };
 
-// Thrown through the scanner when a bound is broken, to tell that refusal from
-// the others.
-struct BoundBroken {
-    vqxml::XString text;
-};
-
-// Refuses a document as soon as an element goes deeper, or carries more
-// attributes, than the limits allow: the tree is never built, so nothing
-// downstream has to walk it.
-class BoundedDOMParser : public vqxml::QuickDOMParser {
-public:
-    // levelsAbove: the elements open around the text before it starts.
-    explicit BoundedDOMParser(std::size_t levelsAbove = 0) : m_depth(levelsAbove) {}
-
-    void startElement(const XMLElementDecl& decl, const unsigned int urlId, const XMLCh* const prefix,
-                      const RefVectorOf<XMLAttr>& attributes, const XMLSize_t attributeCount, const bool isEmpty,
-                      const bool isRoot) override {
-        const std::string broken = vqxml::boundBrokenBy(m_depth + 1, attributeCount);
-        if (!broken.empty())
-            refuse(broken);
-        ++m_depth;
-        QuickDOMParser::startElement(decl, urlId, prefix, attributes, attributeCount, isEmpty, isRoot);
-    }
-
-    void endElement(const XMLElementDecl& decl, const unsigned int urlId, const bool isRoot,
-                    const XMLCh* const prefix) override {
-        --m_depth;
-        QuickDOMParser::endElement(decl, urlId, isRoot, prefix);
-    }
-
-private:
-    [[noreturn]] void refuse(const std::string& what) const {
-        const vqxml::XString text = vqxml::toXString(what) + u" (line " +
-                                    vqxml::toXString(std::to_string(currentLine())) +
-                                    u")";
-        throw BoundBroken{text};
-    }
-
-    std::size_t m_depth;
-};
-
 struct ParseResult {
     int errors;
     vqxml::XString firstError;
@@ -118,11 +75,11 @@ void configure(XercesDOMParser& parser) {
 }
 
 ParseResult parse(const char* xml, int len, DOMDocument** out) {
-    BoundedDOMParser parser;
+    vqxml::BoundedDOMParser parser;
     configure(parser);
     parser.setDoNamespaces(true);
     SecurityManager limits;
-    limits.setEntityExpansionLimit(kEntityExpansionLimit);
+    limits.setEntityExpansionLimit(vqxml::kMaxEntityExpansions);
     parser.setSecurityManager(&limits);
     FirstErrorHandler handler;
     parser.setErrorHandler(&handler);
@@ -135,7 +92,7 @@ ParseResult parse(const char* xml, int len, DOMDocument** out) {
     try {
         parser.parse(source);
         result.errors = static_cast<int>(parser.getErrorCount());
-    } catch (const BoundBroken& e) {
+    } catch (const vqxml::BoundBroken& e) {
         result.errors = 1;
         result.firstError = e.text;
     } catch (const VQXML_XSECException& e) {
@@ -161,17 +118,17 @@ namespace {
 // malformed text and external entities are whoever parses it next's to report
 // (the scan stops there, as that parser will).
 void checkShape(const std::string& text, std::size_t levelsAbove) {
-    BoundedDOMParser parser(levelsAbove);
+    vqxml::BoundedDOMParser parser(levelsAbove);
     configure(parser);
     SecurityManager limits;
-    limits.setEntityExpansionLimit(kEntityExpansionLimit);
+    limits.setEntityExpansionLimit(vqxml::kMaxEntityExpansions);
     parser.setSecurityManager(&limits);
     FirstErrorHandler quiet;
     parser.setErrorHandler(&quiet);
     MemBufInputSource source(reinterpret_cast<const XMLByte*>(text.data()), text.size(), kSystemId, false);
     try {
         parser.parse(source);
-    } catch (const BoundBroken& e) {
+    } catch (const vqxml::BoundBroken& e) {
         throw VQXML_XSECException(VQXML_ERR_PARSE, e.text.c_str());
     } catch (const VQXML_XSECException&) {
     } catch (const XMLException&) {

@@ -10,6 +10,10 @@
 // it got anywhere; many thousand attributes on one element cost sorting and
 // namespace work on every canonicalisation. The bounds leave real documents
 // far inside and stop the rest during the parse.
+//
+// A DTD in the document is read (for ID attributes, defaults and entities) but
+// may not cost more than its size: real documents declare a handful of
+// attributes and entities, or have no DTD at all (SOAP forbids one).
 #ifndef VQXML_CORE_PARSELIMITS_HPP
 #define VQXML_CORE_PARSELIMITS_HPP
 
@@ -28,6 +32,25 @@ namespace vqxml {
 constexpr std::size_t kMaxElementDepth = 256;
 // Attributes of one element, namespace declarations included.
 constexpr std::size_t kMaxAttributesPerElement = 256;
+
+// Declarations of the DTD: elements, attribute lists, each attribute of a list,
+// entities and notations. Parameter entities are not taken at all.
+constexpr std::size_t kMaxDeclarations = 128;
+// Characters of the internal DTD subset (the DTD itself, comments included).
+constexpr std::size_t kMaxInternalSubsetLength = 64 * 1024;
+// Entity references expanded in a document's content and attribute values,
+// and characters of one entity's value (entities may not refer to entities):
+// together, entities add at most 256 Ki characters there; in a declared
+// attribute default, at most the value length per reference written.
+constexpr std::size_t kMaxEntityExpansions = 2048;
+constexpr std::size_t kMaxEntityValueLength = 128;
+// Characters (names and values) of the attributes that declared defaults add
+// to the elements of a document.
+constexpr std::size_t kMaxDefaultedAttributeCharacters = 1024 * 1024;
+// Characters of a distinguished name or key name in key information
+// (X509SubjectName, X509IssuerName, KeyName): the engine reads them in time
+// that grows with the square of their length. Real ones are under 300.
+constexpr std::size_t kMaxNameLength = 4096;
 
 // What an element at this level (the document element is 1) with so many
 // attributes breaks; empty when it is within the bounds.

@@ -13,6 +13,7 @@
 #include "core/ParseLimits.hpp"
 #include "dsig/IdResolution.hpp"
 #include "dsig/NodeSelection.hpp"
+#include "dsig/VerificationLimits.hpp"
 #include "dsig/XPathSelection.hpp"
 #include "engine/AlgorithmURIs.hpp"
 #include "engine/ReferenceDigest.hpp"
@@ -442,6 +443,7 @@ std::optional<ReferenceDigest> digestReference(const DOMElement* reference, cons
 ReferenceMatch matchReferenceDigest(const DSIGReference& reference, DOMElement* element, const DOMElement* signature) {
     std::optional<ReferenceDigest> ours = digestReference(element, signature, OrphanForm::Santuario);
     if (!ours) {
+        checkEngineXPathCost(element);
         XPathContextDeclared declared(element);
         return referenceDigestMatches(&reference) ? ReferenceMatch::Plain : ReferenceMatch::None;
     }

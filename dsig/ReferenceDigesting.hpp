@@ -62,7 +62,8 @@ enum class ReferenceMatch { None, Plain, SantuarioForm, LiteralForm };
 // Santuario's form, and where the forms differ, also in the literal form; by
 // the engine's transforms when the pipeline does not take the
 // reference (element's ds:XPath elements then carry the declarations in scope
-// for the while).
+// for the while; XPath the engine would take too long over is refused first,
+// dsig/VerificationLimits.hpp).
 ReferenceMatch matchReferenceDigest(const DSIGReference& reference, XERCES_CPP_NAMESPACE::DOMElement* element,
                              const XERCES_CPP_NAMESPACE::DOMElement* signature);
 

@@ -1,8 +1,11 @@
 #include "dsig/VerificationLimits.hpp"
 
-#include <cctype>
 #include <cstring>
+#include <optional>
 #include <string>
+#include <vector>
+
+#include <xercesc/dom/DOM.hpp>
 
 #include <xsec/dsig/DSIGReference.hpp>
 #include <xsec/dsig/DSIGReferenceList.hpp>
@@ -10,15 +13,33 @@
 #include <xsec/dsig/DSIGTransformBase64.hpp>
 #include <xsec/dsig/DSIGTransformList.hpp>
 #include <xsec/dsig/DSIGTransformXPath.hpp>
+#include <xsec/dsig/DSIGTransformXPathFilter.hpp>
+#include <xsec/dsig/DSIGXPathFilterExpr.hpp>
 #include <xsec/dsig/DSIGTransformXSL.hpp>
 #include <xsec/framework/XSECException.hpp>
+
+#include "core/Namespaces.hpp"
+#include "core/Transcode.hpp"
+#include "dsig/XPathCost.hpp"
+
+XERCES_CPP_NAMESPACE_USE
 
 namespace vqxml {
 
 namespace {
 
+const XMLCh kXPath[] = u"http://www.w3.org/TR/1999/REC-xpath-19991116";
+const XMLCh kXPathFilter2[] = u"http://www.w3.org/2002/06/xmldsig-filter2";
+
 [[noreturn]] void refuse(XSECException::XSECExceptionType type, const std::string& why) {
     throw XSECException(type, why.c_str());
+}
+
+void checkXPathLength(std::size_t length) {
+    if (length > kMaxXPathLength)
+        refuse(XSECException::UnsupportedFunction, "An XPath expression longer than " +
+                                                       std::to_string(kMaxXPathLength) +
+                                                       " characters is not run when verifying");
 }
 
 void checkTransforms(const DSIGTransformList* transforms) {
@@ -31,75 +52,82 @@ void checkTransforms(const DSIGTransformList* transforms) {
         const DSIGTransform* transform = transforms->item(i);
         if (dynamic_cast<const DSIGTransformXSL*>(transform) != nullptr)
             refuse(XSECException::UnsupportedFunction, "XSLT transforms are not run when verifying");
-        if (const auto* xpath = dynamic_cast<const DSIGTransformXPath*>(transform)) {
-            const char* why = xpathRefusal(xpath->getExpression());
-            if (*why != 0)
-                refuse(XSECException::UnsupportedFunction, why);
-        }
+        if (const auto* xpath = dynamic_cast<const DSIGTransformXPath*>(transform))
+            checkXPathLength(xpath->getExpression() != nullptr ? std::strlen(xpath->getExpression()) : 0);
+        if (const auto* filter = dynamic_cast<const DSIGTransformXPathFilter*>(transform))
+            for (unsigned int e = 0; e < filter->getExprNum(); ++e)
+                checkXPathLength(XMLString::stringLen(filter->expr(e)->getFilter()));
         if (dynamic_cast<const DSIGTransformBase64*>(transform) != nullptr && i + 1 < transforms->getSize())
             refuse(XSECException::UnsupportedFunction,
                    "A transform after a base64 transform is not run when verifying");
     }
 }
 
-bool nameChar(char c) {
-    return std::isalnum(static_cast<unsigned char>(c)) || c == '-' || c == '_' || c == '.';
+// Nodes the engine's XPath sees in doc: every node of the tree, its attributes
+// and each element's namespace nodes (one per declaration in scope, and xml).
+double nodesOf(const DOMDocument* doc) {
+    double nodes = 1;
+    std::vector<std::pair<const DOMNode*, double>> pending{{doc->getDocumentElement(), 1}};
+    while (!pending.empty()) {
+        auto [element, inScope] = pending.back();
+        pending.pop_back();
+        const DOMNamedNodeMap* attributes = element->getAttributes();
+        const XMLSize_t count = attributes != nullptr ? attributes->getLength() : 0;
+        for (XMLSize_t i = 0; i < count; ++i)
+            inScope += XMLString::equals(attributes->item(i)->getNamespaceURI(), XMLUni::fgXMLNSURIName) ? 1 : 0;
+        nodes += 1 + static_cast<double>(count) + inScope;
+        for (const DOMNode* c = element->getFirstChild(); c != nullptr; c = c->getNextSibling()) {
+            if (c->getNodeType() == DOMNode::ELEMENT_NODE)
+                pending.push_back({c, inScope});
+            else
+                ++nodes;
+        }
+    }
+    return nodes;
 }
 
-// What follows the name that starts at text, past any white space.
-const char* afterName(const char* text, std::size_t length) {
-    const char* after = text + length;
-    while (std::isspace(static_cast<unsigned char>(*after)))
-        ++after;
-    return after;
+const DOMElement* childNamed(const DOMElement* parent, const XMLCh* ns, const XMLCh* localName) {
+    for (const DOMElement* e = parent != nullptr ? parent->getFirstElementChild() : nullptr; e != nullptr;
+         e = e->getNextElementSibling())
+        if (XMLString::equals(e->getLocalName(), localName) && XMLString::equals(e->getNamespaceURI(), ns))
+            return e;
+    return nullptr;
 }
 
-// Whether the name at text is an axis that walks the document, or the id() function.
-bool walksTheDocument(const char* text, std::size_t length, bool prefixed) {
-    const std::string name(text, length);
-    const char* after = afterName(text, length);
-    if (name == "id")
-        return !prefixed && *after == '(';
-    for (const char* axis : {"descendant", "descendant-or-self", "following", "following-sibling", "preceding",
-                             "preceding-sibling"})
-        if (name == axis)
-            return std::strncmp(after, "::", 2) == 0;
-    return false;
+double costOf(const DOMElement* xpath, double nodes, bool atEveryNode) {
+    const std::optional<double> cost = xpath::evaluationCost(XString(xpath->getTextContent()), nodes, atEveryNode);
+    if (!cost)
+        refuse(XSECException::UnsupportedFunction, "An XPath transform that is not an XPath expression is not run");
+    return *cost;
 }
 
 }  // namespace
 
-const char* xpathRefusal(const char* expression) {
-    static const char kTooLong[] = "An XPath transform longer than 1024 characters is not run when verifying";
-    static const char kWalks[] =
-        "An XPath transform that walks the document (//, descendant, following or preceding axes, id()) "
-        "is not run when verifying: it would be evaluated for every node";
-    if (expression == nullptr)
-        return "";
-    if (std::strlen(expression) > kMaxXPathLength)
-        return kTooLong;
-    for (const char* at = expression; *at != 0; ++at) {
-        if (*at == '"' || *at == '\'') {  // literals may say anything
-            const char* end = std::strchr(at + 1, *at);
-            if (end == nullptr)
-                return "";  // not an expression; the engine reports it
-            at = end;
+void checkEngineXPathCost(const DOMElement* reference) {
+    const DOMElement* transforms = childNamed(reference, kDsigNamespace, u"Transforms");
+    double nodes = 0;
+    for (const DOMElement* t = transforms != nullptr ? transforms->getFirstElementChild() : nullptr; t != nullptr;
+         t = t->getNextElementSibling()) {
+        const XMLCh* algorithm = t->getAttribute(u"Algorithm");
+        const bool filter = XMLString::equals(algorithm, kXPathFilter2);
+        if (!filter && !XMLString::equals(algorithm, kXPath))
             continue;
+        if (nodes == 0)
+            nodes = nodesOf(reference->getOwnerDocument());
+        double cost = 0;
+        if (filter) {  // each expression once, then one walk of the document
+            cost = nodes;
+            for (const DOMElement* e = t->getFirstElementChild(); e != nullptr; e = e->getNextElementSibling())
+                if (XMLString::equals(e->getNamespaceURI(), kXPathFilter2))
+                    cost += costOf(e, nodes, false);
+        } else if (const DOMElement* expression = childNamed(t, kDsigNamespace, u"XPath")) {
+            cost = nodes * costOf(expression, nodes, true);
         }
-        if (at[0] == '/' && at[1] == '/')
-            return kWalks;
-        if (!nameChar(*at) || (at > expression && nameChar(at[-1])))
-            continue;
-        std::size_t length = 0;
-        while (nameChar(at[length]))
-            ++length;
-        // prefix:name is a name, not an axis or a function of the core library
-        const bool prefixed = at > expression && at[-1] == ':' && (at - 1 == expression || at[-2] != ':');
-        if (walksTheDocument(at, length, prefixed))
-            return kWalks;
-        at += length - 1;
+        if (cost > kMaxEngineXPathCost)
+            refuse(XSECException::UnsupportedFunction,
+                   "An XPath transform that would visit more than " + std::to_string(kMaxEngineXPathCost) +
+                       " nodes in this document is not run when verifying");
     }
-    return "";
 }
 
 void checkVerificationLimits(const DSIGSignature* signature) {

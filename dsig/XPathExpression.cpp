@@ -2,84 +2,14 @@
 
 #include <string>
 
+#include "dsig/XPathTokens.hpp"
+
 namespace vqxml::xpath {
 
 namespace {
 
 // Anything the subset does not take; the caller hands the expression on.
 struct Unsupported {};
-
-enum class Tok { End, Name, Literal, Number, Symbol };
-
-struct Token {
-    Tok kind = Tok::End;
-    XString text;  // Name: the whole name, "p:*" and "p:n" included; Symbol: the symbol
-};
-
-bool nameStart(XMLCh c) {
-    return (c >= u'A' && c <= u'Z') || (c >= u'a' && c <= u'z') || c == u'_' || c >= 0xC0;
-}
-
-bool nameChar(XMLCh c) {
-    return nameStart(c) || (c >= u'0' && c <= u'9') || c == u'-' || c == u'.' || c == 0xB7;
-}
-
-bool space(XMLCh c) {
-    return c == u' ' || c == u'\t' || c == u'\r' || c == u'\n';
-}
-
-std::vector<Token> tokenize(const XString& s) {
-    std::vector<Token> out;
-    size_t i = 0;
-    const auto symbol = [&](size_t n) {
-        out.push_back({Tok::Symbol, s.substr(i, n)});
-        i += n;
-    };
-    while (i < s.size()) {
-        const XMLCh c = s[i];
-        const XMLCh next = i + 1 < s.size() ? s[i + 1] : 0;
-        if (space(c)) {
-            ++i;
-        } else if (c == u'"' || c == u'\'') {
-            const size_t end = s.find(c, i + 1);
-            if (end == XString::npos)
-                throw Unsupported{};
-            out.push_back({Tok::Literal, s.substr(i + 1, end - i - 1)});
-            i = end + 1;
-        } else if ((c >= u'0' && c <= u'9') || (c == u'.' && next >= u'0' && next <= u'9')) {
-            size_t end = i;
-            while (end < s.size() && ((s[end] >= u'0' && s[end] <= u'9') || s[end] == u'.'))
-                ++end;
-            out.push_back({Tok::Number, s.substr(i, end - i)});
-            i = end;
-        } else if (nameStart(c)) {
-            size_t end = i;
-            while (end < s.size() && nameChar(s[end]))
-                ++end;
-            // prefix:local or prefix:* (but not the axis separator ::)
-            if (end + 1 < s.size() && s[end] == u':' && s[end + 1] != u':') {
-                if (s[end + 1] == u'*') {
-                    end += 2;
-                } else if (nameStart(s[end + 1])) {
-                    ++end;
-                    while (end < s.size() && nameChar(s[end]))
-                        ++end;
-                }
-            }
-            out.push_back({Tok::Name, s.substr(i, end - i)});
-            i = end;
-        } else if ((c == u'.' && next == u'.') || (c == u':' && next == u':') || (c == u'/' && next == u'/') ||
-                   (c == u'!' && next == u'=') || (c == u'<' && next == u'=') || (c == u'>' && next == u'=')) {
-            symbol(2);
-        } else if (XString(u"()[].@,|=<>*/+-$").find(c) != XString::npos) {
-            symbol(1);
-        } else {
-            throw Unsupported{};
-        }
-    }
-    out.push_back({Tok::End, {}});
-    return out;
-}
 
 double toNumber(const XString& text) {
     std::string ascii;
@@ -416,14 +346,26 @@ bool namesNamespaceNodes(const Expr& e, bool contextMayBeNamespace) {
     return false;
 }
 
+void measure(const Expr& e, Filter& filter) {
+    ++filter.size;
+    if (e.op == Op::Step && e.axis == Axis::Attribute)
+        ++filter.attributeSteps;
+    for (const Expr& a : e.args)
+        measure(a, filter);
+}
+
 }  // namespace
 
 std::unique_ptr<Filter> compile(const XString& expression, const PrefixResolver& resolve) {
     try {
         auto filter = std::make_unique<Filter>();
-        filter->root = Parser(tokenize(expression), resolve).parse();
+        std::optional<std::vector<Token>> tokens = tokenize(expression);
+        if (!tokens)
+            return nullptr;
+        filter->root = Parser(std::move(*tokens), resolve).parse();
         collectSlots(filter->root, filter->slots);
         filter->namespaceSensitive = namesNamespaceNodes(filter->root, true);
+        measure(filter->root, *filter);
         return filter;
     } catch (const Unsupported&) {
         return nullptr;

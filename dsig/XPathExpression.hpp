@@ -60,10 +60,14 @@ struct Expr {
 // Whether it can tell one namespace node of an element from another (only a
 // name function asked of the namespace node itself can): if not, it is
 // evaluated once for all of them.
+// size and attributeSteps measure what one evaluation costs: its expressions,
+// and for each attribute step, a look at every attribute of the element.
 struct Filter {
     Expr root;
     std::vector<const Expr*> slots;
     bool namespaceSensitive = true;
+    std::size_t size = 0;
+    std::size_t attributeSteps = 0;
 };
 
 // The namespace bound to a prefix where the expression stands; nothing if none.

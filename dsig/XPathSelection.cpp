@@ -3,6 +3,10 @@
 #include <cmath>
 #include <limits>
 
+#include <xsec/framework/XSECException.hpp>
+
+#include "dsig/VerificationLimits.hpp"
+
 XERCES_CPP_NAMESPACE_USE
 
 namespace vqxml {
@@ -141,6 +145,16 @@ XPathSelection::XPathSelection(const xpath::Filter& filter, const DOMDocument* d
     pushFrame({Kind::Document, doc, nullptr, nullptr, 0, -1});
 }
 
+// One evaluation at a node: the filter's expressions, and its attribute steps
+// look at each attribute of an element.
+void XPathSelection::spend(const DOMNode* n) {
+    const DOMNamedNodeMap* attributes = n->getNodeType() == DOMNode::ELEMENT_NODE ? n->getAttributes() : nullptr;
+    m_spent += m_filter.size + m_filter.attributeSteps * (attributes != nullptr ? attributes->getLength() : 0);
+    if (m_spent > kMaxXPathCost)
+        throw XSECException(XSECException::UnsupportedFunction,
+                            "An XPath transform would visit more nodes than allowed for this document");
+}
+
 void XPathSelection::pushFrame(const Context& at) {
     const int frame = static_cast<int>(m_nodes.size());
     m_nodes.push_back(at.node);
@@ -154,6 +168,7 @@ void XPathSelection::pushFrame(const Context& at) {
 
 void XPathSelection::enter(const DOMElement* e) {
     m_namespaceAnswer = -1;
+    spend(e);
     const int parent = top();
     pushFrame({Kind::Element, e, nullptr, nullptr, parent + 1, parent});
 }
@@ -184,7 +199,8 @@ bool XPathSelection::leaf(const DOMNode* n) {
     return holds({kindOf(n), n, nullptr, nullptr, -1, top()});
 }
 
-bool XPathSelection::holds(const Context& at) const {
+bool XPathSelection::holds(const Context& at) {
+    spend(at.node);
     return truth(m_filter.root, at);
 }
 

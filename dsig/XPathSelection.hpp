@@ -2,7 +2,10 @@
 // answered during one walk of the tree: at every element the walk enters, each
 // step slot records whether the element matches the step and how many of its
 // ancestors-or-self do; every other question looks at those records of the
-// element and its parent only.
+// element and its parent only. The walk is charged, for every node asked
+// about and every element entered, the filter's cost there (dsig/XPathExpression.hpp),
+// and stops with XSECException UnsupportedFunction past kMaxXPathCost
+// (dsig/VerificationLimits.hpp).
 #ifndef VQXML_DSIG_XPATHSELECTION_HPP
 #define VQXML_DSIG_XPATHSELECTION_HPP
 
@@ -48,8 +51,9 @@ public:
     };
 
 private:
+    void spend(const XERCES_CPP_NAMESPACE::DOMNode* n);
     void pushFrame(const Context& at);
-    bool holds(const Context& at) const;
+    bool holds(const Context& at);
     bool truth(const xpath::Expr& e, const Context& at) const;
     Scalar scalar(const xpath::Expr& e, const Context& at) const;
     bool compare(const xpath::Expr& e, const Context& at) const;
@@ -68,6 +72,7 @@ private:
     std::vector<const XERCES_CPP_NAMESPACE::DOMNode*> m_nodes;  // frame i's element; the document first
     std::vector<uint32_t> m_counts;
     int m_namespaceAnswer = -1;  // the element's namespace nodes, when the filter cannot tell them apart
+    std::uint64_t m_spent = 0;
 };
 
 }  // namespace vqxml

@@ -2,12 +2,15 @@
 
 #include <algorithm>
 #include <set>
+#include <string>
 #include <vector>
 
 #include <xercesc/dom/DOM.hpp>
 #include <xsec/dsig/DSIGConstants.hpp>
 #include <xsec/framework/XSECException.hpp>
 
+#include "core/ParseLimits.hpp"
+#include "core/Transcode.hpp"
 #include "core/adapter/Upstream.hpp"
 
 XERCES_CPP_NAMESPACE_USE
@@ -36,6 +39,24 @@ void checkX509Data(const DOMElement* element) {
                                 "An X509Data with several X509SubjectName or X509IssuerSerial elements is not read");
 }
 
+// The engine reads these names in time that grows with the square of their length.
+void checkNameLengths(const DOMElement* element) {
+    for (const XMLCh* name : {u"X509SubjectName", u"X509IssuerName", u"KeyName"}) {
+        DOMNodeList* named = dsigElements(element, name);
+        for (XMLSize_t i = 0; i < named->getLength(); ++i) {
+            std::size_t length = 0;
+            for (const DOMNode* c = named->item(i)->getFirstChild(); c != nullptr; c = c->getNextSibling())
+                if (c->getNodeType() == DOMNode::TEXT_NODE || c->getNodeType() == DOMNode::CDATA_SECTION_NODE)
+                    length += XMLString::stringLen(c->getNodeValue());
+            if (length > kMaxNameLength)
+                throw XSECException(XSECException::UnsupportedFunction,
+                                    (u"The " + XString(name) + u" is longer than " +
+                                     toXString(std::to_string(kMaxNameLength)) + u" characters: it is not read")
+                                        .c_str());
+        }
+    }
+}
+
 // The elements that the RetrievalMethods inside element name in its document.
 std::vector<const DOMElement*> retrievedBy(const DOMElement* element) {
     std::vector<const DOMElement*> targets;
@@ -59,6 +80,7 @@ void follow(const DOMElement* element, std::vector<const DOMElement*>& path, std
     if (path.size() >= static_cast<size_t>(kMaxRetrievalChain))
         throw XSECException(XSECException::UnsupportedFunction, "RetrievalMethods lead too far");
     checkX509Data(element);
+    checkNameLengths(element);
     path.push_back(element);
     for (const DOMElement* target : retrievedBy(element))
         follow(target, path, cleared);

@@ -8,6 +8,8 @@
 //  - An X509Data with more than one X509SubjectName or X509IssuerSerial. The
 //    engine keeps the last and loses the memory of the others, which a document
 //    could repeat at will.
+//  - An X509SubjectName, X509IssuerName or KeyName longer than kMaxNameLength
+//    (core/ParseLimits.hpp): the engine reads names in quadratic time.
 #ifndef VQXML_ENGINE_KEYINFOGUARD_HPP
 #define VQXML_ENGINE_KEYINFOGUARD_HPP
 

@@ -31,7 +31,7 @@ if [ "${#missing[@]}" -gt 0 ]; then
 fi
 
 # Bumped whenever the fixes below change, so that an older build is replaced.
-FIXES_STAMP="$PREFIX/vqxml-fixes-2"
+FIXES_STAMP="$PREFIX/vqxml-fixes-3"
 if [ -f "$PREFIX/lib/libxml-security-c.so.20" ] && [ -f "$FIXES_STAMP" ] && \
    grep -q '^#define XSEC_HAVE_XALAN' "$PREFIX/include/xsec/framework/XSECConfig.hpp" 2>/dev/null; then
   exit 0
@@ -79,6 +79,13 @@ expander="$src/xsec/utils/XSECNameSpaceExpander.cpp"
 grep -q '^XSECNameSpaceExpander::~XSECNameSpaceExpander() {$' "$expander" ||
   failed "the source differs from the one the fixes were made for"
 sed -i 's/^XSECNameSpaceExpander::~XSECNameSpaceExpander() {$/&\n\tfor (NameSpaceEntryListVectorType::size_type i = 0; i < m_lst.size(); ++i)\n\t\tdelete m_lst[i];/' "$expander"
+# The engine's buffers grow by 1 KB at a time, so building a large value in one
+# (the canonical form of a long text, a base64 value) copies it again for every
+# kilobyte: a 16 MB text took over a minute. They grow by half their size instead.
+buffer="$src/xsec/utils/XSECSafeBuffer.cpp"
+grep -q '^	XMLSize_t newBufferSize = size + DEFAULT_SAFE_BUFFER_SIZE;$' "$buffer" ||
+  failed "the source differs from the one the fixes were made for"
+sed -i 's/^	XMLSize_t newBufferSize = size + DEFAULT_SAFE_BUFFER_SIZE;$/	XMLSize_t newBufferSize = size + (size \/ 2 > DEFAULT_SAFE_BUFFER_SIZE \&\& size \/ 2 < XERCES_SIZE_MAX - size ? size \/ 2 : DEFAULT_SAFE_BUFFER_SIZE);/' "$buffer"
 (
   cd "$src"
   ./configure --prefix="$PREFIX" --with-xalan=/usr --without-nss --disable-static || exit 1

@@ -186,11 +186,24 @@ TEST(HostileSignatures, WhatAStrangerMayNotAskOfTheVerifier) {
         manyReferences += good.substr(from, to - from);
     manyReferences += good.substr(to);
 
+    // The engine reads names in time that grows with the square of their length.
+    std::string longName;
+    while (longName.size() < 256 * 1024)
+        longName += "CN=abcdefgh,";
+    const size_t certificate = good.find("<X509Certificate>");
+    const std::string longIssuer =
+        good.substr(0, certificate) + "<X509IssuerSerial><X509IssuerName>" + longName +
+        "C=KR</X509IssuerName><X509SerialNumber>1</X509SerialNumber></X509IssuerSerial>" + good.substr(certificate);
+    const size_t keyInfo = good.find("<X509Data>");
+    const std::string longKeyName = good.substr(0, keyInfo) + "<KeyName>" + longName + "</KeyName>" + good.substr(keyInfo);
+
     const struct {
         std::string text;
         const char* why;
     } cases[] = {
         {xslt, "XSLT transforms are not run"},
+        {longIssuer, "X509IssuerName is longer than 4096 characters"},
+        {longKeyName, "KeyName is longer than 4096 characters"},
         {afterBase64, "after a base64 transform"},
         {withTransforms(manyTransforms), "more than 16 transforms"},
         {manyReferences, "more than 64 references"},
@@ -230,31 +243,73 @@ TEST(HostileSignatures, FuzzerFindingsStayFixed) {
     }
 }
 
-// An XPath transform runs once per node: one that walks the document again from
-// each node would make verification quadratic, so it is refused; one that only
-// looks up stays linear and verifies.
-TEST(HostileSignatures, XPathThatWalksTheDocumentForEveryNodeIsRefused) {
-    const std::string walking[] = {
-        "count(//*) > 0",
-        "not(ancestor-or-self::ds:Signature) and count(descendant :: *) >= 0",
-        "count(following-sibling::*) >= 0 or preceding::*",
-        "not(id('x'))",
-        "not(ancestor-or-self::ds:Signature) and string-length('" + std::string(1100, 'a') + "') > 0",
+// A signature over siblings siblings whose one reference has the transform
+// algorithm with expression; its digest is wrong, so a reference that is
+// evaluated fails (11213).
+std::string withXPath(int siblings, const char* algorithm, const std::string& expression) {
+    std::string doc = "<r>";
+    for (int i = 0; i < siblings; ++i)
+        doc += "<a>x</a>";
+    const bool filter = std::string(algorithm).find("filter2") != std::string::npos;
+    return doc +
+           "<ds:Signature xmlns:ds=\"http://www.w3.org/2000/09/xmldsig#\"><ds:SignedInfo>"
+           "<ds:CanonicalizationMethod Algorithm=\"http://www.w3.org/TR/2001/REC-xml-c14n-20010315\"/>"
+           "<ds:SignatureMethod Algorithm=\"http://www.w3.org/2000/09/xmldsig#hmac-sha1\"/>"
+           "<ds:Reference URI=\"\"><ds:Transforms><ds:Transform Algorithm=\"" + algorithm + "\">" +
+           (filter ? "<f:XPath xmlns:f=\"http://www.w3.org/2002/06/xmldsig-filter2\" Filter=\"intersect\">" + expression +
+                         "</f:XPath>"
+                   : "<ds:XPath>" + expression + "</ds:XPath>") +
+           "</ds:Transform></ds:Transforms><ds:DigestMethod Algorithm=\"http://www.w3.org/2000/09/xmldsig#sha1\"/>"
+           "<ds:DigestValue>AAAAAAAAAAAAAAAAAAAAAAAAAAA=</ds:DigestValue></ds:Reference></ds:SignedInfo>"
+           "<ds:SignatureValue>AAAA</ds:SignatureValue></ds:Signature></r>";
+}
+
+// An XPath transform is evaluated at every node: one that walks the document
+// (or a sibling list, or reads an ancestor's text) from each node costs the
+// square of its size, and walks
+// nested in an XPath Filter 2.0 expression multiply. Such expressions are
+// refused (35) on a document of thousands of nodes before anything runs, and
+// evaluated on a small one; expressions that look up from the node, ours or
+// the engine's, are evaluated on both; over-long ones are refused on both.
+TEST(HostileSignatures, XPathIsRefusedWhereItWouldCostTooMuch) {
+    const char* xpath = "http://www.w3.org/TR/1999/REC-xpath-19991116";
+    const char* filter2 = "http://www.w3.org/2002/06/xmldsig-filter2";
+    const int refused = XSECException::UnsupportedFunction;
+    const struct {
+        const char* algorithm;
+        std::string expression;
+        int small;  // over 20 siblings
+        int large;  // over 5,000
+    } cases[] = {
+        {xpath, "count(../*) &gt; 0", 11213, refused},
+        {xpath, "count(parent::*/*) &gt; 0", 11213, refused},
+        {xpath, "count(//*) &gt; 0", 11213, refused},
+        {xpath, "not(ancestor-or-self::ds:Signature) and count(descendant :: *) &gt;= 0", 11213, refused},
+        {xpath, "count(following-sibling::*) &gt;= 0 or preceding::*", 11213, refused},
+        {xpath, "not(id('x'))", 11213, refused},
+        {xpath, "string-length(string(/)) &gt; 0", 11213, refused},  // the document's text at every node
+        {xpath, "not(ancestor::* = 'x')", 11213, refused},
+        {filter2, "//*[//*[//*]]", 11213, refused},
+        {filter2, "//*[count(//*[count(//*) &gt; 0]) &gt; 0]", 11213, refused},
+        {filter2, "//a | /r/*", 11213, 11213},
+        {xpath, "not(ancestor-or-self::ds:Signature) and not(ancestor-or-self::*[@Id='http://x//y/descendant::id()'])",
+         11213, 11213},
+        {xpath,
+         "count(ancestor-or-self::ds:Signature | here()/ancestor::ds:Signature[1]) &gt; "
+         "count(ancestor-or-self::ds:Signature)",
+         11213, 11213},
+        {xpath, "not(ancestor-or-self::ds:Signature) and string-length('" + std::string(1100, 'a') + "') &gt; 0",
+         refused, refused},
     };
-    for (const std::string& xpath : walking) {
-        const std::string text = signWithReference(invoice(), "", xpath.c_str());
-        ScopedHandle h;
-        EXPECT_EQ(loadAndVerify(h, text), XSECException::UnsupportedFunction) << xpath;
-        EXPECT_NE(errorText(h).find("XPath"), std::string::npos) << errorText(h);
-        expectStillUsable(h);
-    }
-    const std::string looking[] = {
-        "not(ancestor-or-self::ds:Signature) and not(ancestor-or-self::*[@Id='http://x//y/descendant::id()'])",
-        "count(ancestor-or-self::ds:Signature | here()/ancestor::ds:Signature[1]) > "
-        "count(ancestor-or-self::ds:Signature)",
-    };
-    for (const std::string& xpath : looking)
-        EXPECT_EQ(verify(signWithReference(invoice(), "", xpath.c_str())), 0) << xpath;
+    for (const auto& c : cases)
+        for (const auto& [siblings, status] : {std::pair{20, c.small}, std::pair{5000, c.large}}) {
+            ScopedHandle h;
+            EXPECT_EQ(loadAndVerify(h, withXPath(siblings, c.algorithm, c.expression)), status)
+                << c.expression << " over " << siblings << ": " << errorText(h);
+            if (status == refused) {
+                EXPECT_NE(errorText(h).find("XPath"), std::string::npos) << errorText(h);
+            }
+        }
 }
 
 // Decoded certificates are shared between handles by their bytes: another
