@@ -1,25 +1,19 @@
 // Loading a signed document and checking its signature.
-#include <algorithm>
-
 #include <xercesc/dom/DOM.hpp>
 #include <xsec/dsig/DSIGObject.hpp>
-#include <xsec/dsig/DSIGReference.hpp>
-#include <xsec/dsig/DSIGReferenceList.hpp>
 #include <xsec/dsig/DSIGSignature.hpp>
 #include <xsec/enc/XSECCryptoKey.hpp>
 #include <xsec/framework/XSECProvider.hpp>
 
-#include "engine/EngineLifecycle.hpp"
 #include "core/ErrorFrame.hpp"
 #include "core/Transcode.hpp"
 #include "dsig/AlgorithmCodes.hpp"
 #include "dsig/IdResolution.hpp"
 #include "dsig/KeyBinding.hpp"
-#include "dsig/ReferenceDigesting.hpp"
-#include "dsig/VerificationLimits.hpp"
+#include "dsig/Verifier.hpp"
 #include "dsig/VerifiedCoverage.hpp"
+#include "engine/EngineLifecycle.hpp"
 #include "engine/KeyInfoGuard.hpp"
-#include "engine/SignedInfoCanonicalization.hpp"
 #include "engine/VQXMLURIResolver.hpp"
 
 XERCES_CPP_NAMESPACE_USE
@@ -52,36 +46,10 @@ int VQXML_XMLSecurity::XMLDSIG_verify() {
         requireSignature();
         m_canonicalReading = VQXML_READING_PLAIN;
         processAttachment(false);
-        vqxml::checkVerificationLimits(m_signature);
-        vqxml::checkReferencedIds(m_signature);
-        checkSignatureAndReferences();
+        m_canonicalReading = vqxml::verifySignature(*m_signature, m_signatureElement, [this] { return verificationKey(); });
         vqxml::requireCoveredContent(m_signatureElement);
         storeVerifiedContent();
     });
-}
-
-// Each reference first, so that one that cannot be processed is reported as such
-// rather than as a bad signature; then the SignedInfo.
-void VQXML_XMLSecurity::checkSignatureAndReferences() {
-    const DSIGReferenceList* references = m_signature->getReferenceList();
-    const std::vector<DOMElement*> elements = vqxml::referenceElements(m_signatureElement);
-    const DSIGReferenceList::size_type count = references != nullptr ? references->getSize() : 0;
-    if (elements.size() != count)
-        throw XSECException(XSECException::SigVfyError, "The References of SignedInfo are not all loaded");
-    for (DSIGReferenceList::size_type i = 0; i < count; ++i) {
-        const DSIGReference* reference = references->item(i);
-        const vqxml::ReferenceMatch match = vqxml::matchReferenceDigest(*reference, elements[i], m_signatureElement);
-        m_canonicalReading = std::max(m_canonicalReading, static_cast<int>(match) - 1);
-        if (match == vqxml::ReferenceMatch::None) {
-            vqxml::XString text = u"Reference URI=\"";
-            text += reference->getURI() != nullptr ? reference->getURI() : u"";
-            text += u"\" failed to verify";
-            throw VQXML_XSECException(11213, text.c_str());
-        }
-    }
-    // Our own SignedInfo check: the engine's ignores an exclusive PrefixList.
-    if (!vqxml::signedInfoVerifies(*m_signature, m_signatureElement, verificationKey()))
-        throw VQXML_XSECException(11213, "Validation of <SignedInfo> failed");
 }
 
 // A secret the caller set (an HMAC key), or else the key the key information

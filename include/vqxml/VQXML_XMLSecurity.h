@@ -247,7 +247,6 @@ protected:
                         const std::string& serial);
     template <class Key>
     void describeSigner(DSIGKeyInfoX509* x509, const Key& key, bool withCertificate);
-    void checkSignatureAndReferences();
     XSECCryptoKey* verificationKey();
     void setSigningKey(XSECCryptoKey* key);
     void storeVerifiedContent();

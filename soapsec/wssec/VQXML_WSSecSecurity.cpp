@@ -26,6 +26,7 @@
 #include "dsig/ReferenceDigesting.hpp"
 #include "dsig/Signing.hpp"
 #include "dsig/VerificationLimits.hpp"
+#include "dsig/Verifier.hpp"
 #include "dsig/VerifiedCoverage.hpp"
 #include "engine/KeyInfoGuard.hpp"
 #include "engine/SignedInfoCanonicalization.hpp"
@@ -439,38 +440,25 @@ bool VQXML_WSSecSecurity::verify() {
     m_errMsgs.clear();
     m_signedParts.clear();
     try {
-        vqxml::checkReferencedIds(m_signature);
         const vqxml::KeyBinding binding(sig.getKeyInfoList(), securityHeader(false));
-        XSECCryptoKey* key = nullptr;
-        if (m_verificationKey != nullptr) {
-            binding.requireCertificate(m_verificationCert.get());
-            key = std::exchange(m_verificationKey, nullptr);
-        } else if (m_signingKey != nullptr) {
-            binding.requireNoPublicKey();
-            key = std::exchange(m_signingKey, nullptr);
-        } else {
-            key = binding.newKey();
-        }
-        if (key == nullptr)
-            throw VQXML_XSECException(11213, "No key to check the signature with");
-        sig.setSigningKey(key);
-        const DSIGReferenceList* references = sig.getReferenceList();
-        const std::vector<DOMElement*> elements = vqxml::referenceElements(m_signatureElement);
-        if (references == nullptr || elements.size() != references->getSize())
-            throw XSECException(XSECException::SigVfyError, "The References of SignedInfo are not all loaded");
-        for (DSIGReferenceList::size_type i = 0; i < references->getSize(); ++i) {
-            if (vqxml::matchReferenceDigest(*references->item(i), elements[i], m_signatureElement) ==
-                vqxml::ReferenceMatch::None) {
-                m_errMsgs = "Reference URI=\"" + vqxml::toEucKr(references->item(i)->getURI()) + "\" failed to verify";
-                return false;
+        vqxml::verifySignature(sig, m_signatureElement, [&]() -> XSECCryptoKey* {
+            XSECCryptoKey* key = nullptr;
+            if (m_verificationKey != nullptr) {
+                binding.requireCertificate(m_verificationCert.get());
+                key = std::exchange(m_verificationKey, nullptr);
+            } else if (m_signingKey != nullptr) {
+                binding.requireNoPublicKey();
+                key = std::exchange(m_signingKey, nullptr);
+            } else {
+                key = binding.newKey();
             }
-        }
-        if (vqxml::signedInfoVerifies(sig, m_signatureElement, key)) {
-            vqxml::requireCoveredBody(m_signatureElement, onlyBody());
-            m_signedParts = vqxml::signedParts(m_signatureElement);
-            return true;
-        }
-        m_errMsgs = "Validation of <SignedInfo> failed";
+            if (key != nullptr)
+                sig.setSigningKey(key);
+            return key;
+        });
+        vqxml::requireCoveredBody(m_signatureElement, onlyBody());
+        m_signedParts = vqxml::signedParts(m_signatureElement);
+        return true;
     } catch (const XSECException& e) {
         m_errMsgs = vqxml::toEucKr(e.getMsg());
     }
