@@ -140,7 +140,7 @@ int VQXML_XMLSecurity::getEncryptedKeyInfo(XENCEncryptedKey* key) {
             if (XMLString::equals(algorithm, transport.uri))
                 code = transport.code;
         if (code == 0)
-            throw VQXML_XSECException(11304);
+            throw VQXML_XSECException(VQXML_ERR_TRANSPORT_UNKNOWN);
         m_keyWrapAlg = code;
         // The recipient fields describe this key alone: names or a certificate
         // left by an earlier reading (the signer's, say) would be checked

@@ -2,19 +2,19 @@
 #include <string>
 
 #include "api/Front.hpp"
+#include "vqxml/vqxml.h"
 
 using vqxml::forward;
 using Ctx = VQXML_XMLSecurity;
 
 namespace {
 
-constexpr int kNoPackage = 10104;
 
 // A bare envelope (data starting with "<") goes to loadDocument as it is; a
 // package's envelope part goes there through the package loader.
 int loadEnvelope(Ctx& c, char* data, int len, int (Ctx::*loadDocument)(char*, int)) {
     if (data == nullptr || data[0] == '\0' || len <= 0)
-        return kNoPackage;
+        return VQXML_ERR_NO_PACKAGE;
     if (data[0] == '<')
         return (c.*loadDocument)(data, len);
     return c.EBXML_loadPackage(data, len, loadDocument);

@@ -29,12 +29,11 @@ namespace vqxml {
 
 namespace {
 
-constexpr int kNotVerified = 11213;
 
 using Bytes = std::vector<std::uint8_t>;
 
 [[noreturn]] void refuse(const char* why) {
-    throw VQXML_XSECException(kNotVerified, why);
+    throw VQXML_XSECException(VQXML_ERR_NOT_VERIFIED, why);
 }
 
 bool present(const XMLCh* text) {

@@ -22,7 +22,7 @@ int VQXML_XMLSecurity::XMLDSIG_setSignXMLDocument(char* xml, int len) {
     return vqxml::guarded(*this, "XMLDSIG_setSignXMLDocument > ", [&] {
         loadAfresh([&] {
             if (xml == nullptr || len <= 0 || xml[0] == '\0')
-                throw VQXML_XSECException(10212);
+                throw VQXML_XSECException(VQXML_ERR_DSIG_NO_SIGNED_DOCUMENT);
             loadDocument(xml, len);
             m_signature = g_provider->newSignatureFromDOM(m_document);
             vqxml::installURIResolver(*m_signature, m_allowExternalReferences);

@@ -9,6 +9,7 @@
 #include "core/VQXMLException.hpp"
 #include "dsig/IdResolution.hpp"
 #include "dsig/ReferenceDigesting.hpp"
+#include "vqxml/vqxml.h"
 
 XERCES_CPP_NAMESPACE_USE
 
@@ -16,7 +17,6 @@ namespace vqxml {
 
 namespace {
 
-constexpr int kNotVerified = 11213;
 
 bool isDsig(const DOMNode* node, const XMLCh* localName) {
     return node != nullptr && node->getNodeType() == DOMNode::ELEMENT_NODE &&
@@ -135,18 +135,18 @@ void requireCoveredContent(const DOMElement* signature) {
         for (const DOMNode* target : targets)
             if (holds(target, content))
                 return;
-        throw VQXML_XSECException(kNotVerified,
+        throw VQXML_XSECException(VQXML_ERR_NOT_VERIFIED,
                                   "No Reference covers the element of the first Object, which verification hands out");
     }
     bool documentCovered = false;
     for (const DOMNode* target : targets) {
         documentCovered = documentCovered || target == doc || target == root;
         if (target != doc && insideSignature(target))
-            throw VQXML_XSECException(kNotVerified, "A Reference resolves to an element inside a Signature, which "
+            throw VQXML_XSECException(VQXML_ERR_NOT_VERIFIED, "A Reference resolves to an element inside a Signature, which "
                                                     "is not in the document verification hands out");
     }
     if (!documentCovered)
-        throw VQXML_XSECException(kNotVerified, "No Reference covers the document element: the document verification "
+        throw VQXML_XSECException(VQXML_ERR_NOT_VERIFIED, "No Reference covers the document element: the document verification "
                                                 "hands out would carry what the signature did not sign");
 }
 
@@ -175,7 +175,7 @@ void removeUncoveredSignatures(const DOMElement* signature) {
 void requireCoveredBody(const DOMElement* signature, const DOMElement* body) {
     std::vector<std::unique_ptr<ReferenceNodeSet>> cache;
     if (body == nullptr || !someReferenceHoldsAll(signature, body, cache))
-        throw VQXML_XSECException(kNotVerified, "The signature does not cover the SOAP Body of the envelope");
+        throw VQXML_XSECException(VQXML_ERR_NOT_VERIFIED, "The signature does not cover the SOAP Body of the envelope");
 }
 
 std::string signedParts(const DOMElement* signature) {

@@ -30,7 +30,7 @@ const vqxml::SymmetricAlgorithm* cipherOf(const XENCEncryptedData* data) {
     const vqxml::SymmetricAlgorithm* algorithm =
         vqxml::symmetricByURI(method != nullptr ? method->getAlgorithm() : nullptr);
     if (algorithm == nullptr)
-        throw VQXML_XSECException(10500);
+        throw VQXML_XSECException(VQXML_ERR_SOAP_CIPHER_SELECTOR);
     return algorithm;
 }
 
@@ -40,7 +40,7 @@ int VQXML_XMLSecurity::SOAPSEC_setSOAPSecDocument(char* xml, int len) {
     return vqxml::guarded(*this, "SOAPSEC_setSOAPSecDocument > ", [&] {
         loadAfresh([&] {
             if (xml == nullptr || xml[0] == '\0')
-                throw VQXML_XSECException(10400);
+                throw VQXML_XSECException(VQXML_ERR_SOAP_NO_DOCUMENT);
             loadDocument(xml, len);
             m_wsSecurity = g_provider->newWSSecSecurityFromDOM(m_document, nullptr);
             m_wsSecurity->load();
@@ -101,10 +101,10 @@ int VQXML_XMLSecurity::SOAPSEC_decryptKeyWrapKey(unsigned char* cert, int certLe
 int VQXML_XMLSecurity::SOAPSEC_setVerifyCert(unsigned char* cert, int certLen) {
     return vqxml::guarded(*this, "SOAPSEC_setVerifyCert > ", [&] {
         if (cert == nullptr || certLen <= 0)
-            throw VQXML_XSECException(10405);
+            throw VQXML_XSECException(VQXML_ERR_SOAP_NO_KEY);
         VQXML_WSSecSecurity& engine = requireWSSecurity();
         if (!engine.isWSSecSignature())
-            throw VQXML_XSECException(10406, "The message carries no signature");
+            throw VQXML_XSECException(VQXML_ERR_SOAP_NOT_ASYMMETRIC, "The message carries no signature");
         if (engine.getSignatureMethod() == 5) {
             std::unique_ptr<VQTKCryptoKeyKCDSA> key(createKCDSAKey(cert, certLen, nullptr, 0));
             const std::vector<unsigned char> der = key->certificateDER();
@@ -114,7 +114,7 @@ int VQXML_XMLSecurity::SOAPSEC_setVerifyCert(unsigned char* cert, int certLen) {
             const std::vector<unsigned char> der = key->certificateDER();
             engine.setVerificationKey(key.release(), der);
         } else {
-            throw VQXML_XSECException(10406);
+            throw VQXML_XSECException(VQXML_ERR_SOAP_NOT_ASYMMETRIC);
         }
     });
 }
@@ -124,7 +124,7 @@ void VQXML_XMLSecurity::decryptSOAPParts() {
     while (XENCEncryptedData* data = engine.findEncryptedData()) {
         const vqxml::SymmetricAlgorithm* algorithm = cipherOf(data);
         if (m_symmKey == nullptr)
-            throw VQXML_XSECException(10511);
+            throw VQXML_XSECException(VQXML_ERR_SOAP_ENCRYPTED_NO_KEY);
         std::unique_ptr<XSECCryptoSymmetricKey> key(vqxml::newSymmetricKey(algorithm->keyType));
         key->setKey(m_symmKey, unsigned(m_symmKeyLen));
         engine.setCipherKey(key.release());
@@ -143,13 +143,13 @@ int VQXML_XMLSecurity::SOAPSEC_processSOAP() {
         const bool hasSig = engine.isWSSecSignature();
         const bool hasEnc = engine.isWSSEncryption();
         if (!hasSig && !hasEnc)
-            throw VQXML_XSECException(10509);
+            throw VQXML_XSECException(VQXML_ERR_SOAP_NOT_SECURED);
         bool sigDone = !hasSig;
         bool encDone = !hasEnc;
         while (!sigDone || !encDone) {
             if ((first || encDone) && !sigDone) {
                 if (!engine.verify())
-                    throw VQXML_XSECException(11213, engine.getErrMsgs());
+                    throw VQXML_XSECException(VQXML_ERR_NOT_VERIFIED, engine.getErrMsgs());
                 sigDone = true;
             }
             if (!encDone) {

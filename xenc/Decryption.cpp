@@ -26,7 +26,6 @@ XERCES_CPP_NAMESPACE_USE
 
 namespace {
 
-constexpr int kNoDocument = 10311;
 
 const XMLCh* algorithmOf(const XENCEncryptedData* data) {
     const XENCEncryptionMethod* method = data->getEncryptionMethod();
@@ -97,24 +96,24 @@ void VQXML_XMLSecurity::forgetNestedEncryptedKey() {
 }
 
 int VQXML_XMLSecurity::XMLENC_setEncXMLDocument(char* xml, int len) {
-    return vqxml::guarded(*this, "XMLENC_setEncXMLDocument > ", [&] { loadCipherDocument(xml, len, kNoDocument); });
+    return vqxml::guarded(*this, "XMLENC_setEncXMLDocument > ", [&] { loadCipherDocument(xml, len, VQXML_ERR_ENC_NO_ENCRYPTED_DOCUMENT); });
 }
 
 int VQXML_XMLSecurity::XMLENC_decrypt() {
     return vqxml::guarded(*this, "XMLENC_decrypt > ", [&] {
-        auto& cipher = static_cast<VQXML_XENCCipher&>(requireCipher(kNoDocument));
+        auto& cipher = static_cast<VQXML_XENCCipher&>(requireCipher(VQXML_ERR_ENC_NO_ENCRYPTED_DOCUMENT));
         XENCEncryptedData* data = cipher.getEncryptedData();
         XencElementsLeft left(m_document);
         cipher.takeNewXencElements();
         while (data != nullptr) {
             const vqxml::SymmetricAlgorithm* algorithm = vqxml::symmetricByURI(algorithmOf(data));
             if (algorithm == nullptr)
-                throw VQXML_XSECException(10301);
+                throw VQXML_XSECException(VQXML_ERR_ENC_CIPHER_SELECTOR);
             if (m_symmKey == nullptr)
-                throw VQXML_XSECException(10314);
+                throw VQXML_XSECException(VQXML_ERR_DEC_NO_SESSION_KEY);
             std::unique_ptr<XSECCryptoSymmetricKey> key(vqxml::newSymmetricKey(algorithm->keyType));
             if (!key)
-                throw VQXML_XSECException(11102);
+                throw VQXML_XSECException(VQXML_ERR_PROVIDER_KEY_TYPE);
             key->setKey(m_symmKey, unsigned(m_symmKeyLen));
             cipher.setKey(key.release());
             forgetNestedEncryptedKey();

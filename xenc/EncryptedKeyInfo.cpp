@@ -25,7 +25,6 @@ XERCES_CPP_NAMESPACE_USE
 
 namespace {
 
-constexpr int kNoDocument = 10311;
 
 struct FreeDeleter {
     void operator()(char* text) const { std::free(text); }
@@ -43,10 +42,10 @@ bool holdsEncryptedKey(DSIGKeyInfoList* list) {
 
 int VQXML_XMLSecurity::XMLENC_getEncKeyInfo() {
     return vqxml::guarded(*this, "XMLENC_getEncKeyInfo > ", [&] {
-        auto& cipher = static_cast<VQXML_XENCCipher&>(requireCipher(kNoDocument));
+        auto& cipher = static_cast<VQXML_XENCCipher&>(requireCipher(VQXML_ERR_ENC_NO_ENCRYPTED_DOCUMENT));
         DOMElement* element = findXENCElement(u"EncryptedData");
         if (element == nullptr)
-            throw VQXML_XSECException(10312);
+            throw VQXML_XSECException(VQXML_ERR_ENC_NO_ENCRYPTED_DATA);
         forgetNestedEncryptedKey();
         XENCEncryptedData* data = cipher.loadEncryptedData(element);
         const XENCEncryptionMethod* method = data->getEncryptionMethod();
@@ -54,7 +53,7 @@ int VQXML_XMLSecurity::XMLENC_getEncKeyInfo() {
             vqxml::symmetricByURI(method != nullptr ? method->getAlgorithm() : nullptr);
         resizeSessionKey(algorithm != nullptr ? algorithm->keyBytes : 16);
         if (algorithm == nullptr)
-            throw VQXML_XSECException(10301);
+            throw VQXML_XSECException(VQXML_ERR_ENC_CIPHER_SELECTOR);
         m_symmAlg = algorithm->methodCode;
 
         DSIGKeyInfoList* list = data->getKeyInfoList();
@@ -81,7 +80,7 @@ void VQXML_XMLSecurity::readDocumentLevelKey(XENCCipher& cipher, const XMLCh* da
     if (keys.empty())
         return;
     if (m_encKeyIndex < 0 || static_cast<size_t>(m_encKeyIndex) >= keys.size())
-        throw VQXML_XSECException(10313);
+        throw VQXML_XSECException(VQXML_ERR_ENC_KEYS_VISITED);
     XENCEncryptedKey* key = keys[static_cast<size_t>(m_encKeyIndex)];
     if (vqxml::xenc::refersTo(*key, dataId))
         getEncryptedKeyInfo(key);
@@ -91,7 +90,7 @@ void VQXML_XMLSecurity::readDocumentLevelKey(XENCCipher& cipher, const XMLCh* da
 int VQXML_XMLSecurity::XMLENC_decryptKeyWrapKey(unsigned char* cert, int certLen, unsigned char* priKey,
                                                 int priKeyLen) {
     return vqxml::guarded(*this, "XMLENC_decryptKeyWrapKey > ", [&] {
-        auto& cipher = static_cast<VQXML_XENCCipher&>(requireCipher(kNoDocument));
+        auto& cipher = static_cast<VQXML_XENCCipher&>(requireCipher(VQXML_ERR_ENC_NO_ENCRYPTED_DOCUMENT));
         unwrapSessionKey(cipher, cipher.isDocumentKey(m_encryptedKey), vqxml::xenc::kXmlEncUnwrapCodes, cert, certLen,
                          priKey, priKeyLen);
     });

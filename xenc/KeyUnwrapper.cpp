@@ -201,7 +201,7 @@ public:
         requireSecret();
         std::unique_ptr<XSECCryptoSymmetricKey> kek(vqxml::newSymmetricKey(vqxml::kKeyTripleDes));
         if (!kek)
-            throw VQXML_XSECException(11102);
+            throw VQXML_XSECException(VQXML_ERR_PROVIDER_KEY_TYPE);
         kek->setKey(m_priKey, unsigned(m_priKeyLen));
         return kek.release();
     }

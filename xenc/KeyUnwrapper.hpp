@@ -24,6 +24,8 @@
 #ifndef VQXML_XENC_KEYUNWRAPPER_HPP
 #define VQXML_XENC_KEYUNWRAPPER_HPP
 
+#include "vqxml/vqxml.h"
+
 namespace vqxml::xenc {
 
 struct UnwrapCodes {
@@ -35,8 +37,12 @@ struct UnwrapCodes {
     int unknownCipher;   // the EncryptedData's algorithm is not one of ours
 };
 
-inline constexpr UnwrapCodes kXmlEncUnwrapCodes{10304, 10308, 10309, 10310, 10306, 10301};
-inline constexpr UnwrapCodes kSoapUnwrapCodes{10502, 10505, 10506, 10507, 10503, 10500};
+inline constexpr UnwrapCodes kXmlEncUnwrapCodes{VQXML_ERR_ENC_TRANSPORT_SELECTOR, VQXML_ERR_ENC_RECIPIENT_ISSUER,
+                                               VQXML_ERR_ENC_RECIPIENT_SUBJECT,  VQXML_ERR_ENC_RECIPIENT_SERIAL,
+                                               VQXML_ERR_ENC_NO_KEY,             VQXML_ERR_ENC_CIPHER_SELECTOR};
+inline constexpr UnwrapCodes kSoapUnwrapCodes{VQXML_ERR_SOAP_TRANSPORT_SELECTOR, VQXML_ERR_SOAP_RECIPIENT_ISSUER,
+                                             VQXML_ERR_SOAP_RECIPIENT_SUBJECT,  VQXML_ERR_SOAP_RECIPIENT_SERIAL,
+                                             VQXML_ERR_SOAP_NO_KEY_DATA,        VQXML_ERR_SOAP_CIPHER_SELECTOR};
 
 }  // namespace vqxml::xenc
 
