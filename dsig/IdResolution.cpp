@@ -28,7 +28,8 @@ bool isIdAttribute(const DOMAttr* attr) {
            XMLString::equals(name, u"ID");
 }
 
-// The first two elements carrying an Id-like attribute with that value.
+}  // namespace
+
 std::vector<const DOMElement*> elementsWithId(const DOMDocument* doc, const XMLCh* id) {
     std::vector<const DOMElement*> found;
     DOMNodeIterator* it = const_cast<DOMDocument*>(doc)->createNodeIterator(
@@ -46,8 +47,6 @@ std::vector<const DOMElement*> elementsWithId(const DOMDocument* doc, const XMLC
     it->release();
     return found;
 }
-
-}  // namespace
 
 void enableIdAttributes(DSIGSignature*& signature) {
     signature->setIdByAttributeName(true);

@@ -2,6 +2,8 @@
 #ifndef VQXML_DSIG_IDRESOLUTION_HPP
 #define VQXML_DSIG_IDRESOLUTION_HPP
 
+#include <vector>
+
 #include <xercesc/dom/DOM.hpp>
 
 class DSIGSignature;
@@ -18,6 +20,10 @@ void enableIdAttributes(DSIGSignature*& signature);
 // element carries, or one that more than one element carries: which of them the
 // engine would digest need not be what the signer meant (signature wrapping).
 void checkReferencedIds(const DSIGSignature* signature);
+
+// The first two elements whose Id-like attribute (as above) is id.
+std::vector<const XERCES_CPP_NAMESPACE::DOMElement*> elementsWithId(const XERCES_CPP_NAMESPACE::DOMDocument* doc,
+                                                                    const XMLCh* id);
 
 // The one element whose Id-like attribute (as above) is id; null when none or
 // several are.

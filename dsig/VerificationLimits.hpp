@@ -2,9 +2,6 @@
 //
 // - At most 64 References, each with at most 16 Transforms: a document cannot make
 //   the verifier digest the same content thousands of times.
-// - No XSLT transform: a stylesheet from the document would run in the verifier.
-// - No transform after a base64 transform: the engine would parse the decoded
-//   bytes with a parser that follows external entities.
 // - An XPath transform evaluates its expression once for every node of the
 //   document, so an expression that itself walks the document ("//", the
 //   descendant, following and preceding axes, id()) costs the square of the
@@ -12,6 +9,8 @@
 //   1024 characters; what is left looks up (ancestors, bounded by the nesting
 //   limit), at the node, its attributes, namespaces and children, and stays
 //   linear. XPath Filter 2.0 expressions are evaluated once and are not limited.
+// Transforms that would run a stylesheet or fetch are refused earlier, when the
+// signature is loaded (engine/KeyInfoGuard.hpp).
 #ifndef VQXML_DSIG_VERIFICATIONLIMITS_HPP
 #define VQXML_DSIG_VERIFICATIONLIMITS_HPP
 

@@ -27,6 +27,7 @@
 #include "dsig/Signing.hpp"
 #include "dsig/VerificationLimits.hpp"
 #include "dsig/VerifiedCoverage.hpp"
+#include "engine/KeyInfoGuard.hpp"
 #include "engine/SignedInfoCanonicalization.hpp"
 #include "engine/VQXMLURIResolver.hpp"
 #include "engine/VQXMLXENCCipher.hpp"
@@ -369,6 +370,7 @@ void VQXML_WSSecSecurity::load() {
             m_signatureElement = static_cast<DOMElement*>(entry);
             vqxml::enableIdAttributes(m_signature);
             vqxml::installURIResolver(*m_signature, false);
+            vqxml::checkKeyInformation(m_signatureElement);
             m_signature->load();
             vqxml::checkVerificationLimits(m_signature);
             const vqxml::SignatureCodes codes = vqxml::signatureCodesOf(m_signature->getAlgorithmURI());
