@@ -117,7 +117,8 @@ inline std::vector<Piece> pieces(const Outside& outside) {
     const char* const kOutside = "outside the document is not followed";
     const char* const kTransforms = "with Transforms is not followed";
     return {
-        {"RetrievalMethod loop through an Id attribute", Spot::KeyInfo, retrievalMethod("#k"), looping, "", kRefused, kLoop},
+        {"RetrievalMethod loop through an Id attribute", Spot::KeyInfo, retrievalMethod("#k"), looping, "", kRefused,
+         kLoop},
         {"RetrievalMethod loop through a declared ID", Spot::KeyInfo, retrievalMethod("#k"), looping,
          "<!DOCTYPE r [<!ATTLIST xenc:EncryptedKey Id ID #IMPLIED>]>", kRefused, kLoop},
         {"RetrievalMethod loop through wsu:Id", Spot::KeyInfo, retrievalMethod("#k"),
@@ -127,7 +128,8 @@ inline std::vector<Piece> pieces(const Outside& outside) {
         {"RetrievalMethod loop over two keys", Spot::KeyInfo, retrievalMethod("#a"),
          encryptedKey("Id=\"a\"", {"#b"}) + encryptedKey("ID=\"b\"", {"#a"}), "", kRefused, kLoop},
         {"RetrievalMethod chain", Spot::KeyInfo, retrievalMethod("#k1"), chain(12, 1), "", kRefused, "lead too far"},
-        {"RetrievalMethods fanning out", Spot::KeyInfo, retrievalMethod("#k1"), chain(5, 3), "", kRefused, "lead too far"},
+        {"RetrievalMethods fanning out", Spot::KeyInfo, retrievalMethod("#k1"), chain(5, 3), "", kRefused,
+         "lead too far"},
         {"RetrievalMethod to an Id two elements carry", Spot::KeyInfo, retrievalMethod("#k"),
          encryptedKey("Id=\"k\"", {}) + encryptedKey("id=\"k\"", {}), "", kRefused, "more than one element"},
         {"RetrievalMethod to a file", Spot::KeyInfo, retrievalMethod(file), "", "", kRefused, kOutside},
@@ -149,8 +151,8 @@ inline std::vector<Piece> pieces(const Outside& outside) {
          target, "", kRefused, kTransforms},
         {"RetrievalMethod with a transform after base64", Spot::KeyInfo, retrieving(afterBase64), target, "", kRefused,
          kTransforms},
-        {"X509Data with repeated names", Spot::KeyInfo, "<ds:X509Data>" + issuerSerial + issuerSerial + "</ds:X509Data>",
-         "", "", kRefused, "several X509SubjectName or X509IssuerSerial"},
+        {"X509Data with repeated names", Spot::KeyInfo, "<ds:X509Data>" + issuerSerial + issuerSerial +
+         "</ds:X509Data>", "", "", kRefused, "several X509SubjectName or X509IssuerSerial"},
 
         {"Reference with XSLT reading a file", Spot::ReferenceTransforms, readingXslt(file), "", "", kRefused,
          "XSLT transforms are not run"},

@@ -94,6 +94,9 @@ const char kNamespaces[] =
     " xmlns:ds=\"http://www.w3.org/2000/09/xmldsig#\" xmlns:xenc=\"http://www.w3.org/2001/04/xmlenc#\""
     " xmlns:wsu=\"http://docs.oasis-open.org/wss/2004/01/oasis-200401-wss-wssecurity-utility-1.0.xsd\"";
 
+const char kCipherData[] =
+    "<xenc:CipherData><xenc:CipherValue>AAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA</xenc:CipherValue></xenc:CipherData>";
+
 std::string at(const Piece& p, Spot spot, const std::string& otherwise) {
     return p.spot == spot ? p.text : otherwise;
 }
@@ -102,10 +105,10 @@ std::string keyInfo(const Piece& p) {
     return "<ds:KeyInfo>" + at(p, Spot::KeyInfo, "<ds:KeyName>k</ds:KeyName>") + "</ds:KeyInfo>";
 }
 
-std::string cipherData(const Piece& p) {
-    return "<xenc:CipherData>" +
-           at(p, Spot::CipherData, "<xenc:CipherValue>" + std::string(32, 'A') + "</xenc:CipherValue>") +
-           "</xenc:CipherData>";
+// The KeyInfo and CipherData of an encrypted element under test.
+std::string keyAndCipherData(const Piece& p) {
+    return keyInfo(p) +
+           (p.spot == Spot::CipherData ? "<xenc:CipherData>" + p.text + "</xenc:CipherData>" : kCipherData);
 }
 
 std::string signature(const Piece& p, const std::string& uri) {
@@ -119,17 +122,17 @@ std::string signature(const Piece& p, const std::string& uri) {
            "<ds:SignatureValue>AA==</ds:SignatureValue>" + keyInfo(p) + "</ds:Signature>";
 }
 
-// The EncryptedData "d", carrying the piece or not.
-std::string encryptedData(const Piece& p, bool underTest) {
-    const Piece none{"", Spot::ReferenceTransforms, "", "", "", 0, ""};
+std::string encryptedData(const std::string& inside) {
     return "<xenc:EncryptedData Id=\"d\" Type=\"http://www.w3.org/2001/04/xmlenc#Element\">"
-           "<xenc:EncryptionMethod Algorithm=\"http://www.w3.org/2001/04/xmlenc#tripledes-cbc\"/>" +
-           (underTest ? keyInfo(p) : "") + cipherData(underTest ? p : none) + "</xenc:EncryptedData>";
+           "<xenc:EncryptionMethod Algorithm=\"http://www.w3.org/2001/04/xmlenc#tripledes-cbc\"/>" + inside +
+           "</xenc:EncryptedData>";
 }
 
+// A key for the EncryptedData "d", which follows it.
 std::string encryptedKey(const Piece& p) {
-    return "<xenc:EncryptedKey Id=\"ek\"><xenc:EncryptionMethod Algorithm=\"http://www.w3.org/2001/04/xmlenc#rsa-1_5\"/>" +
-           keyInfo(p) + cipherData(p) +
+    return "<xenc:EncryptedKey Id=\"ek\">"
+           "<xenc:EncryptionMethod Algorithm=\"http://www.w3.org/2001/04/xmlenc#rsa-1_5\"/>" +
+           keyAndCipherData(p) +
            "<xenc:ReferenceList><xenc:DataReference URI=\"#d\"/></xenc:ReferenceList></xenc:EncryptedKey>";
 }
 
@@ -185,20 +188,24 @@ const EntryPoint kEntryPoints[] = {
     {"XMLDSIG", true, [](const Piece& p) { return plain(p, signature(p, "")); }, readSignature},
     {"EBXML", true,
      [](const Piece& p) {
-         return ebxmltest::makePackage({{"text/xml; charset=UTF-8", "<soap-part@example.kr>", plain(p, signature(p, "")), ""}});
+         return ebxmltest::makePackage(
+             {{"text/xml; charset=UTF-8", "<soap-part@example.kr>", plain(p, signature(p, "")), ""}});
      },
      readPackage},
     {"SOAPSEC signature", true, [](const Piece& p) { return soap(p, signature(p, "#body"), "<m xmlns=\"urn:m\"/>"); },
      readSoap},
-    {"SOAPSEC EncryptedKey", false, [](const Piece& p) { return soap(p, encryptedKey(p), encryptedData(p, false)); },
+    {"SOAPSEC EncryptedKey", false, [](const Piece& p) { return soap(p, encryptedKey(p), encryptedData(kCipherData)); },
      readSoap},
     {"SOAPSEC EncryptedData", false,
      [](const Piece& p) {
-         return soap(p, "<xenc:ReferenceList><xenc:DataReference URI=\"#d\"/></xenc:ReferenceList>", encryptedData(p, true));
+         return soap(p, "<xenc:ReferenceList><xenc:DataReference URI=\"#d\"/></xenc:ReferenceList>",
+                     encryptedData(keyAndCipherData(p)));
      },
      readSoap},
-    {"XMLENC EncryptedData", false, [](const Piece& p) { return plain(p, encryptedData(p, true)); }, readEncrypted},
-    {"XMLENC EncryptedKey", false, [](const Piece& p) { return plain(p, encryptedKey(p) + encryptedData(p, false)); },
+    {"XMLENC EncryptedData", false, [](const Piece& p) { return plain(p, encryptedData(keyAndCipherData(p))); },
+     readEncrypted},
+    {"XMLENC EncryptedKey", false,
+     [](const Piece& p) { return plain(p, encryptedKey(p) + encryptedData(kCipherData)); },
      readEncrypted},
 };
 
