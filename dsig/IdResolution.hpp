@@ -2,8 +2,6 @@
 #ifndef VQXML_DSIG_IDRESOLUTION_HPP
 #define VQXML_DSIG_IDRESOLUTION_HPP
 
-#include <vector>
-
 #include <xercesc/dom/DOM.hpp>
 
 class DSIGSignature;
@@ -21,12 +19,8 @@ void enableIdAttributes(DSIGSignature*& signature);
 // engine would digest need not be what the signer meant (signature wrapping).
 void checkReferencedIds(const DSIGSignature* signature);
 
-// The first two elements whose Id-like attribute (as above) is id.
-std::vector<const XERCES_CPP_NAMESPACE::DOMElement*> elementsWithId(const XERCES_CPP_NAMESPACE::DOMDocument* doc,
-                                                                    const XMLCh* id);
-
-// The one element whose Id-like attribute (as above) is id; null when none or
-// several are.
+// The one element whose Id-like attribute (engine/SameDocumentIds.hpp) is id;
+// null when none or several are.
 const XERCES_CPP_NAMESPACE::DOMElement* elementWithId(const XERCES_CPP_NAMESPACE::DOMDocument* doc, const XMLCh* id);
 
 }  // namespace vqxml

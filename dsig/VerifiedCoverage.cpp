@@ -9,6 +9,7 @@
 #include "core/VQXMLException.hpp"
 #include "dsig/IdResolution.hpp"
 #include "dsig/ReferenceDigesting.hpp"
+#include "engine/SameDocumentIds.hpp"
 
 XERCES_CPP_NAMESPACE_USE
 

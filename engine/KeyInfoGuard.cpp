@@ -8,9 +8,8 @@
 #include <xsec/framework/XSECException.hpp>
 
 #include "core/Transcode.hpp"
-#include "dsig/IdResolution.hpp"
-#include "dsig/ReferenceDigesting.hpp"
 #include "core/adapter/Upstream.hpp"
+#include "engine/SameDocumentIds.hpp"
 
 XERCES_CPP_NAMESPACE_USE
 
