@@ -10,8 +10,8 @@
 #include <xsec/framework/XSECException.hpp>
 
 #include "core/Transcode.hpp"
-#include "dsig/ReferenceDigesting.hpp"
 #include "engine/ParkedObjects.hpp"
+#include "engine/SameDocumentIds.hpp"
 
 XERCES_CPP_NAMESPACE_USE
 
@@ -21,31 +21,6 @@ namespace {
 
 const XMLCh kWsuNamespace[] =
     u"http://docs.oasis-open.org/wss/2004/01/oasis-200401-wss-wssecurity-utility-1.0.xsd";
-
-bool isIdAttribute(const DOMAttr* attr) {
-    const XMLCh* name = attr->getLocalName() != nullptr ? attr->getLocalName() : attr->getName();
-    return attr->isId() || XMLString::equals(name, u"Id") || XMLString::equals(name, u"id") ||
-           XMLString::equals(name, u"ID");
-}
-
-// The first two elements carrying an Id-like attribute with that value.
-std::vector<const DOMElement*> elementsWithId(const DOMDocument* doc, const XMLCh* id) {
-    std::vector<const DOMElement*> found;
-    DOMNodeIterator* it = const_cast<DOMDocument*>(doc)->createNodeIterator(
-        const_cast<DOMElement*>(doc->getDocumentElement()), DOMNodeFilter::SHOW_ELEMENT, nullptr, false);
-    for (DOMNode* node = it->nextNode(); node != nullptr && found.size() < 2; node = it->nextNode()) {
-        DOMNamedNodeMap* attrs = node->getAttributes();
-        for (XMLSize_t i = 0; attrs != nullptr && i < attrs->getLength(); ++i) {
-            auto* attr = static_cast<DOMAttr*>(attrs->item(i));
-            if (isIdAttribute(attr) && XMLString::equals(attr->getValue(), id)) {
-                found.push_back(static_cast<const DOMElement*>(node));
-                break;
-            }
-        }
-    }
-    it->release();
-    return found;
-}
 
 }  // namespace
 

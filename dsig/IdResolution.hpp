@@ -19,8 +19,8 @@ void enableIdAttributes(DSIGSignature*& signature);
 // engine would digest need not be what the signer meant (signature wrapping).
 void checkReferencedIds(const DSIGSignature* signature);
 
-// The one element whose Id-like attribute (as above) is id; null when none or
-// several are.
+// The one element whose Id-like attribute (engine/SameDocumentIds.hpp) is id;
+// null when none or several are.
 const XERCES_CPP_NAMESPACE::DOMElement* elementWithId(const XERCES_CPP_NAMESPACE::DOMDocument* doc, const XMLCh* id);
 
 }  // namespace vqxml

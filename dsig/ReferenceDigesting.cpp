@@ -17,6 +17,7 @@
 #include "dsig/XPathSelection.hpp"
 #include "engine/AlgorithmURIs.hpp"
 #include "engine/ReferenceDigest.hpp"
+#include "engine/SameDocumentIds.hpp"
 #include "engine/korean/Digest.hpp"
 
 XERCES_CPP_NAMESPACE_USE
@@ -408,23 +409,6 @@ std::unique_ptr<ReferenceNodeSet> referenceNodeSet(const DOMElement* reference, 
     if (!run(*pipeline, reference) || !pipeline->selectsIn(reference->getOwnerDocument()))
         return nullptr;
     return std::make_unique<PipelineNodeSet>(std::move(pipeline));
-}
-
-XString referencedId(const XMLCh* uri) {
-    if (uri == nullptr || uri[0] != u'#' || uri[1] == 0)
-        return {};
-    const XString fragment(uri + 1);
-    if (fragment.rfind(u"xpointer(", 0) != 0)
-        return fragment;
-    // xpointer(id('x')) or xpointer(id("x"))
-    const XString head = u"xpointer(id(";
-    if (fragment.size() < head.size() + 4 || fragment.compare(0, head.size(), head) != 0 ||
-        fragment.compare(fragment.size() - 2, 2, u"))") != 0)
-        return {};
-    const XString quoted = fragment.substr(head.size(), fragment.size() - head.size() - 2);
-    if (quoted.size() < 3 || (quoted.front() != u'\'' && quoted.front() != u'"') || quoted.back() != quoted.front())
-        return {};
-    return quoted.substr(1, quoted.size() - 2);
 }
 
 std::optional<ReferenceDigest> digestReference(const DOMElement* reference, const DOMElement* signature,

@@ -74,10 +74,6 @@ std::vector<XERCES_CPP_NAMESPACE::DOMElement*> referenceElements(const XERCES_CP
 // for any other.
 const EVP_MD* openSslDigest(const XMLCh* uri);
 
-// The Id a same-document URI names ("#x", "#xpointer(id('x'))"); empty for
-// "", "#xpointer(/)" and URIs that are not same-document.
-XString referencedId(const XMLCh* uri);
-
 }  // namespace vqxml
 
 #endif

@@ -27,7 +27,7 @@ int VQXML_XMLSecurity::XMLDSIG_setSignXMLDocument(char* xml, int len) {
             m_signature = g_provider->newSignatureFromDOM(m_document);
             vqxml::installURIResolver(*m_signature, m_allowExternalReferences);
             vqxml::enableIdAttributes(m_signature);
-            // Key information the engine would loop on or leak is refused before it loads.
+            // What the engine would follow, fetch or run as it loads is refused first.
             m_signatureElement = static_cast<DOMElement*>(findDSIGNode(m_document, u"Signature"));
             if (m_signatureElement != nullptr)
                 vqxml::checkKeyInformation(m_signatureElement);

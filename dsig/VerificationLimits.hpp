@@ -2,9 +2,6 @@
 //
 // - At most 64 References, each with at most 16 Transforms: a document cannot make
 //   the verifier digest the same content thousands of times.
-// - No XSLT transform: a stylesheet from the document would run in the verifier.
-// - No transform after a base64 transform: the engine would parse the decoded
-//   bytes with a parser that follows external entities.
 // - XPath expressions (transforms and XPath Filter 2.0) of at most 1024 characters,
 //   whose evaluation is bounded in nodes visited before the verifier reaches for a
 //   key. The library's own evaluator (dsig/XPathSelection.hpp) is linear and
@@ -20,6 +17,8 @@
 //   expression, costs the square (or more) of the document and is refused once
 //   the document has more than a few thousand nodes.
 // Refusals are XSECException UnsupportedFunction (status 35).
+// Transforms that would run a stylesheet or fetch are refused earlier, when the
+// signature is loaded (engine/KeyInfoGuard.hpp).
 #ifndef VQXML_DSIG_VERIFICATIONLIMITS_HPP
 #define VQXML_DSIG_VERIFICATIONLIMITS_HPP
 

@@ -10,6 +10,7 @@
 #include "dsig/IdResolution.hpp"
 #include "dsig/ReferenceDigesting.hpp"
 #include "vqxml/vqxml.h"
+#include "engine/SameDocumentIds.hpp"
 
 XERCES_CPP_NAMESPACE_USE
 

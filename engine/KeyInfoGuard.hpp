@@ -1,15 +1,37 @@
-// Key information the engine (xml-security-c 2.0.4) cannot be given safely,
-// refused before it loads an element that carries some:
-//  - ds:RetrievalMethod chains. The engine follows a RetrievalMethod into the
-//    element it names and loads that element's own key information, recursively
-//    and without a limit, so a loop exhausts the stack. Chains of same-document
-//    references (resolved as the engine resolves them, by declared ID) must be
-//    free of loops and shorter than kMaxRetrievalChain.
+// What a received element may ask of the engine (xml-security-c 2.0.4) while it
+// is loaded: the one policy for every loader of key information (signatures,
+// EncryptedData, EncryptedKey), applied before the engine sees the element.
+// Nothing is fetched, no transform runs and nothing loops:
+//  - ds:RetrievalMethod. The engine follows one as it loads, into the element
+//    its URI names, whose own key information it loads in turn, recursively and
+//    without a limit; transforms it carries run there and then (XSLT included,
+//    whose document() reads files and addresses), and other URIs are fetched.
+//    A RetrievalMethod must name the document ("", "#xpointer(/)", from which
+//    the engine takes nothing) or one of its elements ("#id",
+//    "#xpointer(id('id'))"), and carry no Transforms.
+//  - ds:Reference of Type Manifest. The engine loads the Manifest it names with
+//    the signature, and that Manifest's References in turn, as recursively.
+//    Manifest references are counted and followed with RetrievalMethods.
+//  - xenc:CipherReference. The engine opens its URI and runs its transforms
+//    when it decrypts: it must name the document or one of its elements, and
+//    carry no Transforms.
+//  - ds:Transform, wherever it stands: an XSLT transform (a stylesheet from the
+//    document would run, and its document() reads files and addresses), or a
+//    transform after a base64 transform (the engine parses the decoded octets
+//    with a parser that follows external entities). The engine may run a
+//    Reference's transforms when verifying or when the loaded signature is
+//    signed again, a Manifest's included.
 //  - An X509Data with more than one X509SubjectName or X509IssuerSerial. The
 //    engine keeps the last and loses the memory of the others, which a document
 //    could repeat at will.
 //  - An X509SubjectName, X509IssuerName or KeyName longer than kMaxNameLength
 //    (core/ParseLimits.hpp): the engine reads names in quadratic time.
+// The RetrievalMethods and Manifest references seen from one element, counted
+// every time the engine would follow one, must be at most kMaxRetrievals and
+// free of loops. Their targets are found as broadly as the engine may find them:
+// by declared ID, or by an attribute named Id, ID or id in any namespace
+// (wsu:Id); an Id that several elements carry is refused.
+// Every refusal is XSECException::UnsupportedFunction (status 35).
 #ifndef VQXML_ENGINE_KEYINFOGUARD_HPP
 #define VQXML_ENGINE_KEYINFOGUARD_HPP
 
@@ -21,7 +43,7 @@ XERCES_CPP_NAMESPACE_END
 
 namespace vqxml {
 
-inline constexpr int kMaxRetrievalChain = 8;
+inline constexpr unsigned kMaxRetrievals = 8;
 
 // Throws XSECException naming what it refuses in element, or in what element's
 // RetrievalMethods lead to.

@@ -71,17 +71,6 @@ inline std::string entityReferences(std::size_t length, std::size_t references) 
     return doc + "</a>";
 }
 
-// An EncryptedKey (Id k) whose key information leads back to itself, and the
-// DOCTYPE that makes its Id an ID; a document's key information pointing at #k
-// starts the loop.
-const char kLoopingDoctype[] = "<!DOCTYPE r [<!ATTLIST xenc:EncryptedKey Id ID #IMPLIED>]>";
-const char kLoopingEncryptedKey[] =
-    "<xenc:EncryptedKey xmlns:xenc=\"http://www.w3.org/2001/04/xmlenc#\" Id=\"k\">"
-    "<xenc:EncryptionMethod Algorithm=\"http://www.w3.org/2001/04/xmlenc#rsa-1_5\"/>"
-    "<ds:KeyInfo xmlns:ds=\"http://www.w3.org/2000/09/xmldsig#\">"
-    "<ds:RetrievalMethod URI=\"#k\" Type=\"http://www.w3.org/2001/04/xmlenc#EncryptedKey\"/></ds:KeyInfo>"
-    "<xenc:CipherData><xenc:CipherValue>AA==</xenc:CipherValue></xenc:CipherData></xenc:EncryptedKey>";
-
 inline const std::vector<Document>& documents() {
     using vqxml::kMaxAttributesPerElement;
     using vqxml::kMaxElementDepth;

@@ -17,7 +17,8 @@
 // | HMAC output truncated to any length                     | engine/HMACSignatureHandler           | HmacLength.AtLeastEightyBitsAndHalfTheMac              |
 // | Triple DES and Korean CBC ciphers, slow on large data   | engine/TripleDesCipherHandler, KoreanCipherHandler | XmlEncryptionHandlers.WrongKeysAreRefusedCleanly |
 // | URI resolver fetches http: and file: references         | engine/VQXMLURIResolver               | HostileSignatures.NothingOutsideTheDocumentIsReadWhenVerifying |
-// | RetrievalMethod followed without bound                  | engine/KeyInfoGuard                   | HostileSignatures.KeyInformationThatLoopsIsRefusedBeforeTheEngineFollowsIt |
+// | RetrievalMethod, Manifest followed without bound; XSLT, | engine/KeyInfoGuard                   | HostileMessages.EveryEntryPointRefusesEachPieceAlikeWithoutReachingOut |
+// | RetrievalMethod and CipherReference transforms run      |                                       |                                                        |
 // | Decrypted content parsed into a second document         | engine/XencFragmentParser             | InPlace.NamesTakeTheNamespacesInScope                  |
 // | C14N dereferences a null attribute map (source fix)     | scripts/setup.sh                      | HostileSignatures.NodeSetsWithoutTheDocumentElement    |
 // | Namespace expander leaks its entries (source fix)       | scripts/setup.sh                      | transform_chain_fuzzer corpus under ASan               |
