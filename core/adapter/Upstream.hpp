@@ -22,6 +22,10 @@
 // | Decrypted content parsed into a second document         | engine/XencFragmentParser             | InPlace.NamesTakeTheNamespacesInScope                  |
 // | C14N dereferences a null attribute map (source fix)     | scripts/setup.sh                      | HostileSignatures.NodeSetsWithoutTheDocumentElement    |
 // | Namespace expander leaks its entries (source fix)       | scripts/setup.sh                      | transform_chain_fuzzer corpus under ASan               |
+// | Buffers grow 1 KB at a time, quadratic (source fix)     | scripts/setup.sh                      | LargeDocument.OneLongTextValueSignsAndVerifiesThroughTheEngine |
+// | ATTLIST defaults rebuilt per declaration, entities      | adapter/BoundedDOMParser              | HostileDocuments.EveryLoaderGivesItsStatusAndStaysUsable |
+// | expanded without a size bound                           |                                       |                                                        |
+// | Key-information names decoded in quadratic time         | engine/KeyInfoGuard (length bound)    | HostileSignatures.WhatAStrangerMayNotAskOfTheVerifier  |
 #ifndef VQXML_CORE_ADAPTER_UPSTREAM_HPP
 #define VQXML_CORE_ADAPTER_UPSTREAM_HPP
 
