@@ -1,6 +1,7 @@
 #include "dsig/KeyBinding.hpp"
 
 #include <cstdint>
+#include <memory>
 
 #include <openssl/bn.h>
 #include <openssl/core_names.h>
@@ -14,7 +15,6 @@
 
 #include "core/VQXMLException.hpp"
 #include "dsig/ReferenceDigesting.hpp"
-#include "vqxml/vqxml.h"
 #include "engine/Base64.hpp"
 #include "engine/CertificateNames.hpp"
 #include "engine/NameComparison.hpp"
@@ -22,6 +22,7 @@
 #include "engine/wssec/TokenKeys.hpp"
 #include "engine/wssec/VQXML_WSSecSecurityTokenReference.hpp"
 #include "engine/wssec/WssNames.hpp"
+#include "vqxml/vqxml.h"
 
 XERCES_CPP_NAMESPACE_USE
 
@@ -92,12 +93,12 @@ KeyParts partsOf(const DSIGKeyInfo* item) {
 }
 
 Bytes number(const EVP_PKEY* pkey, const char* name) {
-    BIGNUM* bn = nullptr;
-    if (EVP_PKEY_get_bn_param(pkey, name, &bn) != 1)
+    BIGNUM* raw = nullptr;
+    if (EVP_PKEY_get_bn_param(pkey, name, &raw) != 1)
         return {};
-    Bytes out(static_cast<size_t>(BN_num_bytes(bn)));
-    BN_bn2bin(bn, out.data());
-    BN_free(bn);
+    const std::unique_ptr<BIGNUM, void (*)(BIGNUM*)> bn(raw, &BN_free);  // the vector below may throw
+    Bytes out(static_cast<size_t>(BN_num_bytes(bn.get())));
+    BN_bn2bin(bn.get(), out.data());
     return trimmed(out);
 }
 
