@@ -6,6 +6,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "core/Namespaces.hpp"
 #include "core/Utf8Output.hpp"
 
 XERCES_CPP_NAMESPACE_USE
@@ -15,8 +16,6 @@ namespace vqxml {
 namespace {
 
 const XMLCh kEmpty[] = u"";
-const XMLCh kXmlnsNamespace[] = u"http://www.w3.org/2000/xmlns/";
-const XMLCh kXmlNamespace[] = u"http://www.w3.org/XML/1998/namespace";
 const XMLCh kXml[] = u"xml";
 const XMLCh kXmlnsName[] = u"xmlns";
 

@@ -16,6 +16,7 @@
 #include "dsig/VerificationLimits.hpp"
 #include "dsig/XPathSelection.hpp"
 #include "engine/AlgorithmURIs.hpp"
+#include "engine/Algorithms.hpp"
 #include "engine/ReferenceDigest.hpp"
 #include "engine/SameDocumentIds.hpp"
 #include "engine/korean/Digest.hpp"
@@ -28,10 +29,6 @@ namespace {
 
 const XMLCh kEnveloped[] = u"http://www.w3.org/2000/09/xmldsig#enveloped-signature";
 const XMLCh kXPath[] = u"http://www.w3.org/TR/1999/REC-xpath-19991116";
-const XMLCh kC14n[] = u"http://www.w3.org/TR/2001/REC-xml-c14n-20010315";
-const XMLCh kC14nComments[] = u"http://www.w3.org/TR/2001/REC-xml-c14n-20010315#WithComments";
-const XMLCh kExcC14n[] = u"http://www.w3.org/2001/10/xml-exc-c14n#";
-const XMLCh kExcC14nComments[] = u"http://www.w3.org/2001/10/xml-exc-c14n#WithComments";
 
 const DOMElement* dsigChild(const DOMElement* parent, const XMLCh* localName) {
     for (const DOMElement* e = parent != nullptr ? parent->getFirstElementChild() : nullptr; e != nullptr;
@@ -276,13 +273,14 @@ private:
     bool canonicalization(const DOMElement* transform, CanonicalOptions& how) const {
         const XMLCh* algorithm = transform->getAttribute(u"Algorithm");
         how.orphans = m_form;
-        how.comments = XMLString::equals(algorithm, kC14nComments) || XMLString::equals(algorithm, kExcC14nComments);
-        how.exclusive = XMLString::equals(algorithm, kExcC14n) || XMLString::equals(algorithm, kExcC14nComments);
-        if (!how.exclusive && !how.comments && !XMLString::equals(algorithm, kC14n))
+        CanonicalizationChoice choice;
+        if (!canonicalizationChoice(algorithm, choice))
             return false;
+        how.exclusive = choice.exclusive;
+        how.comments = choice.comments;
         for (const DOMElement* e = transform->getFirstElementChild(); e != nullptr; e = e->getNextElementSibling()) {
             if (!how.exclusive || !XMLString::equals(e->getLocalName(), u"InclusiveNamespaces") ||
-                !XMLString::equals(e->getNamespaceURI(), kExcC14n))
+                !XMLString::equals(e->getNamespaceURI(), kExcC14nNamespace))
                 return false;
             const XString list = e->getAttribute(u"PrefixList");
             size_t at = 0;
@@ -354,7 +352,6 @@ private:
         }
     }
 
-    static constexpr XMLCh kXmlnsNamespace[] = u"http://www.w3.org/2000/xmlns/";
     std::vector<std::pair<DOMElement*, XString>> m_added;
 };
 

@@ -46,4 +46,13 @@ const Algorithm* algorithmByCode(AlgorithmKind kind, int code, int hash) {
     return find(kind, [code, hash](const Algorithm& a) { return a.methodCode == code && a.hash == hash; });
 }
 
+bool canonicalizationChoice(const XMLCh* uri, CanonicalizationChoice& out) {
+    // Codes 1 C14N, 2 with comments, 3 exclusive, 4 exclusive with comments.
+    const Algorithm* a = algorithmByURI(AlgorithmKind::C14N, uri);
+    if (a == nullptr)
+        return false;
+    out = {a->methodCode >= 3, a->methodCode % 2 == 0};
+    return true;
+}
+
 }  // namespace vqxml

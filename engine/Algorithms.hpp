@@ -35,6 +35,13 @@ const Algorithm* algorithmByURI(AlgorithmKind kind, const XMLCh* uri);
 // For signatures, code and hash together name the row.
 const Algorithm* algorithmByCode(AlgorithmKind kind, int code, int hash = 0);
 
+// A canonicalization URI of the table as its two choices; false for any other URI.
+struct CanonicalizationChoice {
+    bool exclusive;
+    bool comments;
+};
+bool canonicalizationChoice(const XMLCh* uri, CanonicalizationChoice& out);
+
 }  // namespace vqxml
 
 #endif

@@ -14,14 +14,13 @@
 #include "core/adapter/Upstream.hpp"
 #include "core/Namespaces.hpp"
 #include "core/Transcode.hpp"
+#include "engine/Algorithms.hpp"
 
 XERCES_CPP_NAMESPACE_USE
 
 namespace vqxml {
 namespace {
 
-constexpr XMLCh kExclusiveC14n[] = u"http://www.w3.org/2001/10/xml-exc-c14n#";
-constexpr XMLCh kInclusiveC14n[] = u"http://www.w3.org/TR/2001/REC-xml-c14n-20010315";
 
 std::vector<DOMElement*> children(const DOMElement* parent, const XMLCh* ns, const XMLCh* localName) {
     std::vector<DOMElement*> out;
@@ -68,15 +67,13 @@ std::optional<SignedInfoCanonicalization> signedInfoCanonicalization(const DOMEl
     if (methods.size() != 1)
         return std::nullopt;
     const XMLCh* algorithm = methods[0]->getAttribute(u"Algorithm");
+    CanonicalizationChoice choice;
+    if (!canonicalizationChoice(algorithm, choice))
+        return std::nullopt;
     SignedInfoCanonicalization how;
-    how.exclusive = XMLString::startsWith(algorithm, kExclusiveC14n);
-    const XMLCh* rest = algorithm + XMLString::stringLen(how.exclusive ? kExclusiveC14n : kInclusiveC14n);
-    if (!how.exclusive && !XMLString::startsWith(algorithm, kInclusiveC14n))
-        return std::nullopt;
-    how.comments = XMLString::equals(rest, u"WithComments") || XMLString::equals(rest, u"#WithComments");
-    if (!how.comments && *rest != 0)
-        return std::nullopt;
-    const std::vector<DOMElement*> prefixLists = children(methods[0], kExclusiveC14n, u"InclusiveNamespaces");
+    how.exclusive = choice.exclusive;
+    how.comments = choice.comments;
+    const std::vector<DOMElement*> prefixLists = children(methods[0], kExcC14nNamespace, u"InclusiveNamespaces");
     if (prefixLists.size() > 1 || (!how.exclusive && !prefixLists.empty()))
         return std::nullopt;
     if (!prefixLists.empty())
