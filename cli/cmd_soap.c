@@ -115,13 +115,23 @@ static int openMessage(void* h, const ProcessArgs* a, const char* password, CliS
     return rc ? rc : cliUnwrapForRecipient(h, &kSoapRecipients, recipient);
 }
 
-static void report(const ProcessArgs* a, int isSigned, int isEncrypted, const CliKeyInfo* signer) {
+/* What was decrypted and verified, who signed, and which parts the signature
+ * covered: a valid signature says nothing of the parts it left out. */
+static void report(void* h, const ProcessArgs* a, int isSigned, int isEncrypted, const CliKeyInfo* signer) {
     if (a->quiet)
         return;
     FILE* out = a->output == NULL || strcmp(a->output, "-") == 0 ? stderr : stdout;
     fprintf(out, "%s%s%s\n", isEncrypted ? "decrypted" : "", isEncrypted && isSigned ? ", " : "",
             isSigned ? "valid signature" : "");
     cliPrintKeyInfo(out, signer);
+    char* parts = NULL;
+    if (isSigned && VQTK_SOAPSEC_GetSignedParts(h, &parts) == VQXML_OK && parts != NULL)
+        for (const char* line = parts; *line != '\0';) {
+            const char* end = strchr(line, '\n');
+            size_t len = end != NULL ? (size_t)(end - line) : strlen(line);
+            fprintf(out, "signed: %.*s\n", (int)len, line);
+            line += len + (end != NULL);
+        }
 }
 
 static int runSoapProcess(const CliCommand* cmd, int argc, char** argv) {
@@ -144,7 +154,8 @@ static int runSoapProcess(const CliCommand* cmd, int argc, char** argv) {
         "unwraps the session key for the recipient, decrypts and verifies in the\n"
         "sender's order, removes the header and writes the plain envelope. Exit 0:\n"
         "valid; 213 (status 11213): the signature does not verify; 191 (status\n"
-        "10511): encrypted, and no key was given.",
+        "10511): encrypted, and no key was given. The report names every part the\n"
+        "signature covered: \"signed:\" and its path of {namespace}name steps.",
         NULL, CLI_OPTIONS(options), 0, 1};
     CliParsed args;
     if (!cliParse(cmd, &syntax, argc, argv, &args))
@@ -173,7 +184,7 @@ static int runSoapProcess(const CliCommand* cmd, int argc, char** argv) {
         rc = status ? cliLibraryFailure(h, status) : cliWriteResult(h, a.output);
     }
     if (rc == 0)
-        report(&a, isSigned, isEncrypted, &signer);
+        report(h, &a, isSigned, isEncrypted, &signer);
     if (rc == 0 && a.signerCert != NULL)
         rc = cliWriteCertificate(a.signerCert, signer.cert, signer.certLen);
     cliCloseHandle(&h);

@@ -100,6 +100,9 @@ TEST(CliSoap, SignedThenEncryptedForTwoIsProcessedByEach) {
         EXPECT_TRUE(contains(plain.out, "<m:item>tea</m:item>")) << plain.out;
         EXPECT_FALSE(contains(plain.out, "Security")) << plain.out;
         EXPECT_TRUE(contains(plain.err, "decrypted, valid signature")) << plain.err;
+        EXPECT_TRUE(contains(plain.err, "\nsigned: /{http://schemas.xmlsoap.org/soap/envelope/}Envelope/"
+                                        "{http://schemas.xmlsoap.org/soap/envelope/}Body\n"))
+            << plain.err;
     }
 }
 
