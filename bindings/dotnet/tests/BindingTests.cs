@@ -1,7 +1,9 @@
 // Every family through the binding with the test PKI, tampering, threads and many handles.
 using System;
 using System.IO;
+using System.Collections.Generic;
 using System.Linq;
+using System.Runtime.InteropServices;
 using System.Text;
 using System.Threading;
 using NUnit.Framework;
@@ -216,6 +218,61 @@ public class BindingTests
             Assert.AreEqual(VqxmlException.NotVerified, Status(v.Verify));
             Assert.AreEqual(10104, Status(() => v.LoadSigned(new byte[0])));
         }
+    }
+
+    [StructLayout(LayoutKind.Sequential)]
+    struct MallInfo2
+    {
+        public UIntPtr Arena, Ordblks, Smblks, Hblks, Hblkhd, Usmblks, Fsmblks, Uordblks, Fordblks, Keepcost;
+    }
+
+    [DllImport("libc.so.6")]
+    static extern MallInfo2 mallinfo2();
+
+    static long MallocBytes()
+    {
+        MallInfo2 info = mallinfo2();
+        return (long)info.Uordblks.ToUInt64() + (long)info.Hblkhd.ToUInt64();
+    }
+
+    /// Handles are finished and results copied, not kept: over rounds of signing, verifying,
+    /// encrypting, decrypting, getters and failures, malloc does not grow in every stretch of 50
+    /// rounds, as a handle or result left behind each round would make it.
+    [Test]
+    public void RoundsAcrossTheBoundaryLeaveNothingBehind()
+    {
+        byte[] forged = null;
+        var marks = new List<long>();
+        using (new Certificates())
+            for (int round = 0; round <= 400; ++round)
+            {
+                if (round % 50 == 0 && round >= 100)
+                    marks.Add(MallocBytes());
+                using (var s = new XmlSignature())
+                using (var v = new XmlSignature())
+                using (var e = new XmlEncryption())
+                using (var d = new XmlEncryption())
+                {
+                    byte[] signed = s.SignTaxInvoice(Invoice, RsaCert, RsaKey);
+                    forged = forged ?? Replace(signed, Amount, ForgedAmount);
+                    v.LoadSigned(signed);
+                    v.Verify();
+                    Assert.IsNotNull(v.Certificate);
+                    Assert.IsNotNull(v.Document());
+                    v.LoadSigned(forged);
+                    Assert.AreEqual(VqxmlException.NotVerified, Status(v.Verify));
+                    e.Load(Invoice);
+                    e.SetSymmetricAlgorithm(Cipher.Seed);
+                    e.EncryptElement(null, EncryptionTarget.Element);
+                    e.AddRecipient(RsaCert, KeyTransport.RsaOaep);
+                    d.LoadEncrypted(e.Encrypt());
+                    d.NextEncryptedKey();
+                    d.UnwrapKey(RsaCert, RsaKey);
+                    d.Decrypt();
+                }
+            }
+        long least = marks.Zip(marks.Skip(1), (a, b) => b - a).Min();
+        Assert.Less(least, 64 << 10, "malloc grew by at least " + least + " bytes in every 50 rounds");
     }
 
     [Test]

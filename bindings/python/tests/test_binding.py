@@ -1,5 +1,6 @@
 """Every family through the binding with the test PKI, tampering, threads and many handles."""
 import base64
+import ctypes
 import os
 import pathlib
 from concurrent.futures import ThreadPoolExecutor
@@ -169,6 +170,49 @@ def test_ebxml_package_signed_with_its_attachment():
         v.load_signed(signed.replace(AMOUNT, FORGED_AMOUNT))
         assert status(v.verify) == VqxmlError.NOT_VERIFIED
         assert status(v.load_signed, b"") == 10104
+
+
+class _MallInfo2(ctypes.Structure):
+    _fields_ = [(name, ctypes.c_size_t) for name in
+                ("arena", "ordblks", "smblks", "hblks", "hblkhd", "usmblks", "fsmblks", "uordblks", "fordblks",
+                 "keepcost")]
+
+
+def malloc_bytes():
+    libc = ctypes.CDLL("libc.so.6")
+    libc.mallinfo2.restype = _MallInfo2
+    info = libc.mallinfo2()
+    return info.uordblks + info.hblkhd
+
+
+def test_rounds_across_the_boundary_leave_nothing_behind():
+    """Handles are finished and results copied, not kept: over rounds of signing, verifying,
+    encrypting, decrypting, getters and failures, malloc does not grow in every stretch of 50
+    rounds, as a handle or result left behind each round would make it."""
+    forged, marks = None, []
+    with vqxml.Handle():
+        for round_ in range(301):
+            if round_ % 50 == 0 and round_ >= 100:
+                marks.append(malloc_bytes())
+            with vqxml.XmlSignature() as s, vqxml.XmlSignature() as v, vqxml.XmlEncryption() as e, \
+                    vqxml.XmlEncryption() as d:
+                signed = s.sign_tax_invoice(INVOICE, RSA_CERT, RSA_KEY)
+                forged = forged or signed.replace(AMOUNT, FORGED_AMOUNT)
+                v.load_signed(signed)
+                v.verify()
+                v.certificate(), v.document()
+                v.load_signed(forged)
+                assert status(v.verify) == VqxmlError.NOT_VERIFIED
+                e.load(INVOICE)
+                e.set_symmetric_algorithm(Cipher.SEED)
+                e.encrypt_element(None, Target.ELEMENT)
+                e.add_recipient(RSA_CERT, KeyTransport.RSA_OAEP)
+                d.load_encrypted(e.encrypt())
+                d.next_encrypted_key()
+                d.unwrap_key(RSA_CERT, RSA_KEY)
+                d.decrypt()
+    least = min(b - a for a, b in zip(marks, marks[1:]))
+    assert least < 64 << 10, f"malloc grew by at least {least} bytes in every 50 rounds"
 
 
 def test_handles_on_many_threads_and_thousands_of_handles():

@@ -234,6 +234,53 @@ class BindingTest {
         }
     }
 
+    static {
+        System.load(System.getProperty("vqxml.test.malloc"));
+    }
+
+    /** What the process holds from malloc (src/test/c/malloc_bytes.c). */
+    static native long mallocBytes();
+
+    /**
+     * Every copy across the boundary is freed: over rounds of signing, verifying, encrypting,
+     * decrypting, getters and failures, malloc does not grow in every stretch of 50 rounds, as
+     * a leak of even one input per round would make it (the JVM's own use comes and goes).
+     */
+    @Test
+    void roundsAcrossTheBoundaryLeaveNothingBehind() throws Exception {
+        byte[] forged = null;
+        List<Long> marks = new ArrayList<>();
+        try (Certificates keeper = new Certificates()) {
+            for (int round = 0; round <= 400; ++round) {
+                if (round % 50 == 0 && round >= 100)
+                    marks.add(mallocBytes());
+                try (XmlSignature s = new XmlSignature(); XmlSignature v = new XmlSignature();
+                     XmlEncryption e = new XmlEncryption(); XmlEncryption d = new XmlEncryption()) {
+                    byte[] signed = s.signTaxInvoice(INVOICE, RSA_CERT, RSA_KEY);
+                    forged = forged != null ? forged : replace(signed, "<GrandTotalAmount>1", "<GrandTotalAmount>2");
+                    v.loadSigned(signed);
+                    v.verify();
+                    v.certificate();
+                    v.document();
+                    v.loadSigned(forged);
+                    assertThrows(VqxmlException.class, v::verify);
+                    e.load(INVOICE);
+                    e.setSymmetricAlgorithm(Cipher.SEED);
+                    e.encryptElement(null, Target.ELEMENT);
+                    e.addRecipient(RSA_CERT, KeyTransport.RSA_OAEP);
+                    d.loadEncrypted(e.encrypt());
+                    d.nextEncryptedKey();
+                    d.unwrapKey(RSA_CERT, RSA_KEY);
+                    d.decrypt();
+                }
+            }
+        }
+        long least = Long.MAX_VALUE;
+        for (int i = 1; i < marks.size(); ++i)
+            least = Math.min(least, marks.get(i) - marks.get(i - 1));
+        assertTrue(least < 64 << 10, "malloc grew by at least " + least + " bytes in every 50 rounds");
+    }
+
     @Test
     void handlesOnManyThreadsAndThousandsOfHandles() throws Exception {
         ExecutorService pool = Executors.newFixedThreadPool(8);
