@@ -171,9 +171,12 @@ namespace Vqxml
             return CopyBytes(text, len);
         }
 
-        /// <summary>A text as the C functions take it: UTF-8 and a NUL; null stays null.</summary>
+        /// <summary>A text as the C functions take it: UTF-8 and a NUL; null stays null. One with a
+        /// NUL of its own would be cut short there, so it is refused.</summary>
         internal static byte[] Z(string text)
         {
+            if (text != null && text.IndexOf('\0') >= 0)
+                throw new ArgumentException("vqxml: a text with a NUL character");
             return text == null ? null : Encoding.UTF8.GetBytes(text + "\0");
         }
 

@@ -87,6 +87,7 @@ public class BindingTests
             s.Load(Invoice);
             s.SignatureMethod(SignatureAlgorithm.KcdsaSha1, Canonicalization.Exclusive);
             s.AddReference(null, Digest.Sha1, Canonicalization.None, XmlSignature.EnvelopedXPath);
+            Assert.Throws<ArgumentException>(() => s.SetKeyName("김철수\0cut"));
             s.SetKeyName("김철수");
             s.SetSigner(Data("testpki/ee-kcdsa1024.crt.der"), key);
             v.LoadSigned(s.Sign());

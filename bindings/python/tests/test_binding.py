@@ -66,6 +66,8 @@ def test_kcdsa_from_an_npki_key_hmac_and_certificates():
         s.load(INVOICE)
         s.signature_method(Signature.KCDSA_SHA1, Canonicalization.EXCLUSIVE)
         s.add_reference(None, Digest.SHA1, Canonicalization.NONE, vqxml.ENVELOPED_XPATH)
+        with pytest.raises(ValueError):
+            s.set_key_name("김철수\0cut")
         s.set_key_name("김철수")
         s.set_signer(data("testpki/ee-kcdsa1024.crt.der"), key)
         v.load_signed(s.sign())

@@ -121,6 +121,9 @@ def _size(data):
 
 
 def _text(value):
+    """A text as the C functions take it; one with a NUL would be cut short there, so it is refused."""
+    if value is not None and "\0" in value:
+        raise ValueError("vqxml: a text with a NUL character")
     return None if value is None else value.encode("utf-8")
 
 

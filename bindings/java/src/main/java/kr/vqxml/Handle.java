@@ -107,7 +107,10 @@ public abstract class Handle implements AutoCloseable {
         return new String(Native.errorText(h), EUC_KR);
     }
 
+    /** A text as the C functions take it; one with a NUL would be cut short there, so it is refused. */
     static byte[] utf8(String text) {
+        if (text != null && text.indexOf('\0') >= 0)
+            throw new IllegalArgumentException("vqxml: a text with a NUL character");
         return text == null ? null : text.getBytes(StandardCharsets.UTF_8);
     }
 

@@ -108,6 +108,7 @@ class BindingTest {
             s.load(INVOICE);
             s.signatureMethod(Signature.KCDSA_SHA1, Canonicalization.EXCLUSIVE);
             s.addReference(null, Digest.SHA1, Canonicalization.NONE, XmlSignature.ENVELOPED_XPATH);
+            assertThrows(IllegalArgumentException.class, () -> s.setKeyName("김철수\0cut"));
             s.setKeyName("김철수");
             s.setSigner(data("testpki/ee-kcdsa1024.crt.der"), key);
             v.loadSigned(s.sign());
