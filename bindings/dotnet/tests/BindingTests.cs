@@ -111,7 +111,10 @@ public class BindingTests
         }
         using (var c = new Certificates())
         {
-            Assert.AreEqual(12011, Status(() => c.Verify(RsaCert)));
+            // The refusal names the certificate, its Korean name sent in EUC-KR.
+            var refused = Assert.Throws<VqxmlException>(() => c.Verify(RsaCert));
+            Assert.AreEqual(12011, refused.Status);
+            StringAssert.Contains("(CN=홍길동()0012345RSA,OU=개발팀", refused.Text);
             Assert.AreEqual(12020, Status(() => c.VerifyChain(RsaCert, Data("testpki/ca-rsa.crt.pem"), null)));
         }
     }

@@ -90,7 +90,9 @@ def test_kcdsa_from_an_npki_key_hmac_and_certificates():
                 v.verify()
                 assert v.document().endswith(b">enveloping</Note>")
     with vqxml.Certificates() as c:
-        assert status(c.verify, RSA_CERT) == 12011
+        with pytest.raises(VqxmlError) as refused:  # naming the certificate, its Korean name in EUC-KR
+            c.verify(RSA_CERT)
+        assert refused.value.status == 12011 and "(CN=홍길동()0012345RSA,OU=개발팀" in refused.value.text
         assert status(c.verify_chain, RSA_CERT, data("testpki/ca-rsa.crt.pem")) == 12020
 
 

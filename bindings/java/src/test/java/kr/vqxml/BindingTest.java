@@ -131,7 +131,10 @@ class BindingTest {
             assertEquals(VqxmlException.NOT_VERIFIED, status(v::verify));
         }
         try (Certificates c = new Certificates()) {
-            assertEquals(12011, status(() -> c.verify(RSA_CERT)));
+            // The refusal names the certificate, its Korean name sent in EUC-KR.
+            VqxmlException refused = assertThrows(VqxmlException.class, () -> c.verify(RSA_CERT));
+            assertEquals(12011, refused.status());
+            assertTrue(refused.getMessage().contains("(CN=홍길동()0012345RSA,OU=개발팀"), refused.getMessage());
             assertEquals(12020, status(() -> c.verifyChain(RSA_CERT, data("testpki/ca-rsa.crt.pem"), null)));
         }
     }
