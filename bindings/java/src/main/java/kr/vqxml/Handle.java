@@ -1,6 +1,7 @@
 package kr.vqxml;
 
 import java.lang.ref.Cleaner;
+import java.lang.ref.Reference;
 import java.nio.charset.Charset;
 import java.nio.charset.StandardCharsets;
 
@@ -54,12 +55,20 @@ public abstract class Handle implements AutoCloseable {
 
     /** The library's version text, e.g. "V1.0.0.7". */
     public synchronized String version() {
-        return new String(Native.version(live()), StandardCharsets.US_ASCII);
+        try {
+            return new String(Native.version(live()), StandardCharsets.US_ASCII);
+        } finally {
+            Reference.reachabilityFence(this);
+        }
     }
 
     /** The last failure's text on this handle (kept after later successes). */
     public synchronized String errorText() {
-        return new String(Native.errorText(live()), EUC_KR);
+        try {
+            return new String(Native.errorText(live()), EUC_KR);
+        } finally {
+            Reference.reachabilityFence(this);
+        }
     }
 
     private long live() {
@@ -69,22 +78,24 @@ public abstract class Handle implements AutoCloseable {
     }
 
     /** Runs one C call; a failure becomes a VqxmlException with the handle's text. */
-    final synchronized void run(Call call) throws VqxmlException {
-        long h = live();
-        int status = call.apply(h);
-        if (status != 0)
-            throw new VqxmlException(status, textOf(status, h));
+    final void run(Call call) throws VqxmlException {
+        runQuiet(call);
     }
 
     /** As run, for a loader that leaves no text for the statuses in silent. */
     final synchronized void runQuiet(Call call, int... silent) throws VqxmlException {
-        long h = live();
-        int status = call.apply(h);
-        for (int s : silent)
-            if (status == s)
-                throw new VqxmlException(status, "the input cannot be used");
-        if (status != 0)
-            throw new VqxmlException(status, textOf(status, h));
+        try {
+            long h = live();
+            int status = call.apply(h);
+            for (int s : silent)
+                if (status == s)
+                    throw new VqxmlException(status, "the input cannot be used");
+            if (status != 0)
+                throw new VqxmlException(status, textOf(status, h));
+        } finally {
+            // The cleaner must not finish the handle while the call still uses it.
+            Reference.reachabilityFence(this);
+        }
     }
 
     /** Runs the call, then copies out the result document (null when there is none). */
