@@ -2,10 +2,12 @@
 // byte strings as arrays pinned for the call; buffers coming out belong to the handle and are
 // copied (Handle.Copy*) before the next call on it.
 //
-// The library is libvqxml.so.1 from the system's library path (ldconfig, LD_LIBRARY_PATH), or
-// the file named by the environment variable VQXML_LIBRARY, loaded first so that the
-// declarations below resolve to it by its soname.
+// The library is the file named by the environment variable VQXML_LIBRARY, else the one of the
+// installed tree this assembly is in, else libvqxml.so.1 from the system's library path (ldconfig,
+// LD_LIBRARY_PATH); the first two are loaded before any call so that the declarations below
+// resolve to them by their soname.
 using System;
+using System.IO;
 using System.Runtime.InteropServices;
 
 namespace Vqxml
@@ -19,15 +21,19 @@ namespace Vqxml
 
         private static bool loaded;
 
-        /// <summary>Loads VQXML_LIBRARY when set; every Handle calls it before its first function.</summary>
+        /// <summary>Loads VQXML_LIBRARY when set, else the library of the installed tree this
+        /// assembly is in (lib/cli/vqxml/../../); every Handle calls it before its first function.</summary>
         internal static void LoadLibrary()
         {
             if (loaded)
                 return;
-            string path = Environment.GetEnvironmentVariable("VQXML_LIBRARY");
             const int RtldNowGlobal = 0x2 | 0x100;
+            string path = Environment.GetEnvironmentVariable("VQXML_LIBRARY");
             if (!string.IsNullOrEmpty(path) && dlopen(path, RtldNowGlobal) == IntPtr.Zero)
                 throw new DllNotFoundException("vqxml: cannot load VQXML_LIBRARY=" + path);
+            string installed = Path.Combine(Path.GetDirectoryName(typeof(Native).Assembly.Location), "../..", Lib);
+            if (string.IsNullOrEmpty(path) && File.Exists(installed))
+                dlopen(installed, RtldNowGlobal);
             loaded = true;
         }
 
