@@ -17,6 +17,8 @@ PACKAGES=(
   clang libclang-rt-14-dev
   default-jdk-headless libwss4j-java libxml-security-java libbcprov-java
   libcommons-logging-java libcommons-codec-java libslf4j-java
+  junit5 mono-mcs mono-runtime libmono-i18n-cjk4.0-cil libnunit-cil-dev nunit-console
+  python3-pytest python3-setuptools python3-venv
 )
 
 missing=()
