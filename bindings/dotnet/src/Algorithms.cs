@@ -1,21 +1,83 @@
 // The selectors of the C interface by name (docs/algorithms.md gives each one's URI).
 namespace Vqxml
 {
-    public enum SignatureAlgorithm { HmacSha1 = 1, RsaSha1 = 2, KcdsaSha1 = 3, KcdsaHas160 = 4, RsaSha256 = 5 }
+    // algorithms: begin (scripts/binding_algorithms.py)
+    /// <summary>Signature algorithms (SignatureMethod).</summary>
+    public enum SignatureAlgorithm
+    {
+        /// <summary>HMAC-SHA1</summary>
+        HmacSha1 = 1,
+        /// <summary>RSA with SHA-1</summary>
+        RsaSha1 = 2,
+        /// <summary>KCDSA with SHA-1 (1024/160 keys)</summary>
+        KcdsaSha1 = 3,
+        /// <summary>KCDSA with HAS-160 (1024/160 keys)</summary>
+        KcdsaHas160 = 4,
+        /// <summary>RSA with SHA-256</summary>
+        RsaSha256 = 5,
+    }
 
-    /// <summary>For SignedInfo of XML Signature and ebXML (None means C14N there) and for references.</summary>
-    public enum Canonicalization { None = 0, C14N = 1, C14NWithComments = 2, Exclusive = 3, ExclusiveWithComments = 4 }
+    /// <summary>For SignedInfo of XML Signature and ebXML (NONE means C14N there) and for references.</summary>
+    public enum Canonicalization
+    {
+        /// <summary>no canonicalization transform (C14N for SignedInfo)</summary>
+        None = 0,
+        /// <summary>Canonical XML 1.0</summary>
+        C14n = 1,
+        /// <summary>Canonical XML 1.0 with comments</summary>
+        C14nComments = 2,
+        /// <summary>Exclusive XML Canonicalization 1.0</summary>
+        ExcC14n = 3,
+        /// <summary>Exclusive XML Canonicalization 1.0 with comments</summary>
+        ExcC14nComments = 4,
+    }
 
     /// <summary>SignedInfo of a WS-Security signature, whose selectors differ from the others.</summary>
-    public enum SoapCanonicalization { Exclusive = 0, C14N = 1, C14NWithComments = 2 }
+    public enum SoapCanonicalization
+    {
+        /// <summary>Exclusive XML Canonicalization 1.0</summary>
+        ExcC14n = 0,
+        /// <summary>Canonical XML 1.0</summary>
+        C14n = 1,
+        /// <summary>Canonical XML 1.0 with comments</summary>
+        C14nComments = 2,
+    }
 
-    public enum Digest { Sha1 = 1, Has160 = 2, Sha256 = 3 }
+    /// <summary>Reference digests (DigestMethod).</summary>
+    public enum Digest
+    {
+        /// <summary>SHA-1</summary>
+        Sha1 = 1,
+        /// <summary>HAS-160</summary>
+        Has160 = 2,
+        /// <summary>SHA-256</summary>
+        Sha256 = 3,
+    }
 
-    /// <summary>Data encryption, all in CBC mode.</summary>
-    public enum Cipher { TripleDes = 1, Seed = 2, Neat = 3, Aria128 = 4 }
+    /// <summary>Data encryption (EncryptionMethod of EncryptedData).</summary>
+    public enum Cipher
+    {
+        /// <summary>Triple DES CBC</summary>
+        TripleDes = 1,
+        /// <summary>SEED-128 CBC</summary>
+        Seed = 2,
+        /// <summary>NEAT-128 CBC</summary>
+        Neat = 3,
+        /// <summary>ARIA-128 CBC</summary>
+        Aria = 4,
+    }
 
-    /// <summary>A 24-byte key-encryption key for Triple DES key wrap, else the recipient's certificate.</summary>
-    public enum KeyTransport { TripleDesKeyWrap = 1, RsaPkcs1 = 2, RsaOaep = 3 }
+    /// <summary>Key transport and wrap: a key-encryption key for the key wraps, else the recipient's certificate.</summary>
+    public enum KeyTransport
+    {
+        /// <summary>Triple DES key wrap</summary>
+        KwTripleDes = 1,
+        /// <summary>RSA PKCS #1 v1.5</summary>
+        Rsa15 = 2,
+        /// <summary>RSA-OAEP with MGF1</summary>
+        RsaOaep = 3,
+    }
+    // algorithms: end
 
     public enum EncryptionTarget { Content = 1, Element = 2 }
 

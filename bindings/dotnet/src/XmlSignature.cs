@@ -60,8 +60,8 @@ namespace Vqxml
             {
                 Load(invoice);
                 SetPrefix("ds");
-                SignatureMethod(SignatureAlgorithm.RsaSha256, Canonicalization.C14N);
-                AddReference("", Digest.Sha256, Canonicalization.C14N, TaxInvoiceXPath);
+                SignatureMethod(SignatureAlgorithm.RsaSha256, Canonicalization.C14n);
+                AddReference("", Digest.Sha256, Canonicalization.C14n, TaxInvoiceXPath);
                 SetSigner(certificate, privateKey);
                 return Sign();
             }

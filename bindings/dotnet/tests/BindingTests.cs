@@ -85,7 +85,7 @@ public class BindingTests
             byte[] key = keys.Decrypt("vqxml-test", npki);
 
             s.Load(Invoice);
-            s.SignatureMethod(SignatureAlgorithm.KcdsaSha1, Canonicalization.Exclusive);
+            s.SignatureMethod(SignatureAlgorithm.KcdsaSha1, Canonicalization.ExcC14n);
             s.AddReference(null, Digest.Sha1, Canonicalization.None, XmlSignature.EnvelopedXPath);
             Assert.Throws<ArgumentException>(() => s.SetKeyName("김철수\0cut"));
             s.SetKeyName("김철수");
@@ -96,7 +96,7 @@ public class BindingTests
 
             byte[] secret = Encoding.ASCII.GetBytes("a shared secret of 32 bytes!!!!!");
             s.Load(null);
-            s.SignatureMethod(SignatureAlgorithm.HmacSha1, Canonicalization.C14N);
+            s.SignatureMethod(SignatureAlgorithm.HmacSha1, Canonicalization.C14n);
             s.AppendObject("payload", Encoding.ASCII.GetBytes("<Note>enveloping</Note>"));
             s.AddReference("#payload", Digest.Sha256, Canonicalization.None, null);
             s.SetHmacKey(secret);
@@ -154,11 +154,11 @@ public class BindingTests
         using (var s = new SoapSecurity())
         {
             s.Load(Data("ebxml/envelope.xml"));
-            s.SignatureMethod(SignatureAlgorithm.RsaSha256, SoapCanonicalization.Exclusive);
-            s.AddReference(null, Digest.Sha256, Canonicalization.Exclusive, null);
+            s.SignatureMethod(SignatureAlgorithm.RsaSha256, SoapCanonicalization.ExcC14n);
+            s.AddReference(null, Digest.Sha256, Canonicalization.ExcC14n, null);
             s.SetSigner(RsaCert, RsaKey);
             s.Load(s.Sign());
-            s.SetSymmetricAlgorithm(Cipher.Aria128);
+            s.SetSymmetricAlgorithm(Cipher.Aria);
             s.EncryptElement(null, EncryptionTarget.Content);
             s.NameIssuerSerial();
             s.AddRecipient(BCert, KeyTransport.RsaOaep);
@@ -203,7 +203,7 @@ public class BindingTests
         using (var s = new EbXml())
         {
             s.Load(EbXmlPackage(Data("ebxml/envelope.xml"), Invoice));
-            s.SignatureMethod(SignatureAlgorithm.RsaSha256, Canonicalization.Exclusive);
+            s.SignatureMethod(SignatureAlgorithm.RsaSha256, Canonicalization.ExcC14n);
             s.AddReference(null, Digest.Sha256, Canonicalization.None, XmlSignature.EnvelopedXPath);
             s.NameSubject();
             s.NameIssuerSerial();

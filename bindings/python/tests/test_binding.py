@@ -64,7 +64,7 @@ def test_kcdsa_from_an_npki_key_hmac_and_certificates():
         key = keys.decrypt("vqxml-test", npki)
 
         s.load(INVOICE)
-        s.signature_method(Signature.KCDSA_SHA1, Canonicalization.EXCLUSIVE)
+        s.signature_method(Signature.KCDSA_SHA1, Canonicalization.EXC_C14N)
         s.add_reference(None, Digest.SHA1, Canonicalization.NONE, vqxml.ENVELOPED_XPATH)
         with pytest.raises(ValueError):
             s.set_key_name("김철수\0cut")
@@ -123,11 +123,11 @@ def test_soap_message_signed_encrypted_and_processed():
     envelope = data("ebxml/envelope.xml")
     with vqxml.SoapSecurity() as s:
         s.load(envelope)
-        s.signature_method(Signature.RSA_SHA256, SoapCanonicalization.EXCLUSIVE)
-        s.add_reference(None, Digest.SHA256, Canonicalization.EXCLUSIVE)
+        s.signature_method(Signature.RSA_SHA256, SoapCanonicalization.EXC_C14N)
+        s.add_reference(None, Digest.SHA256, Canonicalization.EXC_C14N)
         s.set_signer(RSA_CERT, RSA_KEY)
         s.load(s.sign())
-        s.set_symmetric_algorithm(Cipher.ARIA128)
+        s.set_symmetric_algorithm(Cipher.ARIA)
         s.encrypt_element(None, Target.CONTENT)
         s.name_issuer_serial()
         s.add_recipient(B_CERT, KeyTransport.RSA_OAEP)
@@ -160,7 +160,7 @@ def ebxml_package(envelope, attachment):
 def test_ebxml_package_signed_with_its_attachment():
     with vqxml.EbXml() as s:
         s.load(ebxml_package(data("ebxml/envelope.xml"), INVOICE))
-        s.signature_method(Signature.RSA_SHA256, Canonicalization.EXCLUSIVE)
+        s.signature_method(Signature.RSA_SHA256, Canonicalization.EXC_C14N)
         s.add_reference(None, Digest.SHA256, Canonicalization.NONE, vqxml.ENVELOPED_XPATH)
         s.name_subject()
         s.name_issuer_serial()

@@ -2,49 +2,53 @@
 from enum import IntEnum
 
 
+# algorithms: begin (scripts/binding_algorithms.py)
 class Signature(IntEnum):
-    HMAC_SHA1 = 1
-    RSA_SHA1 = 2
-    KCDSA_SHA1 = 3
-    KCDSA_HAS160 = 4
-    RSA_SHA256 = 5
+    """Signature algorithms (SignatureMethod)."""
+    HMAC_SHA1 = 1  # HMAC-SHA1
+    RSA_SHA1 = 2  # RSA with SHA-1
+    KCDSA_SHA1 = 3  # KCDSA with SHA-1 (1024/160 keys)
+    KCDSA_HAS160 = 4  # KCDSA with HAS-160 (1024/160 keys)
+    RSA_SHA256 = 5  # RSA with SHA-256
 
 
 class Canonicalization(IntEnum):
     """For SignedInfo of XML Signature and ebXML (NONE means C14N there) and for references."""
-    NONE = 0
-    C14N = 1
-    C14N_WITH_COMMENTS = 2
-    EXCLUSIVE = 3
-    EXCLUSIVE_WITH_COMMENTS = 4
+    NONE = 0  # no canonicalization transform (C14N for SignedInfo)
+    C14N = 1  # Canonical XML 1.0
+    C14N_COMMENTS = 2  # Canonical XML 1.0 with comments
+    EXC_C14N = 3  # Exclusive XML Canonicalization 1.0
+    EXC_C14N_COMMENTS = 4  # Exclusive XML Canonicalization 1.0 with comments
 
 
 class SoapCanonicalization(IntEnum):
     """SignedInfo of a WS-Security signature, whose selectors differ from the others."""
-    EXCLUSIVE = 0
-    C14N = 1
-    C14N_WITH_COMMENTS = 2
+    EXC_C14N = 0  # Exclusive XML Canonicalization 1.0
+    C14N = 1  # Canonical XML 1.0
+    C14N_COMMENTS = 2  # Canonical XML 1.0 with comments
 
 
 class Digest(IntEnum):
-    SHA1 = 1
-    HAS160 = 2
-    SHA256 = 3
+    """Reference digests (DigestMethod)."""
+    SHA1 = 1  # SHA-1
+    HAS160 = 2  # HAS-160
+    SHA256 = 3  # SHA-256
 
 
 class Cipher(IntEnum):
-    """Data encryption, all in CBC mode."""
-    TRIPLE_DES = 1
-    SEED = 2
-    NEAT = 3
-    ARIA128 = 4
+    """Data encryption (EncryptionMethod of EncryptedData)."""
+    TRIPLE_DES = 1  # Triple DES CBC
+    SEED = 2  # SEED-128 CBC
+    NEAT = 3  # NEAT-128 CBC
+    ARIA = 4  # ARIA-128 CBC
 
 
 class KeyTransport(IntEnum):
-    """A 24-byte key-encryption key for Triple DES key wrap, else the recipient's certificate."""
-    TRIPLE_DES_KEY_WRAP = 1
-    RSA_PKCS1 = 2
-    RSA_OAEP = 3
+    """Key transport and wrap: a key-encryption key for the key wraps, else the recipient's certificate."""
+    KW_TRIPLE_DES = 1  # Triple DES key wrap
+    RSA_1_5 = 2  # RSA PKCS #1 v1.5
+    RSA_OAEP = 3  # RSA-OAEP with MGF1
+# algorithms: end
 
 
 class Target(IntEnum):

@@ -4,45 +4,66 @@ package kr.vqxml;
 public final class Algorithms {
     private Algorithms() {}
 
+    // algorithms: begin (scripts/binding_algorithms.py)
+    /** Signature algorithms (SignatureMethod). */
     public enum Signature {
-        HMAC_SHA1(1), RSA_SHA1(2), KCDSA_SHA1(3), KCDSA_HAS160(4), RSA_SHA256(5);
+        /** HMAC-SHA1 */ HMAC_SHA1(1),
+        /** RSA with SHA-1 */ RSA_SHA1(2),
+        /** KCDSA with SHA-1 (1024/160 keys) */ KCDSA_SHA1(3),
+        /** KCDSA with HAS-160 (1024/160 keys) */ KCDSA_HAS160(4),
+        /** RSA with SHA-256 */ RSA_SHA256(5);
         final int selector;
         Signature(int selector) { this.selector = selector; }
     }
 
     /** For SignedInfo of XML Signature and ebXML (NONE means C14N there) and for references. */
     public enum Canonicalization {
-        NONE(0), C14N(1), C14N_WITH_COMMENTS(2), EXCLUSIVE(3), EXCLUSIVE_WITH_COMMENTS(4);
+        /** no canonicalization transform (C14N for SignedInfo) */ NONE(0),
+        /** Canonical XML 1.0 */ C14N(1),
+        /** Canonical XML 1.0 with comments */ C14N_COMMENTS(2),
+        /** Exclusive XML Canonicalization 1.0 */ EXC_C14N(3),
+        /** Exclusive XML Canonicalization 1.0 with comments */ EXC_C14N_COMMENTS(4);
         final int selector;
         Canonicalization(int selector) { this.selector = selector; }
     }
 
     /** SignedInfo of a WS-Security signature, whose selectors differ from the others. */
     public enum SoapCanonicalization {
-        EXCLUSIVE(0), C14N(1), C14N_WITH_COMMENTS(2);
+        /** Exclusive XML Canonicalization 1.0 */ EXC_C14N(0),
+        /** Canonical XML 1.0 */ C14N(1),
+        /** Canonical XML 1.0 with comments */ C14N_COMMENTS(2);
         final int selector;
         SoapCanonicalization(int selector) { this.selector = selector; }
     }
 
+    /** Reference digests (DigestMethod). */
     public enum Digest {
-        SHA1(1), HAS160(2), SHA256(3);
+        /** SHA-1 */ SHA1(1),
+        /** HAS-160 */ HAS160(2),
+        /** SHA-256 */ SHA256(3);
         final int selector;
         Digest(int selector) { this.selector = selector; }
     }
 
-    /** Data encryption, all in CBC mode. */
+    /** Data encryption (EncryptionMethod of EncryptedData). */
     public enum Cipher {
-        TRIPLE_DES(1), SEED(2), NEAT(3), ARIA128(4);
+        /** Triple DES CBC */ TRIPLE_DES(1),
+        /** SEED-128 CBC */ SEED(2),
+        /** NEAT-128 CBC */ NEAT(3),
+        /** ARIA-128 CBC */ ARIA(4);
         final int selector;
         Cipher(int selector) { this.selector = selector; }
     }
 
-    /** Key transport: a 24-byte key-encryption key for Triple DES, else the recipient's certificate. */
+    /** Key transport and wrap: a key-encryption key for the key wraps, else the recipient's certificate. */
     public enum KeyTransport {
-        TRIPLE_DES_KEY_WRAP(1), RSA_PKCS1(2), RSA_OAEP(3);
+        /** Triple DES key wrap */ KW_TRIPLE_DES(1),
+        /** RSA PKCS #1 v1.5 */ RSA_1_5(2),
+        /** RSA-OAEP with MGF1 */ RSA_OAEP(3);
         final int selector;
         KeyTransport(int selector) { this.selector = selector; }
     }
+    // algorithms: end
 
     /** What an encryption covers. */
     public enum Target {

@@ -106,7 +106,7 @@ class BindingTest {
             byte[] key = keys.decrypt("vqxml-test", npki);
 
             s.load(INVOICE);
-            s.signatureMethod(Signature.KCDSA_SHA1, Canonicalization.EXCLUSIVE);
+            s.signatureMethod(Signature.KCDSA_SHA1, Canonicalization.EXC_C14N);
             s.addReference(null, Digest.SHA1, Canonicalization.NONE, XmlSignature.ENVELOPED_XPATH);
             assertThrows(IllegalArgumentException.class, () -> s.setKeyName("김철수\0cut"));
             s.setKeyName("김철수");
@@ -172,12 +172,12 @@ class BindingTest {
         byte[] envelope = data("ebxml/envelope.xml"), secured;
         try (SoapSecurity s = new SoapSecurity()) {
             s.load(envelope);
-            s.signatureMethod(Signature.RSA_SHA256, SoapCanonicalization.EXCLUSIVE);
-            s.addReference(null, Digest.SHA256, Canonicalization.EXCLUSIVE, null);
+            s.signatureMethod(Signature.RSA_SHA256, SoapCanonicalization.EXC_C14N);
+            s.addReference(null, Digest.SHA256, Canonicalization.EXC_C14N, null);
             s.setSigner(RSA_CERT, RSA_KEY);
             byte[] signed = s.sign();
             s.load(signed);
-            s.setSymmetricAlgorithm(Cipher.ARIA128);
+            s.setSymmetricAlgorithm(Cipher.ARIA);
             s.encryptElement(null, Target.CONTENT);
             s.nameIssuerSerial();
             s.addRecipient(B_CERT, KeyTransport.RSA_OAEP);
@@ -218,7 +218,7 @@ class BindingTest {
         byte[] signed;
         try (EbXml s = new EbXml()) {
             s.load(ebxmlPackage(data("ebxml/envelope.xml"), INVOICE));
-            s.signatureMethod(Signature.RSA_SHA256, Canonicalization.EXCLUSIVE);
+            s.signatureMethod(Signature.RSA_SHA256, Canonicalization.EXC_C14N);
             s.addReference(null, Digest.SHA256, Canonicalization.NONE, XmlSignature.ENVELOPED_XPATH);
             s.nameSubject();
             s.nameIssuerSerial();
