@@ -24,19 +24,6 @@ const char kOrder[] =
     "<Order xmlns=\"urn:example:po\"><Item id=\"1\">spade</Item>"
     "<Pay><Card type=\"visa\">4000-1234</Card><Holder>홍길동</Holder></Pay></Order>";
 
-// The document from its root element on, without the EncryptedKeys xmlsec1 leaves.
-std::string withoutKeys(std::string text) {
-    text = text.substr(text.find("<Order"));
-    size_t at;
-    while ((at = text.find("<xenc:EncryptedKey")) != std::string::npos) {
-        const std::string end = "</xenc:EncryptedKey>";
-        text.erase(at, text.find(end, at) + end.size() - at);
-    }
-    while (!text.empty() && text.back() == '\n')
-        text.pop_back();
-    return text;
-}
-
 bool havePythonXmlsec() {
     return testfiles::run("/usr/bin/python3 -c 'import xmlsec'") == 0;
 }
@@ -94,7 +81,7 @@ TEST_P(XmlsecDecrypts, ToTheOriginalBytes) {
         ASSERT_EQ(testfiles::run(command), 0) << command;
         input = dir("out.xml");
     }
-    EXPECT_EQ(withoutKeys(testfiles::read(input)), withoutKeys(kOrder));
+    EXPECT_EQ(comparable(testfiles::read(input)), comparable(kOrder));
 }
 
 INSTANTIATE_TEST_SUITE_P(
