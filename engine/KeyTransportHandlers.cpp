@@ -23,16 +23,6 @@ namespace {
 
 constexpr std::size_t kWrapBlock = 8;
 
-void putBase64(const SecureBytes& bytes, safeBuffer& result) {
-    result.sbStrcpyIn(vqxml::base64Text(std::vector<unsigned char>(bytes.begin(), bytes.end())).c_str());
-}
-
-unsigned int putOctets(const SecureBytes& bytes, safeBuffer& result) {
-    result.isSensitive();
-    result.sbMemcpyIn(bytes.data(), bytes.size());
-    return static_cast<unsigned int>(bytes.size());
-}
-
 struct MgfRow {
     int hash;
     const XMLCh* mgf;
@@ -80,34 +70,52 @@ const XSECCryptoKeyRSA& rsaKey(const XSECCryptoKey* key, XSECCryptoKey::KeyType 
     return *rsa;
 }
 
-unsigned char* labelData(OaepParameters& p) {
-    return p.label.empty() ? nullptr : p.label.data();
+// in encrypted (public key) or decrypted (private key) by RSA-OAEP as method says.
+SecureBytes runOaep(const XSECCryptoKeyRSA& rsa, bool encrypt, const XENCEncryptionMethod* method,
+                    const SecureBytes& in) {
+    OaepParameters p = parametersOf(method);
+    const auto run = encrypt ? &XSECCryptoKeyRSA::publicEncrypt : &XSECCryptoKeyRSA::privateDecrypt;
+    SecureBytes out(rsa.getLength());
+    out.resize((rsa.*run)(in.data(), out.data(), static_cast<unsigned int>(in.size()),
+                          static_cast<unsigned int>(out.size()), XSECCryptoKeyRSA::PAD_OAEP, p.digest, p.mgf,
+                          p.label.empty() ? nullptr : p.label.data(), static_cast<unsigned int>(p.label.size())));
+    return out;
 }
 
 }  // namespace
 
-bool AesKeyWrapHandler::encryptToSafeBuffer(TXFMChain* plainText, XENCEncryptionMethod* method,
-                                            const XSECCryptoKey* key, DOMDocument*, safeBuffer& result) const {
-    const SecureBytes& kek = AesKey::forMethod(method, key).bytes();
-    const SecureBytes plain = vqxml::readAllBytes(plainText);
-    if (plain.size() < 2 * kWrapBlock || plain.size() % kWrapBlock != 0)
-        throw XSECException(XSECException::CipherError, "AES key wrap: the key is not whole 8-byte blocks");
-    putBase64(vqxml::runCipher(vqxml::aesCipher(kek.size(), vqxml::AesMode::KeyWrap), true, kek, nullptr,
-                               plain.data(), plain.size()),
-              result);
+bool KeyTransportHandler::encryptToSafeBuffer(TXFMChain* plainText, XENCEncryptionMethod* method,
+                                              const XSECCryptoKey* key, DOMDocument*, safeBuffer& result) const {
+    const SecureBytes wrapped = wrap(method, key, vqxml::readAllBytes(plainText));
+    result.sbStrcpyIn(vqxml::base64Text(std::vector<unsigned char>(wrapped.begin(), wrapped.end())).c_str());
     return true;
 }
 
-unsigned int AesKeyWrapHandler::decryptToSafeBuffer(TXFMChain* cipherText, XENCEncryptionMethod* method,
-                                                    const XSECCryptoKey* key, DOMDocument*,
-                                                    safeBuffer& result) const {
+unsigned int KeyTransportHandler::decryptToSafeBuffer(TXFMChain* cipherText, XENCEncryptionMethod* method,
+                                                      const XSECCryptoKey* key, DOMDocument*,
+                                                      safeBuffer& result) const {
+    const SecureBytes plain = unwrap(method, key, vqxml::readAllBytes(cipherText));
+    result.isSensitive();
+    result.sbMemcpyIn(plain.data(), plain.size());
+    return static_cast<unsigned int>(plain.size());
+}
+
+SecureBytes AesKeyWrapHandler::wrap(XENCEncryptionMethod* method, const XSECCryptoKey* key,
+                                    const SecureBytes& plain) const {
     const SecureBytes& kek = AesKey::forMethod(method, key).bytes();
-    const SecureBytes wrapped = vqxml::readAllBytes(cipherText);
+    if (plain.size() < 2 * kWrapBlock || plain.size() % kWrapBlock != 0)
+        throw XSECException(XSECException::CipherError, "AES key wrap: the key is not whole 8-byte blocks");
+    return vqxml::runCipher(vqxml::aesCipher(kek.size(), vqxml::AesMode::KeyWrap), true, kek, nullptr, plain.data(),
+                            plain.size());
+}
+
+SecureBytes AesKeyWrapHandler::unwrap(const XENCEncryptionMethod* method, const XSECCryptoKey* key,
+                                      const SecureBytes& wrapped) const {
+    const SecureBytes& kek = AesKey::forMethod(method, key).bytes();
     if (wrapped.size() < 3 * kWrapBlock || wrapped.size() % kWrapBlock != 0)
         vqxml::cipherFailure("AES key wrap: the wrapped key is not whole 8-byte blocks");
-    return putOctets(vqxml::runCipher(vqxml::aesCipher(kek.size(), vqxml::AesMode::KeyWrap), false, kek, nullptr,
-                                      wrapped.data(), wrapped.size()),
-                     result);
+    return vqxml::runCipher(vqxml::aesCipher(kek.size(), vqxml::AesMode::KeyWrap), false, kek, nullptr,
+                            wrapped.data(), wrapped.size());
 }
 
 const XMLCh* RsaOaepHandler::mgfFor(int hash) {
@@ -117,34 +125,17 @@ const XMLCh* RsaOaepHandler::mgfFor(int hash) {
     return nullptr;
 }
 
-bool RsaOaepHandler::encryptToSafeBuffer(TXFMChain* plainText, XENCEncryptionMethod* method,
-                                         const XSECCryptoKey* key, DOMDocument*, safeBuffer& result) const {
+SecureBytes RsaOaepHandler::wrap(XENCEncryptionMethod* method, const XSECCryptoKey* key,
+                                 const SecureBytes& plain) const {
     const XSECCryptoKeyRSA& rsa = rsaKey(key, XSECCryptoKey::KEY_RSA_PRIVATE);
     if (method->getDigestMethod() == nullptr || *method->getDigestMethod() == 0)
-        method->setDigestMethod(digestForMgf(XMLString::equals(method->getAlgorithm(),
-                                                               DSIGConstants::s_unicodeStrURIRSA_OAEP)
-                                                 ? method->getMGF()
-                                                 : nullptr));
-    OaepParameters p = parametersOf(method);
-    const SecureBytes plain = vqxml::readAllBytes(plainText);
-    SecureBytes out(rsa.getLength());
-    const unsigned int n = rsa.publicEncrypt(plain.data(), out.data(), static_cast<unsigned int>(plain.size()),
-                                             static_cast<unsigned int>(out.size()), XSECCryptoKeyRSA::PAD_OAEP,
-                                             p.digest, p.mgf, labelData(p), static_cast<unsigned int>(p.label.size()));
-    out.resize(n);
-    putBase64(out, result);
-    return true;
+        method->setDigestMethod(digestForMgf(
+            XMLString::equals(method->getAlgorithm(), DSIGConstants::s_unicodeStrURIRSA_OAEP) ? method->getMGF()
+                                                                                              : nullptr));
+    return runOaep(rsa, true, method, plain);
 }
 
-unsigned int RsaOaepHandler::decryptToSafeBuffer(TXFMChain* cipherText, XENCEncryptionMethod* method,
-                                                 const XSECCryptoKey* key, DOMDocument*, safeBuffer& result) const {
-    const XSECCryptoKeyRSA& rsa = rsaKey(key, XSECCryptoKey::KEY_RSA_PUBLIC);
-    OaepParameters p = parametersOf(method);
-    const SecureBytes wrapped = vqxml::readAllBytes(cipherText);
-    SecureBytes out(rsa.getLength());
-    const unsigned int n = rsa.privateDecrypt(wrapped.data(), out.data(), static_cast<unsigned int>(wrapped.size()),
-                                              static_cast<unsigned int>(out.size()), XSECCryptoKeyRSA::PAD_OAEP,
-                                              p.digest, p.mgf, labelData(p), static_cast<unsigned int>(p.label.size()));
-    out.resize(n);
-    return putOctets(out, result);
+SecureBytes RsaOaepHandler::unwrap(const XENCEncryptionMethod* method, const XSECCryptoKey* key,
+                                   const SecureBytes& wrapped) const {
+    return runOaep(rsaKey(key, XSECCryptoKey::KEY_RSA_PUBLIC), false, method, wrapped);
 }

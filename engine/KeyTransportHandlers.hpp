@@ -15,7 +15,11 @@
 
 #include "engine/UnsupportedAlgorithmHandler.hpp"
 
-class AesKeyWrapHandler : public UnsupportedAlgorithmHandler {
+#include "engine/korean/SecureBytes.hpp"
+
+// Base of the two: the key's octets in and out in one piece, in memory that is
+// wiped when freed; the wrapped key is base64 text when written.
+class KeyTransportHandler : public UnsupportedAlgorithmHandler {
 public:
     bool encryptToSafeBuffer(TXFMChain* plainText, XENCEncryptionMethod* encryptionMethod,
                              const XSECCryptoKey* key, XERCES_CPP_NAMESPACE::DOMDocument* doc,
@@ -23,20 +27,28 @@ public:
     unsigned int decryptToSafeBuffer(TXFMChain* cipherText, XENCEncryptionMethod* encryptionMethod,
                                      const XSECCryptoKey* key, XERCES_CPP_NAMESPACE::DOMDocument* doc,
                                      safeBuffer& result) const override;
+
+protected:
+    virtual vqxml::korean::SecureBytes wrap(XENCEncryptionMethod* method, const XSECCryptoKey* key,
+                                            const vqxml::korean::SecureBytes& plain) const = 0;
+    virtual vqxml::korean::SecureBytes unwrap(const XENCEncryptionMethod* method, const XSECCryptoKey* key,
+                                              const vqxml::korean::SecureBytes& wrapped) const = 0;
+};
+
+class AesKeyWrapHandler : public KeyTransportHandler {
+public:
     XSECAlgorithmHandler* clone() const override { return new AesKeyWrapHandler(); }
 
 protected:
     const char* handlerName() const override { return "AES key wrap handler"; }
+    vqxml::korean::SecureBytes wrap(XENCEncryptionMethod* method, const XSECCryptoKey* key,
+                                    const vqxml::korean::SecureBytes& plain) const override;
+    vqxml::korean::SecureBytes unwrap(const XENCEncryptionMethod* method, const XSECCryptoKey* key,
+                                      const vqxml::korean::SecureBytes& wrapped) const override;
 };
 
-class RsaOaepHandler : public UnsupportedAlgorithmHandler {
+class RsaOaepHandler : public KeyTransportHandler {
 public:
-    bool encryptToSafeBuffer(TXFMChain* plainText, XENCEncryptionMethod* encryptionMethod,
-                             const XSECCryptoKey* key, XERCES_CPP_NAMESPACE::DOMDocument* doc,
-                             safeBuffer& result) const override;
-    unsigned int decryptToSafeBuffer(TXFMChain* cipherText, XENCEncryptionMethod* encryptionMethod,
-                                     const XSECCryptoKey* key, XERCES_CPP_NAMESPACE::DOMDocument* doc,
-                                     safeBuffer& result) const override;
     XSECAlgorithmHandler* clone() const override { return new RsaOaepHandler(); }
 
     // The xenc11:MGF URI of MGF1 with a hash of the algorithm table (1 SHA-1,
@@ -45,6 +57,10 @@ public:
 
 protected:
     const char* handlerName() const override { return "RSA-OAEP handler"; }
+    vqxml::korean::SecureBytes wrap(XENCEncryptionMethod* method, const XSECCryptoKey* key,
+                                    const vqxml::korean::SecureBytes& plain) const override;
+    vqxml::korean::SecureBytes unwrap(const XENCEncryptionMethod* method, const XSECCryptoKey* key,
+                                      const vqxml::korean::SecureBytes& wrapped) const override;
 };
 
 #endif

@@ -1,5 +1,5 @@
 // What the library encrypts, the library opens again to the very bytes it
-// started from: every symmetric algorithm with every transport, one or two
+// started from: every symmetric algorithm and every transport, one or two
 // elements, element or content, one or several recipients.
 #include <gtest/gtest.h>
 
@@ -45,6 +45,10 @@ std::string name(const Case& c) {
            (c.twoElements ? "_TwoElements" : "_OneElement") + (c.mode == 1 ? "_Content" : "_Element");
 }
 
+void PrintTo(const Case& c, std::ostream* os) {
+    *os << name(c);
+}
+
 class RoundTrip : public testing::TestWithParam<Case> {};
 
 TEST_P(RoundTrip, OpensToTheOriginalBytes) {
@@ -66,11 +70,19 @@ TEST_P(RoundTrip, OpensToTheOriginalBytes) {
 
 std::vector<Case> allCases() {
     std::vector<Case> cases;
-    for (int symmetric = 1; symmetric <= 10; ++symmetric)
-        for (const Recipient& r : {kKeyWrap, kRsa15, kOaep, kOaep11, aesKeyWrap(5), aesKeyWrap(6), aesKeyWrap(7)})
-            for (bool two : {false, true})
-                for (int mode : {1, 2})
-                    cases.push_back({symmetric, r, two, mode});
+    const auto add = [&](int symmetric, const Recipient& r) {
+        for (bool two : {false, true})
+            for (int mode : {1, 2})
+                cases.push_back({symmetric, r, two, mode});
+    };
+    for (int symmetric = 1; symmetric <= 4; ++symmetric)
+        for (const Recipient& r : {kKeyWrap, kRsa15, kOaep})
+            add(symmetric, r);
+    for (const Recipient& r : {kOaep11, aesKeyWrap(5), aesKeyWrap(6), aesKeyWrap(7)})
+        add(1, r);
+    for (int symmetric = 5; symmetric <= 10; ++symmetric)
+        for (const Recipient& r : {kOaep11, aesKeyWrap(5 + (symmetric - 5) % 3)})
+            add(symmetric, r);
     return cases;
 }
 
