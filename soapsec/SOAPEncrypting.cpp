@@ -12,7 +12,6 @@
 #include "core/OwnedText.hpp"
 #include "core/Transcode.hpp"
 #include "engine/VQTKCryptoKeyRSA.hpp"
-#include "engine/VQTKCryptoSymmetricKey.hpp"
 #include "engine/XencReferences.hpp"
 #include "soapsec/wssec/VQXML_WSSecSecurity.hpp"
 #include "xenc/KeyBuffer.hpp"

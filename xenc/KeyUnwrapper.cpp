@@ -11,7 +11,6 @@
 #include <xercesc/dom/DOM.hpp>
 #include <xsec/dsig/DSIGKeyInfoList.hpp>
 #include <xsec/dsig/DSIGKeyInfoX509.hpp>
-#include <xsec/enc/XSECCryptoSymmetricKey.hpp>
 #include <xsec/framework/XSECException.hpp>
 #include <xsec/xenc/XENCCipherData.hpp>
 #include <xsec/xenc/XENCCipherValue.hpp>
@@ -25,7 +24,6 @@
 #include "engine/CertificateNames.hpp"
 #include "engine/NameComparison.hpp"
 #include "engine/VQTKCryptoKeyRSA.hpp"
-#include "engine/VQTKCryptoSymmetricKey.hpp"
 #include "engine/VQTKCryptoX509.hpp"
 #include "engine/VQXMLXENCCipher.hpp"
 #include "xenc/KeyBuffer.hpp"

@@ -10,7 +10,6 @@
 
 #include <xercesc/dom/DOM.hpp>
 #include <xsec/dsig/DSIGKeyInfoX509.hpp>
-#include <xsec/enc/XSECCryptoSymmetricKey.hpp>
 #include <xsec/utils/XSECPlatformUtils.hpp>
 #include <xsec/xenc/XENCEncryptedData.hpp>
 #include <xsec/xenc/XENCEncryptedKey.hpp>
@@ -21,7 +20,6 @@
 #include "engine/CertificateAppending.hpp"
 #include "engine/ParkedObjects.hpp"
 #include "engine/VQTKCryptoKeyRSA.hpp"
-#include "engine/VQTKCryptoSymmetricKey.hpp"
 #include "engine/VQXMLXENCCipher.hpp"
 #include "engine/XencReferences.hpp"
 #include "xenc/XencAlgorithms.hpp"
@@ -29,7 +27,6 @@
 XERCES_CPP_NAMESPACE_USE
 
 namespace {
-
 
 // "EncKeyId-" and the decimal value of 4 random bytes.
 vqxml::XString encryptedKeyIdentifier() {
