@@ -1,6 +1,7 @@
 // An AES key of the engine (its own streaming operations stay as they are) that
 // also keeps its bytes, for the handlers that hand them to OpenSSL EVP directly:
-// AES in CBC and GCM mode and AES key wrap (AesCipherHandlers.hpp).
+// AES in CBC and GCM mode (AesCipherHandlers.hpp) and AES key wrap
+// (KeyTransportHandlers.hpp).
 #ifndef VQXML_ENGINE_AESKEY_HPP
 #define VQXML_ENGINE_AESKEY_HPP
 

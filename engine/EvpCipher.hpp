@@ -1,5 +1,6 @@
-// OpenSSL EVP ciphers for the AES handlers (AesCipherHandlers.hpp): the cipher
-// for a key length and mode, and one whole-buffer run of it without padding.
+// OpenSSL EVP ciphers for the AES handlers (AesCipherHandlers.hpp, and AES key
+// wrap in KeyTransportHandlers.hpp): the cipher for a key length and mode, and
+// one whole-buffer run of it without padding.
 #ifndef VQXML_ENGINE_EVPCIPHER_HPP
 #define VQXML_ENGINE_EVPCIPHER_HPP
 
