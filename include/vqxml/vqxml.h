@@ -209,7 +209,7 @@ VQXML_EXPORT int VQTK_XMLDSIG_GetCanonicalReading(void* handle, int* reading);
  * per recipient -> Encrypt -> VQTK_XMLAPI_GetXMLDocument.
  *
  * Symmetric selectors (alg): 1 Triple DES (24 key bytes), 2 SEED, 3 NEAT, 4 ARIA-128
- * (16 key bytes), all in CBC mode; 10301 for any other. SetSymmKey takes that many
+ * (16 key bytes), all in CBC mode (AES: additions below); 10301 for any other. SetSymmKey takes that many
  * bytes from key whatever keyLen says. Targets: NULL, "" or " " is the document
  * element; any other text names the first element with that qualified name
  * (prefix included), 10302 if none. Modes: 1 encrypts the element's content,
