@@ -20,6 +20,7 @@
 #include "engine/VQTKCryptoX509.hpp"
 #include "soapsec/wssec/VQXML_WSSecSecurity.hpp"
 #include "engine/wssec/WssNames.hpp"
+#include "xenc/XencAlgorithms.hpp"
 
 XERCES_CPP_NAMESPACE_USE
 
@@ -127,21 +128,10 @@ int VQXML_XMLSecurity::getEncryptedKeyInfo(XENCEncryptedKey* key) {
         replaceText(m_encKeyText2, key->getRecipient(), nullptr);
         const XMLCh* algorithm =
             key->getEncryptionMethod() != nullptr ? key->getEncryptionMethod()->getAlgorithm() : nullptr;
-        static constexpr struct {
-            const XMLCh* uri;
-            int code;
-        } kTransports[] = {
-            {u"http://www.w3.org/2001/04/xmlenc#rsa-1_5", 9},
-            {u"http://www.w3.org/2001/04/xmlenc#rsa-oaep-mgf1p", 10},
-            {u"http://www.w3.org/2001/04/xmlenc#kw-tripledes", 8},
-        };
-        int code = 0;
-        for (const auto& transport : kTransports)
-            if (XMLString::equals(algorithm, transport.uri))
-                code = transport.code;
-        if (code == 0)
+        const vqxml::KeyTransport* transport = vqxml::transportByURI(algorithm);
+        if (transport == nullptr)
             throw VQXML_XSECException(VQXML_ERR_TRANSPORT_UNKNOWN);
-        m_keyWrapAlg = code;
+        m_keyWrapAlg = transport->methodCode;
         // The recipient fields describe this key alone: names or a certificate
         // left by an earlier reading (the signer's, say) would be checked
         // against the caller's certificate as if they were the recipient's.

@@ -12,6 +12,7 @@
 #include "engine/EngineLifecycle.hpp"
 #include "core/VQXMLException.hpp"
 #include "vqxml/VQXML_Mime.h"
+#include "xenc/XencAlgorithms.hpp"
 
 XERCES_CPP_NAMESPACE_USE
 
@@ -153,23 +154,15 @@ int VQXML_XMLSecurity::SOAPSEC_removeSecurityHeader() {
 
 void VQXML_XMLSecurity::setEbXml() { m_ebXml = true; }
 
+// 0 for an algorithm no caller chooses.
 int VQXML_XMLSecurity::getSymmAlg() {
-    switch (m_symmAlg) {
-    case 1: return 1;
-    case 18: return 2;
-    case 19: return 3;
-    case 20: return 4;
-    default: return 0;
-    }
+    const vqxml::SymmetricAlgorithm* algorithm = vqxml::symmetricByMethodCode(m_symmAlg);
+    return algorithm != nullptr && algorithm->selector > 0 ? algorithm->selector : 0;
 }
 
 int VQXML_XMLSecurity::getKeyWrapAlg() {
-    switch (m_keyWrapAlg) {
-    case 8: return 1;
-    case 9: return 2;
-    case 10: return 3;
-    default: return 0;
-    }
+    const vqxml::KeyTransport* transport = vqxml::transportByMethodCode(m_keyWrapAlg);
+    return transport != nullptr && transport->selector > 0 ? transport->selector : 0;
 }
 
 int VQXML_XMLSecurity::getSignatureAlg() {

@@ -142,7 +142,7 @@ static int runSoapProcess(const CliCommand* cmd, int argc, char** argv) {
         {"key", 'k', CLI_VALUE, "FILE", "recipient's private key: PKCS #8 or PKCS #1, DER or PEM", &a.key},
         CLI_PASSWORD_OPTIONS("the key is encrypted (PKCS #8, NPKI key file): its password", &a.password,
                              &a.passwordFile),
-        {"kek", 0, CLI_VALUE, "FILE", "unwrap the session key with this 24-byte Triple DES key", &a.kek},
+        {"kek", 0, CLI_VALUE, "FILE", "unwrap the session key with this shared key (24 bytes Triple DES, 16/24/32 AES)", &a.kek},
         {"verify-cert", 0, CLI_VALUE, "FILE",
          "verify with this signer's certificate, DER or PEM (a signer named by issuer and serial)", &a.verifyCert},
         {"signer-cert", 0, CLI_VALUE, "FILE", "write the signer's certificate (DER)", &a.signerCert},

@@ -10,7 +10,7 @@ static const CliEncryptionFamily kXmlEncryption = {
     .description =
         "Encrypts elements of an XML document (IN, or stdin) with a session key and\n"
         "wraps that key for each recipient's certificate (RSA) or with a shared key\n"
-        "(Triple DES key wrap).",
+        "(Triple DES or AES key wrap).",
     .elementHelp = "encrypt the first element with this qualified name; repeatable (default: the document element)",
     .load = VQTK_XMLENC_SetXMLDocument,
     .setPrefix = VQTK_XMLENC_SetPrefix,
@@ -69,7 +69,7 @@ static int runDecrypt(const CliCommand* cmd, int argc, char** argv) {
         {"cert", 'c', CLI_VALUE, "FILE", "recipient's certificate, DER or PEM", &cert},
         {"key", 'k', CLI_VALUE, "FILE", "recipient's private key: PKCS #8 or PKCS #1, DER or PEM", &key},
         CLI_PASSWORD_OPTIONS("the key is encrypted (PKCS #8, NPKI key file): its password", &given, &file),
-        {"kek", 0, CLI_VALUE, "FILE", "unwrap the session key with this 24-byte Triple DES key", &kek},
+        {"kek", 0, CLI_VALUE, "FILE", "unwrap the session key with this shared key (24 bytes Triple DES, 16/24/32 AES)", &kek},
         {"session-key", 0, CLI_VALUE, "FILE", "decrypt with this session key (no key transport)", &sessionKey},
         {"symm", 's', CLI_VALUE, "NAME", "with --session-key: its algorithm (default seed)", &symm},
     };

@@ -89,7 +89,7 @@ int cliRunEncrypt(const CliCommand* cmd, const CliEncryptionFamily* f, int argc,
     ADD_OPTION("output", 'o', CLI_VALUE, "FILE", "write the encrypted document here (default: stdout)", &a.output);
     ADD_OPTION("recipient", 'r', CLI_LIST, "CERT", "wrap the session key for this certificate; repeatable",
                &a.recipients);
-    ADD_OPTION("kek", 0, CLI_VALUE, "FILE", "wrap the session key with this 24-byte Triple DES key", &a.kek);
+    ADD_OPTION("kek", 0, CLI_VALUE, "FILE", "wrap the session key with this shared key (24 bytes for kw-3des, 16/24/32 for kw-aes128/192/256)", &a.kek);
     ADD_OPTION("symm", 's', CLI_VALUE, "NAME", "data encryption algorithm (default seed)", &a.symm);
     ADD_OPTION("transport", 't', CLI_VALUE, "NAME", "key transport (default rsa-oaep; kw-3des with --kek)",
                &a.transport);

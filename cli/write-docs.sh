@@ -49,8 +49,8 @@ vqxml verify --trust --crl dp5p1.crl signed.xml
   | `--alg` (signature) | `hmac-sha1` (1), `rsa-sha1` (2), `kcdsa-sha1` (3), `kcdsa-has160` (4), `rsa-sha256` (5) |
   | `--c14n`, `--ref-c14n` | `none` (0), `c14n` (1), `c14n-comments` (2), `exc-c14n` (3), `exc-c14n-comments` (4) |
   | `--digest` | `sha1` (1), `has160` (2), `sha256` (3) |
-  | `--symm` (data encryption) | `3des` (1), `seed` (2), `neat` (3), `aria` (4) |
-  | `--transport` (key transport) | `kw-3des` (1), `rsa-1_5` (2), `rsa-oaep` (3) |
+  | `--symm` (data encryption) | `3des` (1), `seed` (2), `neat` (3), `aria` (4); additions: `aes128-cbc` (5), `aes192-cbc` (6), `aes256-cbc` (7), `aes128-gcm` (8), `aes192-gcm` (9), `aes256-gcm` (10) |
+  | `--transport` (key transport) | `kw-3des` (1), `rsa-1_5` (2), `rsa-oaep` (3); additions: `rsa-oaep11` (4, XML Encryption 1.1, SHA-256 and MGF1-SHA256), `kw-aes128` (5), `kw-aes192` (6), `kw-aes256` (7) |
 
   `soap-sign --c14n` takes the SOAP family's SignedInfo selectors: `exc-c14n` (0), `c14n` (1),
   `c14n-comments` (2).

@@ -43,7 +43,8 @@ const Algorithm* algorithmByURI(AlgorithmKind kind, const XMLCh* uri) {
 }
 
 const Algorithm* algorithmByCode(AlgorithmKind kind, int code, int hash) {
-    return find(kind, [code, hash](const Algorithm& a) { return a.methodCode == code && a.hash == hash; });
+    const bool byHash = kind == AlgorithmKind::SIGNATURE;
+    return find(kind, [=](const Algorithm& a) { return a.methodCode == code && (!byHash || a.hash == hash); });
 }
 
 bool canonicalizationChoice(const XMLCh* uri, CanonicalizationChoice& out) {

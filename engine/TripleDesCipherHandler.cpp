@@ -8,6 +8,8 @@
 #include <xsec/utils/XSECPlatformUtils.hpp>
 
 #include "core/adapter/Upstream.hpp"
+#include "engine/CryptoErrorTranslation.hpp"
+#include "engine/korean/XmlEncCbc.hpp"
 
 namespace {
 
@@ -44,9 +46,13 @@ vqxml::korean::SecureBytes TripleDesCipherHandler::decryptOctets(const XENCEncry
         throw XSECCryptoException(XSECCryptoException::SymmetricError,
                                   "Triple DES: the CipherValue is not an IV and whole blocks");
     vqxml::korean::SecureBytes plain(framed.size() + kBlock);
-    k->decryptInit(true, XSECCryptoSymmetricKey::MODE_CBC, nullptr);
+    // The padding is removed here: the engine's key takes a last byte of 0 for
+    // no padding at all.
+    k->decryptInit(false, XSECCryptoSymmetricKey::MODE_CBC, nullptr);
     unsigned int n = k->decrypt(framed.data(), plain.data(), unsigned(framed.size()), unsigned(plain.size()));
     n += k->decryptFinish(plain.data() + n, unsigned(plain.size() - n));
+    n -= unsigned(vqxml::asCryptoException(XSECCryptoException::SymmetricError,
+                                           [&] { return vqxml::korean::xmlEncPadCount(plain.data(), n, kBlock); }));
     plain.resize(n);
     return plain;
 }

@@ -4,7 +4,8 @@
 // element cost seconds of CPU. This one works on whole buffers.
 //
 // Keys are the engine's own Triple DES keys, which do the block work, the IV and
-// the padding: what this writes and reads is what the engine's handler did.
+// the padding when encrypting; on decryption the padding follows XML Encryption's
+// rule as for every CBC cipher (engine/korean/XmlEncCbc.hpp).
 #ifndef VQXML_ENGINE_TRIPLEDESCIPHERHANDLER_HPP
 #define VQXML_ENGINE_TRIPLEDESCIPHERHANDLER_HPP
 

@@ -1,5 +1,7 @@
 #include "engine/VQTKCryptoProvider.hpp"
 
+#include "engine/AesKey.hpp"
+
 #include <xercesc/util/XMLUniDefs.hpp>
 
 #include "engine/VQTKCryptoHash.hpp"
@@ -25,8 +27,10 @@ const XMLCh* VQTKCryptoProvider::providerName() {
 }
 
 XSECCryptoSymmetricKey* VQTKCryptoProvider::keySymmetric(int type) const {
-    if (type >= XSECCryptoSymmetricKey::KEY_3DES_192 && type <= XSECCryptoSymmetricKey::KEY_AES_256)
-        return keySymmetric(static_cast<XSECCryptoSymmetricKey::SymmetricKeyType>(type));
+    if (type == XSECCryptoSymmetricKey::KEY_3DES_192)
+        return keySymmetric(XSECCryptoSymmetricKey::KEY_3DES_192);
+    if (type >= XSECCryptoSymmetricKey::KEY_AES_128 && type <= XSECCryptoSymmetricKey::KEY_AES_256)
+        return new AesKey(static_cast<XSECCryptoSymmetricKey::SymmetricKeyType>(type));
     return VQTKCryptoSymmetricKey::forTypeCode(type);
 }
 

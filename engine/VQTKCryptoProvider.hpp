@@ -13,8 +13,8 @@ public:
     static const XMLCh* providerName();
 
     using OpenSSLCryptoProvider::keySymmetric;
-    // A symmetric key of the library's numeric key type: 1 Triple DES and 2 to 4
-    // AES-128/192/256 (the engine's own keys), 5 SEED, 6 NEAT, 7 ARIA-128 (a
+    // A symmetric key of the library's numeric key type: 1 Triple DES (the
+    // engine's own key), 2 to 4 AES-128/192/256 (an AesKey), 5 SEED, 6 NEAT, 7 ARIA-128 (a
     // VQTKCryptoSymmetricKey); null for any other type. The caller owns it.
     XSECCryptoSymmetricKey* keySymmetric(int type) const;
 
@@ -31,7 +31,8 @@ public:
 namespace vqxml {
 
 // Teaches xml-security-c the engine's algorithms (AlgorithmURIs.hpp): SEED, ARIA
-// and NEAT in CBC mode, the HAS-160 digest, the KCDSA signatures, and HMAC with a
+// and NEAT in CBC mode, AES in CBC and GCM mode, AES key wrap and RSA-OAEP on
+// OpenSSL EVP (AesCipherHandlers.hpp, KeyTransportHandlers.hpp), the HAS-160 digest, the KCDSA signatures, and HMAC with a
 // correct truncation rule. The engine forgets its handlers when it terminates, so
 // this belongs right after every XSECPlatformUtils::Initialise (defined in
 // AlgorithmRegistration.cpp).

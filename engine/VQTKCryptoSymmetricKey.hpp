@@ -3,7 +3,8 @@
 // xml-security-c's SymmetricKeyType is a closed enum, so these keys report
 // KEY_NONE there and carry the library's own key type instead: the crypto
 // provider's numeric symmetric key types are 1 (Triple DES, the engine's own
-// KEY_3DES_192) and the three below. VQTKCryptoProvider::keySymmetric(int)
+// KEY_3DES_192), 2 to 4 (AES, the engine's KEY_AES_* as AesKey) and the three
+// Korean ones below. VQTKCryptoProvider::keySymmetric(int)
 // makes a key from any of them.
 //
 // Only CBC is offered. The streaming interface follows the engine's rules for
@@ -25,6 +26,9 @@ namespace vqxml {
 
 enum SymmetricKeyTypeCode : int {
     kKeyTripleDes = 1,
+    kKeyAes128 = 2,
+    kKeyAes192 = 3,
+    kKeyAes256 = 4,
     kKeySeed = 5,
     kKeyNeat = 6,
     kKeyAria = 7,

@@ -137,6 +137,7 @@ VQXML_XENCCipher::VQXML_XENCCipher(XSECProvider& provider, DOMDocument* doc)
     : m_provider(provider), m_engine(nullptr), m_mark(XString(kCipherMark) + decimal(++g_ciphersMade)) {
     m_engine = provider.newCipher(doc);
     try {
+        vqxml::xenc::declareIds(doc);
         doc->setDocumentURI(m_mark.c_str());
     } catch (...) {
         provider.releaseCipher(m_engine);

@@ -11,7 +11,8 @@
 //  - Elements and content are encrypted as they read in their place
 //    (XencPlaintext.hpp), rather than in the engine's exclusive canonical form.
 //  - Key information the engine mishandles is refused before it loads an
-//    element (KeyInfoGuard.hpp).
+//    element (KeyInfoGuard.hpp); the Id attributes of the document's XML
+//    Encryption elements are IDs (XencReferences.hpp: declareIds).
 //  - decryptKey keeps the unwrapped key only in memory that is wiped when freed.
 //  - An EncryptedData whose cipher is one of the library's is decrypted in one
 //    piece and its plaintext parsed straight into the document

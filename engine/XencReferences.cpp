@@ -46,6 +46,15 @@ namespace vqxml::xenc {
 
 
 
+void declareIds(DOMDocument* doc) {
+    DOMNodeList* elements = doc->getElementsByTagNameNS(DSIGConstants::s_unicodeStrURIXENC, u"*");
+    for (XMLSize_t i = 0, n = elements->getLength(); i < n; ++i) {
+        auto* element = static_cast<DOMElement*>(elements->item(i));
+        if (element->hasAttributeNS(nullptr, kIdAttribute))
+            element->setIdAttributeNS(nullptr, kIdAttribute, true);
+    }
+}
+
 bool insideKeyInfo(const DOMElement* element) {
     for (const DOMNode* n = element->getParentNode(); n != nullptr; n = n->getParentNode())
         if (n->getNodeType() == DOMNode::ELEMENT_NODE && XMLString::equals(n->getLocalName(), u"KeyInfo") &&

@@ -7,6 +7,7 @@
 #include <xercesc/util/XercesDefs.hpp>
 
 XERCES_CPP_NAMESPACE_BEGIN
+class DOMDocument;
 class DOMElement;
 XERCES_CPP_NAMESPACE_END
 
@@ -16,6 +17,12 @@ namespace vqxml::xenc {
 
 // The attribute that identifies EncryptedData and EncryptedKey elements.
 inline constexpr XMLCh kIdAttribute[] = u"Id";
+
+// Declares the Id attribute of every XML Encryption element of doc an ID, as
+// XML Encryption's schema has it, so that the engine finds an EncryptedKey a
+// ds:RetrievalMethod names (Santuario's and .NET's way to point at a
+// document-level key) as the library's own checks do (SameDocumentIds.hpp).
+void declareIds(XERCES_CPP_NAMESPACE::DOMDocument* doc);
 
 // Whether element stands somewhere inside a ds:KeyInfo.
 bool insideKeyInfo(const XERCES_CPP_NAMESPACE::DOMElement* element);

@@ -12,15 +12,12 @@
 #include "core/OwnedText.hpp"
 #include "core/Transcode.hpp"
 #include "engine/VQTKCryptoKeyRSA.hpp"
-#include "engine/VQTKCryptoSymmetricKey.hpp"
 #include "engine/XencReferences.hpp"
 #include "soapsec/wssec/VQXML_WSSecSecurity.hpp"
 #include "xenc/KeyBuffer.hpp"
 #include "xenc/XencAlgorithms.hpp"
 
 namespace {
-
-constexpr int kTripleDesKeyWrap = 8;
 
 vqxml::XString fromUTF8(const std::string& text) {
     return vqxml::XMLT("UTF-8", text.c_str());
@@ -91,18 +88,15 @@ int VQXML_XMLSecurity::SOAPSEC_encryptKeyWrapKey(unsigned char* key, int len, in
             throw VQXML_XSECException(VQXML_ERR_SOAP_NO_SESSION_KEY);
         VQXML_WSSecSecurity& engine = requireWSSecurity();
         XENCEncryptedKey* encryptedKey = nullptr;
-        if (transport->methodCode == kTripleDesKeyWrap) {
-            std::unique_ptr<XSECCryptoSymmetricKey> kek(vqxml::newSymmetricKey(vqxml::kKeyTripleDes));
-            kek->setKey(key, unsigned(len));
-            engine.setKeyWrapKey(kek.release());
-            encryptedKey = engine.encryptKey(m_symmKey, unsigned(m_symmKeyLen), kTripleDesKeyWrap, nullptr, nullptr);
+        if (vqxml::wrapsWithSharedKey(*transport)) {
+            engine.setKeyWrapKey(vqxml::newKeyEncryptionKey(*transport, key, len, VQXML_ERR_SOAP_NO_KEY_DATA));
+            encryptedKey = engine.encryptKey(m_symmKey, unsigned(m_symmKeyLen), *transport);
         } else {
             VQTKCryptoKeyRSA* rsa = createRSAKey(key, len, nullptr, 0, nullptr, nullptr, nullptr, nullptr);
             const std::string issuer = rsa->issuerName();
             const std::string serial = rsa->serialNumber();
             engine.setKeyWrapKey(rsa);
-            encryptedKey =
-                engine.encryptKey(m_symmKey, unsigned(m_symmKeyLen), transport->methodCode, nullptr, nullptr);
+            encryptedKey = engine.encryptKey(m_symmKey, unsigned(m_symmKeyLen), *transport);
             if (m_appendIssuerSerial)
                 engine.getSecurityTokenReference(encryptedKey, 0)
                     ->setX509IssuerSerial(fromUTF8(issuer).c_str(), fromUTF8(serial).c_str());

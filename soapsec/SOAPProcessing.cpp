@@ -126,6 +126,8 @@ void VQXML_XMLSecurity::decryptSOAPParts() {
         if (m_symmKey == nullptr)
             throw VQXML_XSECException(VQXML_ERR_SOAP_ENCRYPTED_NO_KEY);
         std::unique_ptr<XSECCryptoSymmetricKey> key(vqxml::newSymmetricKey(algorithm->keyType));
+        if (!key)
+            throw VQXML_XSECException(VQXML_ERR_PROVIDER_KEY_TYPE);
         key->setKey(m_symmKey, unsigned(m_symmKeyLen));
         engine.setCipherKey(key.release());
         engine.decryptElement(data->getElement());

@@ -11,7 +11,6 @@
 #include <xercesc/dom/DOM.hpp>
 #include <xsec/dsig/DSIGKeyInfoList.hpp>
 #include <xsec/dsig/DSIGKeyInfoX509.hpp>
-#include <xsec/enc/XSECCryptoSymmetricKey.hpp>
 #include <xsec/framework/XSECException.hpp>
 #include <xsec/xenc/XENCCipherData.hpp>
 #include <xsec/xenc/XENCCipherValue.hpp>
@@ -25,7 +24,6 @@
 #include "engine/CertificateNames.hpp"
 #include "engine/NameComparison.hpp"
 #include "engine/VQTKCryptoKeyRSA.hpp"
-#include "engine/VQTKCryptoSymmetricKey.hpp"
 #include "engine/VQTKCryptoX509.hpp"
 #include "engine/VQXMLXENCCipher.hpp"
 #include "xenc/KeyBuffer.hpp"
@@ -38,9 +36,7 @@ namespace {
 
 using vqxml::xenc::UnwrapCodes;
 
-constexpr int kTripleDesKeyWrap = 8;
 constexpr int kRsa15 = 9;
-constexpr int kRsaOaep = 10;
 constexpr int kMaxUnwrappedKey = 32;
 
 struct FreeDeleter {
@@ -85,7 +81,7 @@ const X509* firstCertificateOf(const DSIGKeyInfoX509* x509) {
     return x509->getCertificateListSize() > 0 ? vqxml::opensslCertificate(x509->getCertificateCryptoItem(0)) : nullptr;
 }
 
-RecipientNames namesIn(XENCEncryptedKey* key, const char* subjectEncoding, bool completeFromCertificate) {
+RecipientNames namesIn(XENCEncryptedKey* key, const char* subjectEncoding) {
     RecipientNames names;
     const X509* cert = nullptr;
     DSIGKeyInfoList* list = key->getKeyInfoList();
@@ -102,8 +98,7 @@ RecipientNames namesIn(XENCEncryptedKey* key, const char* subjectEncoding, bool 
         if (cert == nullptr)
             cert = firstCertificateOf(x509);
     }
-    if (completeFromCertificate)
-        fillFromCertificate(names, cert, subjectEncoding);
+    fillFromCertificate(names, cert, subjectEncoding);
     return names;
 }
 
@@ -138,7 +133,7 @@ int recipientMismatch(const RecipientNames& stated, const RecipientNames& caller
 
 struct Candidate {
     XENCEncryptedKey* key;
-    int transport;
+    const vqxml::KeyTransport* transport;
 };
 
 std::vector<XENCEncryptedKey*> keysNestedIn(XENCEncryptedData* data) {
@@ -153,14 +148,14 @@ std::vector<XENCEncryptedKey*> keysNestedIn(XENCEncryptedData* data) {
 // The EncryptedKey read last, then, when it stands in the EncryptedData's
 // ds:KeyInfo, the others there whose transport the library knows.
 std::vector<Candidate> unwrapCandidates(const std::vector<XENCEncryptedKey*>& nested, XENCEncryptedKey* primary,
-                                        int primaryTransport) {
+                                        const vqxml::KeyTransport* primaryTransport) {
     std::vector<Candidate> candidates{{primary, primaryTransport}};
     if (std::find(nested.begin(), nested.end(), primary) == nested.end())
         return candidates;
     for (XENCEncryptedKey* key : nested) {
         const vqxml::KeyTransport* transport = vqxml::transportByURI(algorithmOf(key->getEncryptionMethod()));
         if (key != primary && transport != nullptr)
-            candidates.push_back({key, transport->methodCode});
+            candidates.push_back({key, transport});
     }
     return candidates;
 }
@@ -195,15 +190,11 @@ public:
     }
 
     // A new key-encryption key for the transport, for the cipher to own.
-    XSECCryptoKey* kekFor(int transport) {
-        if (transport != kTripleDesKeyWrap)
+    XSECCryptoKey* kekFor(const vqxml::KeyTransport& transport) {
+        if (!vqxml::wrapsWithSharedKey(transport))
             return rsa().clone();
         requireSecret();
-        std::unique_ptr<XSECCryptoSymmetricKey> kek(vqxml::newSymmetricKey(vqxml::kKeyTripleDes));
-        if (!kek)
-            throw VQXML_XSECException(VQXML_ERR_PROVIDER_KEY_TYPE);
-        kek->setKey(m_priKey, unsigned(m_priKeyLen));
-        return kek.release();
+        return vqxml::newKeyEncryptionKey(transport, m_priKey, m_priKeyLen, m_noSecretCode);
     }
 
 private:
@@ -242,12 +233,12 @@ void requireModulusLength(XENCEncryptedKey& key, const VQTKCryptoKeyRSA& rsa, co
 
 // The key's length.
 int unwrap(VQXML_XENCCipher& cipher, CallerKey& caller, const Candidate& c, int keyBytes, vqxml::KeyBuffer& out) {
-    if (c.transport == kRsa15) {
+    if (c.transport->methodCode == kRsa15) {
         const vqxml::korean::SecureBytes wrapped = wrappedOctets(*c.key);
         caller.rsa().unwrapKeyImplicitly(wrapped.data(), wrapped.size(), out.get(), static_cast<size_t>(keyBytes));
         return keyBytes;
     }
-    cipher.setKEK(caller.kekFor(c.transport));
+    cipher.setKEK(caller.kekFor(*c.transport));
     return cipher.decryptKey(c.key, out.get(), out.size());
 }
 
@@ -262,7 +253,8 @@ void VQXML_XMLSecurity::unwrapSessionKey(VQXML_XENCCipher& cipher, bool readKeyI
                       (readKeyIsDocumentKey || std::find(nested.begin(), nested.end(), m_encryptedKey) != nested.end());
     if (!held)
         throw VQXML_XSECException(codes.noEncryptedKey, "No encrypted key has been read: call GetEncKeyInfo first");
-    if (m_keyWrapAlg != kTripleDesKeyWrap && m_keyWrapAlg != kRsa15 && m_keyWrapAlg != kRsaOaep)
+    const vqxml::KeyTransport* readTransport = vqxml::transportByMethodCode(m_keyWrapAlg);
+    if (readTransport == nullptr)
         throw VQXML_XSECException(codes.noEncryptedKey);
     const vqxml::SymmetricAlgorithm* algorithm =
         data != nullptr ? vqxml::symmetricByURI(algorithmOf(data->getEncryptionMethod())) : nullptr;
@@ -271,27 +263,28 @@ void VQXML_XMLSecurity::unwrapSessionKey(VQXML_XENCCipher& cipher, bool readKeyI
 
     CallerKey caller(*this, cert, certLen, priKey, priKeyLen, codes.noSecret);
     const std::string encoding = subjectEncoding();
-    // A caller who gives no certificate has no names to compare with the
-    // certificate the document carries.
+    // A caller who gives no certificate has no names to compare.
     const bool byCertificate = cert != nullptr && certLen > 0;
 
     // Which EncryptedKeys may be the caller's: for RSA, those whose recipient
     // names (the ones read for the first) match the caller's certificate.
     std::vector<Candidate> eligible;
     std::exception_ptr firstRefusal;
-    for (const Candidate& c : unwrapCandidates(nested, m_encryptedKey, m_keyWrapAlg)) {
+    for (const Candidate& c : unwrapCandidates(nested, m_encryptedKey, readTransport)) {
         try {
-            if (c.transport == kTripleDesKeyWrap) {
+            if (vqxml::wrapsWithSharedKey(*c.transport)) {
                 caller.requireSecret();
             } else {
                 requireModulusLength(*c.key, caller.rsa(), codes);
-                const RecipientNames mine = namesOf(caller.rsa(), encoding.c_str());
-                const RecipientNames stated =
-                    c.key == m_encryptedKey ? namesRead(m_subjectName, m_issuer, m_serialNumber,
-                                                        byCertificate ? m_cert : nullptr, m_certLen, encoding.c_str())
-                                            : namesIn(c.key, encoding.c_str(), byCertificate);
-                if (const int mismatch = recipientMismatch(stated, mine, codes))
-                    throw VQXML_XSECException(mismatch);
+                if (byCertificate) {
+                    const RecipientNames mine = namesOf(caller.rsa(), encoding.c_str());
+                    const RecipientNames stated =
+                        c.key == m_encryptedKey ? namesRead(m_subjectName, m_issuer, m_serialNumber, m_cert,
+                                                            m_certLen, encoding.c_str())
+                                                : namesIn(c.key, encoding.c_str());
+                    if (const int mismatch = recipientMismatch(stated, mine, codes))
+                        throw VQXML_XSECException(mismatch);
+                }
             }
             eligible.push_back(c);
         } catch (...) {
@@ -311,7 +304,7 @@ void VQXML_XMLSecurity::unwrapSessionKey(VQXML_XENCCipher& cipher, bool readKeyI
             const int len = unwrap(cipher, caller, c, algorithm->keyBytes, unwrapped);
             replaceSessionKey(unwrapped.release(), len);
             m_encryptedKey = c.key;
-            m_keyWrapAlg = c.transport;
+            m_keyWrapAlg = c.transport->methodCode;
             return;
         } catch (...) {
             if (!firstFailure)

@@ -10,7 +10,6 @@
 
 #include <xercesc/dom/DOM.hpp>
 #include <xsec/dsig/DSIGKeyInfoX509.hpp>
-#include <xsec/enc/XSECCryptoSymmetricKey.hpp>
 #include <xsec/utils/XSECPlatformUtils.hpp>
 #include <xsec/xenc/XENCEncryptedData.hpp>
 #include <xsec/xenc/XENCEncryptedKey.hpp>
@@ -21,7 +20,6 @@
 #include "engine/CertificateAppending.hpp"
 #include "engine/ParkedObjects.hpp"
 #include "engine/VQTKCryptoKeyRSA.hpp"
-#include "engine/VQTKCryptoSymmetricKey.hpp"
 #include "engine/VQXMLXENCCipher.hpp"
 #include "engine/XencReferences.hpp"
 #include "xenc/XencAlgorithms.hpp"
@@ -29,10 +27,6 @@
 XERCES_CPP_NAMESPACE_USE
 
 namespace {
-
-constexpr int kTripleDesKeyWrap = 8;
-constexpr int kRsaOaep = 10;
-const XMLCh kSha1[] = u"http://www.w3.org/2000/09/xmldsig#sha1";
 
 // "EncKeyId-" and the decimal value of 4 random bytes.
 vqxml::XString encryptedKeyIdentifier() {
@@ -89,21 +83,15 @@ int VQXML_XMLSecurity::XMLENC_encryptKeyWrapKey(unsigned char* key, int keyLen, 
 // one names its recipient in an X509Data.
 XENCEncryptedKey* VQXML_XMLSecurity::wrapSessionKey(XENCCipher& cipher, const XMLCh* transportURI,
                                                     int transportCode, unsigned char* key, int keyLen) {
-    if (transportCode == kTripleDesKeyWrap) {
-        std::unique_ptr<XSECCryptoSymmetricKey> kek(vqxml::newSymmetricKey(vqxml::kKeyTripleDes));
-        if (!kek)
-            throw VQXML_XSECException(VQXML_ERR_PROVIDER_KEY_TYPE);
-        kek->setKey(key, unsigned(keyLen));
-        cipher.setKEK(kek.release());
+    const vqxml::KeyTransport& transport = *vqxml::transportByMethodCode(transportCode);
+    if (vqxml::wrapsWithSharedKey(transport)) {
+        cipher.setKEK(vqxml::newKeyEncryptionKey(transport, key, keyLen, VQXML_ERR_ENC_NO_KEY));
         return cipher.encryptKey(m_symmKey, unsigned(m_symmKeyLen), transportURI);
     }
     VQTKCryptoKeyRSA* rsa = createRSAKey(key, keyLen, nullptr, 0, nullptr, nullptr, nullptr, nullptr);
     cipher.setKEK(rsa);
     std::unique_ptr<XENCEncryptedKey> encryptedKey(
-        cipher.encryptKey(m_symmKey, unsigned(m_symmKeyLen), transportURI));
-    // SHA-1 is the default; saying so spares readers the guess.
-    if (transportCode == kRsaOaep)
-        encryptedKey->getEncryptionMethod()->setDigestMethod(kSha1);
+        cipher.encryptKey(m_symmKey, unsigned(m_symmKeyLen), transportURI, vqxml::writtenMgf(transport)));
     DSIGKeyInfoX509* x509 = encryptedKey->appendX509Data();
     writeX509Names(x509, rsa->subjectName(), rsa->issuerName(), rsa->serialNumber());
     vqxml::appendX509Certificate(*x509, rsa->certificateDER(), [&] { vqxml::park(encryptedKey.release()); });

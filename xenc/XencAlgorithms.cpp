@@ -3,6 +3,12 @@
 #include <xsec/enc/XSECCryptoSymmetricKey.hpp>
 #include <xsec/utils/XSECPlatformUtils.hpp>
 
+#include <memory>
+#include <string>
+
+#include "core/VQXMLException.hpp"
+#include "vqxml/vqxml.h"
+#include "engine/KeyTransportHandlers.hpp"
 #include "engine/VQTKCryptoProvider.hpp"
 #include "engine/VQTKCryptoSymmetricKey.hpp"
 
@@ -17,6 +23,24 @@ XSECCryptoSymmetricKey* newSymmetricKey(int keyType) {
     if (keyType == kKeyTripleDes)
         return XSECPlatformUtils::g_cryptoProvider->keySymmetric(XSECCryptoSymmetricKey::KEY_3DES_192);
     return nullptr;
+}
+
+const XMLCh* writtenMgf(const KeyTransport& transport) {
+    return transport.hash != 0 ? RsaOaepHandler::mgfFor(transport.hash) : nullptr;
+}
+
+XSECCryptoSymmetricKey* newKeyEncryptionKey(const KeyTransport& transport, const unsigned char* key, int len,
+                                            int wrongLengthCode) {
+    if (key == nullptr || len != transport.keyBytes)
+        throw VQXML_XSECException(wrongLengthCode, ("The key-encryption key must be " +
+                                                    std::to_string(transport.keyBytes) + " bytes for " +
+                                                    transport.description)
+                                                       .c_str());
+    std::unique_ptr<XSECCryptoSymmetricKey> kek(newSymmetricKey(transport.keyType));
+    if (!kek)
+        throw VQXML_XSECException(VQXML_ERR_PROVIDER_KEY_TYPE);
+    kek->setKey(key, static_cast<unsigned int>(len));
+    return kek.release();
 }
 
 }  // namespace vqxml

@@ -30,6 +30,23 @@ inline const KeyTransport* transportBySelector(int selector) {
 inline const KeyTransport* transportByURI(const XMLCh* uri) {
     return algorithmByURI(AlgorithmKind::KEY_TRANSPORT, uri);
 }
+inline const KeyTransport* transportByMethodCode(int methodCode) {
+    return algorithmByCode(AlgorithmKind::KEY_TRANSPORT, methodCode);
+}
+
+// Whether a transport wraps with a key both sides share (key wrap, or a block
+// cipher) rather than the recipient's RSA key.
+inline bool wrapsWithSharedKey(const KeyTransport& transport) {
+    return transport.keyType != 0;
+}
+
+// The xenc11:MGF a transport writes (null: none, as rsa-oaep-mgf1p).
+const XMLCh* writtenMgf(const KeyTransport& transport);
+
+// The shared key-encryption key of a transport, owned by the caller: exactly the
+// transport's key length, else VQXML_XSECException(wrongLengthCode).
+XSECCryptoSymmetricKey* newKeyEncryptionKey(const KeyTransport& transport, const unsigned char* key, int len,
+                                            int wrongLengthCode);
 
 // An empty key of a crypto provider key type, owned by the caller; null when the
 // installed provider cannot make one.

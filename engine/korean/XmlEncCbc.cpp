@@ -117,11 +117,23 @@ std::size_t CbcStream::finish(std::uint8_t* out, std::size_t room) {
     return m_direction == Direction::Encrypt ? finishEncryption(out, room) : finishDecryption(out, room);
 }
 
+std::vector<std::uint8_t> xmlEncPadding(std::size_t len, std::size_t blockSize) {
+    const std::size_t count = blockSize - len % blockSize;
+    return std::vector<std::uint8_t>(count, static_cast<std::uint8_t>(count));
+}
+
+std::size_t xmlEncPadCount(const std::uint8_t* data, std::size_t len, std::size_t blockSize) {
+    const std::size_t count = len == 0 ? 0 : data[len - 1];
+    if (count < 1 || count > blockSize || count > len)
+        throw CryptoError("bad padding in decrypted data");
+    return count;
+}
+
 std::size_t CbcStream::finishEncryption(std::uint8_t* out, std::size_t room) {
     std::size_t written = writeIv(out, room);
     requireRoom(room, kCipherBlockSize);
-    std::uint8_t count = std::uint8_t(kCipherBlockSize - m_pendingLen);
-    std::memset(m_pending + m_pendingLen, count, count);
+    const std::vector<std::uint8_t> padding = xmlEncPadding(m_pendingLen, kCipherBlockSize);
+    std::memcpy(m_pending + m_pendingLen, padding.data(), padding.size());
     m_cipher->process(m_pending, kCipherBlockSize, out);
     m_pendingLen = 0;
     return written + kCipherBlockSize;
@@ -136,10 +148,12 @@ std::size_t CbcStream::finishDecryption(std::uint8_t* out, std::size_t room) {
     std::uint8_t block[kCipherBlockSize];
     m_cipher->process(m_pending, kCipherBlockSize, block);
     m_pendingLen = 0;
-    std::size_t count = block[kCipherBlockSize - 1];
-    if (count < 1 || count > kCipherBlockSize) {
+    std::size_t count = 0;
+    try {
+        count = xmlEncPadCount(block, sizeof block, kCipherBlockSize);
+    } catch (...) {
         OPENSSL_cleanse(block, sizeof block);
-        throw CryptoError("bad padding in decrypted data");
+        throw;
     }
     std::size_t keep = kCipherBlockSize - count;
     requireRoom(room, keep);

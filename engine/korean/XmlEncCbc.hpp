@@ -5,6 +5,8 @@
 //    pad byte gives their number. We write every pad byte with that number (which
 //    PKCS #7 readers such as `openssl enc` also accept); on decryption only the
 //    last byte is looked at, and it must be 1 to 16.
+// The padding rule is shared with the other CBC ciphers of XML Encryption (AES,
+// Triple DES), whose block sizes differ: xmlEncPadding and xmlEncPadCount.
 // Streams accept input in pieces of any size; every method that writes checks
 // the room it is given and raises CryptoError rather than overflow.
 #ifndef VQXML_ENGINE_KOREAN_XMLENCCBC_HPP
@@ -56,6 +58,14 @@ private:
     std::uint8_t m_pending[kCipherBlockSize];
     std::size_t m_pendingLen = 0;
 };
+
+// The pad bytes that bring len bytes to whole blocks of blockSize (1 to
+// blockSize bytes, each holding their number).
+std::vector<std::uint8_t> xmlEncPadding(std::size_t len, std::size_t blockSize);
+// The number of pad bytes at the end of decrypted whole blocks: their last byte,
+// which must be 1 to blockSize (the other pad bytes may hold anything). Raises
+// CryptoError otherwise, or for no data.
+std::size_t xmlEncPadCount(const std::uint8_t* data, std::size_t len, std::size_t blockSize);
 
 // IV || CBC(padded plaintext) with a fresh random IV.
 std::vector<std::uint8_t> xmlEncEncrypt(BlockCipherId id, const std::uint8_t* key, std::size_t keyLen,

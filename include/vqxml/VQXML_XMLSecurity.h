@@ -109,7 +109,8 @@ public:
      * Symmetric selectors: 1 Triple DES (24 key bytes), 2 SEED, 3 NEAT, 4 ARIA-128
      * (16 key bytes), all CBC. Transport selectors: 1 Triple DES key wrap (key:
      * the key-encryption key), 2 RSA PKCS #1 v1.5, 3 RSA-OAEP (key: the
-     * recipient's certificate, DER or PEM). */
+     * recipient's certificate, DER or PEM). AES and RSA-OAEP 1.1 are additions
+     * (vqxml.h). */
     int XMLENC_setXMLDocument(char* xml, int len);
     /* A null key makes a random one; otherwise key must hold the algorithm's key
      * bytes, whatever keyLen says. */

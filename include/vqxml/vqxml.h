@@ -209,7 +209,7 @@ VQXML_EXPORT int VQTK_XMLDSIG_GetCanonicalReading(void* handle, int* reading);
  * per recipient -> Encrypt -> VQTK_XMLAPI_GetXMLDocument.
  *
  * Symmetric selectors (alg): 1 Triple DES (24 key bytes), 2 SEED, 3 NEAT, 4 ARIA-128
- * (16 key bytes), all in CBC mode; 10301 for any other. SetSymmKey takes that many
+ * (16 key bytes), all in CBC mode (AES: additions below); 10301 for any other. SetSymmKey takes that many
  * bytes from key whatever keyLen says. Targets: NULL, "" or " " is the document
  * element; any other text names the first element with that qualified name
  * (prefix included), 10302 if none. Modes: 1 encrypts the element's content,
@@ -238,6 +238,20 @@ VQXML_EXPORT int VQTK_XMLDSIG_GetCanonicalReading(void* handle, int* reading);
  * the result is that data's octets. The getters are those of the signature
  * family: subject UTF-8, issuer, serial and key name in the local code page,
  * certificate DER. */
+/* Additions (XML Encryption 1.1; the same selectors for VQTK_SOAPSEC_SetSymmAlg,
+ * SetSymmKey and EncryptKeyWrapKey). Symmetric selectors: 5 AES-128-CBC,
+ * 6 AES-192-CBC, 7 AES-256-CBC, 8 AES-128-GCM, 9 AES-192-GCM, 10 AES-256-GCM
+ * (SetSymmKey takes 16, 24 or 32 key bytes). Transport selectors: 4 RSA-OAEP of
+ * XML Encryption 1.1 (written with SHA-256 and MGF1 with SHA-256; key = the
+ * recipient's certificate); 5, 6, 7 AES-128/192/256 key wrap, key = the 16, 24 or
+ * 32-byte key-encryption key. A key-encryption key of another length than its
+ * transport's (Triple DES: 24 bytes) is refused: 10306 (SOAP 10503), also by
+ * DecryptKeyWrapKey(NULL, 0, kek, len). Decrypting reads every RSA-OAEP
+ * DigestMethod (SHA-1 to SHA-512), xenc11:MGF and OAEPparams, an EncryptedKey
+ * encrypted with AES-CBC, and an EncryptedKey at the top of the document named by a
+ * ds:RetrievalMethod. DecryptKeyWrapKey with a NULL certificate skips the
+ * recipient-name check. Every ciphertext that does not decrypt (padding, GCM tag,
+ * length, key) gives status 46 with one text. */
 VQXML_EXPORT int VQTK_XMLENC_SetXMLDocument(void* handle, char* xml, int len);
 VQXML_EXPORT int VQTK_XMLENC_SetSymmAlg(void* handle, int alg);
 VQXML_EXPORT int VQTK_XMLENC_SetSymmKey(void* handle, unsigned char* key, int keyLen, int alg);

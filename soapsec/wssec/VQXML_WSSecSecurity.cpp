@@ -68,15 +68,6 @@ XString identify(DOMElement* element) {
     return id;
 }
 
-const XMLCh* transportURI(int code) {
-    for (int selector = 1; selector <= 3; ++selector) {
-        const vqxml::KeyTransport* transport = vqxml::transportBySelector(selector);
-        if (transport != nullptr && transport->methodCode == code)
-            return transport->uri;
-    }
-    throw VQXML_XSECException(10502);
-}
-
 }  // namespace
 
 VQXML_WSSecSecurity::VQXML_WSSecSecurity(XSECProvider& provider) : m_provider(provider) {}
@@ -302,15 +293,14 @@ void VQXML_WSSecSecurity::setKeyWrapKey(XSECCryptoKey* key) {
     m_keyWrapKey = key;
 }
 
-XENCEncryptedKey* VQXML_WSSecSecurity::encryptKey(const unsigned char* key, unsigned int len, int encryptionMethod,
-                                                  const XMLCh*, const XMLCh*) {
+XENCEncryptedKey* VQXML_WSSecSecurity::encryptKey(const unsigned char* key, unsigned int len,
+                                                  const vqxml::Algorithm& transport) {
     VQXML_XENCCipher& c = cipher();
-    const XMLCh* uri = transportURI(encryptionMethod);
     if (m_keyWrapKey == nullptr)
         throw VQXML_XSECException(10503, "No key-encryption key was set");
     c.setKEK(m_keyWrapKey);
     m_keyWrapKey = nullptr;
-    std::unique_ptr<XENCEncryptedKey> made(c.encryptKey(key, len, uri));
+    std::unique_ptr<XENCEncryptedKey> made(c.encryptKey(key, len, transport.uri, vqxml::writtenMgf(transport)));
     const XString id = randomId("EncKeyId-");
     made->getElement()->setAttributeNS(nullptr, u"Id", id.c_str());
     made->getElement()->setIdAttributeNS(nullptr, u"Id", true);

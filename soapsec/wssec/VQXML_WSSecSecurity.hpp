@@ -30,6 +30,7 @@
 #include <openssl/x509.h>
 #include <xercesc/util/XercesDefs.hpp>
 
+#include "engine/Algorithms.hpp"
 #include "engine/wssec/VQXML_WSSecSecurityTokenReference.hpp"
 
 XERCES_CPP_NAMESPACE_BEGIN
@@ -75,8 +76,8 @@ public:
     // The identifier of the EncryptedData just made.
     const XMLCh* getEncryptedDataId();
     void setKeyWrapKey(XSECCryptoKey* key);
-    XENCEncryptedKey* encryptKey(const unsigned char* key, unsigned int len, int encryptionMethod, const XMLCh*,
-                                 const XMLCh*);
+    // The session key wrapped for transport with the key-encryption key set last.
+    XENCEncryptedKey* encryptKey(const unsigned char* key, unsigned int len, const vqxml::Algorithm& transport);
     // The token reference of a new encrypted key's ds:KeyInfo, made on first use.
     VQXML_WSSecSecurityTokenReference* getSecurityTokenReference(XENCEncryptedKey* key, int index);
     void addEncryptedKeyList(XENCEncryptedKey* key);

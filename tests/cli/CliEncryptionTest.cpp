@@ -23,11 +23,13 @@ std::vector<std::string> decryptAs(const std::string& ee, std::initializer_list<
 
 TEST(CliEncryption, EveryRecipientOfTwoOpensAndNoOneElse) {
     const std::string invoice = testfiles::read(clitest::invoice());
-    auto enc = vqxml({"encrypt", "-s", "seed", "-r", testpki("ee-rsa.crt.pem"), "-r", testpki("ee-rsa-b.crt.der"),
-                      "--issuer-serial", "-e", "TaxInvoiceDocument", "-e", "ExchangedDocument"},
+    auto enc = vqxml({"encrypt", "-s", "aes128-gcm", "-t", "rsa-oaep11", "-r", testpki("ee-rsa.crt.pem"), "-r",
+                      testpki("ee-rsa-b.crt.der"), "--issuer-serial", "-e", "TaxInvoiceDocument", "-e",
+                      "ExchangedDocument"},
                      invoice);
     ASSERT_EQ(enc.exitCode, 0) << enc.err;
-    EXPECT_TRUE(contains(enc.out, "xmldsig-more#seed128-cbc"));
+    EXPECT_TRUE(contains(enc.out, "xmlenc11#aes128-gcm"));
+    EXPECT_TRUE(contains(enc.out, "xmlenc11#mgf1sha256"));
     EXPECT_FALSE(contains(enc.out, "<IssueID>"));
     for (const char* ee : {"ee-rsa", "ee-rsa-b"}) {
         auto dec = vqxml(decryptAs(ee, {}), enc.out);
@@ -59,6 +61,11 @@ TEST(CliEncryption, SharedKeysWrapOrOpenTheDataThemselves) {
     ASSERT_EQ(wrapped.exitCode, 0) << wrapped.err;
     EXPECT_TRUE(contains(wrapped.out, "kw-tripledes"));
     EXPECT_TRUE(contains(vqxml({"decrypt", "--kek", kek}, wrapped.out).out, "<IssueID>"));
+    testfiles::write(kek, "0123456789abcdef");
+    auto aes = vqxml({"encrypt", "--kek", kek, "-t", "kw-aes128", "-s", "aes256-cbc", clitest::invoice()});
+    ASSERT_EQ(aes.exitCode, 0) << aes.err;
+    EXPECT_TRUE(contains(aes.out, "xmlenc#kw-aes128"));
+    EXPECT_TRUE(contains(vqxml({"decrypt", "--kek", kek}, aes.out).out, "<IssueID>"));
     auto direct = vqxml({"encrypt", "--session-key", session, "-s", "neat", "--key-name", "shared", clitest::invoice()});
     ASSERT_EQ(direct.exitCode, 0) << direct.err;
     EXPECT_TRUE(contains(direct.out, "<ds:KeyName>shared</ds:KeyName>"));

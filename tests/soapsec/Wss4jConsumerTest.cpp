@@ -19,6 +19,8 @@ const std::string kRsaSha1 = "SIGNATURE verified alg=http://www.w3.org/2000/09/x
 const std::string kRsaSha256 = "SIGNATURE verified alg=http://www.w3.org/2001/04/xmldsig-more#rsa-sha256" + kBody;
 const std::string kRsa15 = "DECRYPTED transport=http://www.w3.org/2001/04/xmlenc#rsa-1_5" + kBodyContent3des;
 const std::string kOaep = "DECRYPTED transport=http://www.w3.org/2001/04/xmlenc#rsa-oaep-mgf1p" + kBodyContent3des;
+const std::string kContentCipher = " parts=Body(content) cipher=";
+const std::string kXenc = "http://www.w3.org/2001/04/xmlenc#", kXenc11 = "http://www.w3.org/2009/xmlenc11#";
 
 std::string pkiPath(const std::string& name) {
     return testfiles::dataPath("testpki/" + name);
@@ -78,6 +80,16 @@ const std::vector<Case>& cases() {
          consumerKeys({"ee-rsa-b"}, false),
          {"DECRYPTED transport=http://www.w3.org/2001/04/xmlenc#rsa-oaep-mgf1p parts=order "
           "cipher=http://www.w3.org/2001/04/xmlenc#tripledes-cbc"}},
+        {"soap11-encrypt-aes128cbc-oaep", [](const Pki& p) { return encrypt(kEnvelope, 5, 3, p.otherCert, ""); },
+         consumerKeys({"ee-rsa-b"}, false),
+         {"DECRYPTED transport=" + kXenc + "rsa-oaep-mgf1p" + kContentCipher + kXenc + "aes128-cbc"}},
+        {"soap11-encrypt-aes256gcm-rsa15", [](const Pki& p) { return encrypt(kEnvelope, 10, 2, p.otherCert, ""); },
+         consumerKeys({"ee-rsa-b"}, false),
+         {"DECRYPTED transport=" + kXenc + "rsa-1_5" + kContentCipher + kXenc11 + "aes256-gcm"}},
+        // WSS4J 1.6 knows RSA-OAEP of XML Encryption 1.0 only.
+        {"soap11-encrypt-aes128gcm-oaep11", [](const Pki& p) { return encrypt(kEnvelope, 8, 4, p.otherCert, ""); },
+         consumerKeys({"ee-rsa-b"}, false),
+         {"REFUSED ", "xenc:EncryptionMethod/@Algorithm is not supported: " + kXenc11 + "rsa-oaep"}},
         {"soap12-encrypt-3des-oaep", [](const Pki& p) { return encrypt(kEnvelope12, 1, 3, p.otherCert, ""); },
          consumerKeys({"ee-rsa-b"}, false), {kOaep}},
         // WSS4J 1.6 reads every EncryptedKey of the header as its own: after the

@@ -85,3 +85,39 @@ TEST(WssSamples, EncryptedMessageWithoutSessionKeyIsRefused) {
 }
 
 }  // namespace
+
+// Apache WSS4J's sender encrypts the Body's content with AES in CBC and GCM mode
+// (RSA 1.5 and RSA-OAEP key transport, the recipient named by issuer and
+// serial); the library processes it into the plain envelope.
+TEST(Wss4jEncrypts, LibraryProcessesTheMessage) {
+#ifndef VQXML_WSS4J_JAVA
+    GTEST_SKIP() << kWss4jMissing;
+#else
+    const std::string xenc = "http://www.w3.org/2001/04/xmlenc#", xenc11 = "http://www.w3.org/2009/xmlenc11#";
+    const std::pair<std::string, std::string> choices[] = {{xenc + "aes128-cbc", xenc + "rsa-oaep-mgf1p"},
+                                                           {xenc + "aes256-cbc", xenc + "rsa-1_5"},
+                                                           {xenc11 + "aes128-gcm", xenc + "rsa-oaep-mgf1p"},
+                                                           {xenc11 + "aes256-gcm", xenc + "rsa-1_5"}};
+    const std::string cert = testfiles::read(testfiles::dataPath("testpki/ee-rsa-b.crt.der"));
+    const std::string key = testfiles::read(testfiles::dataPath("testpki/ee-rsa-b.key.der"));
+    const testfiles::ScratchDir dir;
+    testfiles::write(dir("envelope.xml"), kEnvelope);
+    for (const auto& [cipher, transport] : choices) {
+        SCOPED_TRACE(cipher + " " + transport);
+        const std::string command = std::string(VQXML_WSS4J_JAVA) + " Wss4jProducer --encrypt " + dir("envelope.xml") +
+                                    " " + dir("secured.xml") + " " + testfiles::dataPath("testpki/ee-rsa-b.crt.der") +
+                                    " " + cipher + " " + transport;
+        ASSERT_EQ(testfiles::run(command), 0) << command;
+        std::string message = testfiles::read(dir("secured.xml"));
+        ASSERT_NE(message.find(cipher), std::string::npos) << message;
+        ScopedHandle h;
+        ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], size(message)), 0);
+        int isEncrypted = -1;
+        ASSERT_EQ(VQTK_SOAPSEC_GetEncKeyInfo(h, &isEncrypted), 0);
+        ASSERT_EQ(isEncrypted, 1);
+        ASSERT_EQ(VQTK_SOAPSEC_DecryptKeyWrapKey(h, bytes(cert), size(cert), bytes(key), size(key)), 0) << apitest::errorText(h);
+        ASSERT_EQ(VQTK_SOAPSEC_ProcessSOAP(h), 0) << apitest::errorText(h);
+        EXPECT_NE(resultDocument(h).find(kBodyContent), std::string::npos) << resultDocument(h);
+    }
+#endif
+}

@@ -157,14 +157,14 @@ TEST(Refusals, EachCallNamesWhatIsWrong) {
     ASSERT_EQ(VQTK_XMLENC_SetXMLDocument(h, chars(kDoc), size(kDoc)), 0);
     EXPECT_EQ(VQTK_XMLENC_SetPrefix(h, nullptr), 10300);
     EXPECT_EQ(VQTK_XMLENC_SetPrefix(h, chars("1x")), 10300);
-    EXPECT_EQ(VQTK_XMLENC_SetSymmAlg(h, 5), 10301);
+    EXPECT_EQ(VQTK_XMLENC_SetSymmAlg(h, 11), 10301);
     EXPECT_EQ(VQTK_XMLENC_SetKeyName(h, chars("")), 10305);
     EXPECT_EQ(VQTK_XMLENC_EncryptKeyWrapKey(h, bytes(sharedKek()), 24, 1), 10307);
     ASSERT_EQ(VQTK_XMLENC_SetSymmAlg(h, 3), 0);
     EXPECT_EQ(VQTK_XMLENC_EncryptElement(h, chars("Name"), 2), 10302) << "the prefix is part of the name";
     EXPECT_EQ(VQTK_XMLENC_EncryptElement(h, chars("q:Name"), 2), 10302);
     EXPECT_EQ(VQTK_XMLENC_EncryptElement(h, chars("Amount"), 3), 10303);
-    EXPECT_EQ(VQTK_XMLENC_EncryptKeyWrapKey(h, bytes(sharedKek()), 24, 4), 10304);
+    EXPECT_EQ(VQTK_XMLENC_EncryptKeyWrapKey(h, bytes(sharedKek()), 24, 8), 10304);
     EXPECT_EQ(VQTK_XMLENC_EncryptKeyWrapKey(h, bytes(sharedKek()), 0, 1), 10306);
     EXPECT_EQ(errorText(h), "XMLENC_encryptKeyWrapKey > The key or certificate is empty");
     EXPECT_EQ(VQTK_XMLENC_EncryptKeyWrapKey(h, bytes(sharedKek()), 24, 1), 10302) << "nothing encrypted yet";

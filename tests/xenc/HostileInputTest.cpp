@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <openssl/evp.h>
@@ -135,43 +137,76 @@ std::string rawRsa(const std::string& certDer, unsigned char type, size_t keyLen
     return vqxml::base64Text(out);
 }
 
+// IV || CBC(plain) without padding (plain fills whole blocks), base64.
+std::string cbcFramed(const EVP_CIPHER* cipher, const std::string& key, const std::string& plain) {
+    std::vector<unsigned char> framed(size_t(EVP_CIPHER_get_iv_length(cipher)), 7);
+    std::vector<unsigned char> out(plain.size() + 32);
+    std::unique_ptr<EVP_CIPHER_CTX, decltype(&EVP_CIPHER_CTX_free)> ctx(EVP_CIPHER_CTX_new(), EVP_CIPHER_CTX_free);
+    int n = 0;
+    EXPECT_EQ(EVP_EncryptInit_ex(ctx.get(), cipher, nullptr, bytes(key), framed.data()), 1);
+    EVP_CIPHER_CTX_set_padding(ctx.get(), 0);
+    EXPECT_EQ(EVP_EncryptUpdate(ctx.get(), out.data(), &n, bytes(plain), int(plain.size())), 1);
+    framed.insert(framed.end(), out.begin(), out.begin() + n);
+    return vqxml::base64Text(framed);
+}
+
+// The EncryptedData's CipherValue octets changed by edit.
+std::string editedData(const std::string& text, const std::function<void(std::vector<std::uint8_t>&)>& edit) {
+    const size_t from = text.rfind("<xenc:CipherValue>") + 18;
+    std::vector<std::uint8_t> octets;
+    EXPECT_TRUE(vqxml::base64Decode(text.substr(from, text.find('<', from) - from).c_str(), octets));
+    edit(octets);
+    return withDataCipherValue(text, vqxml::base64Text(octets));
+}
+
 // A stranger who changes the wrapped key or the ciphertext learns nothing from
 // the answer: an RSA-1_5 key with bad padding, for another key, or of the wrong
-// length unwraps (to a key of the data's length) and the data then fails; a CBC
-// ciphertext with bad padding, bad XML or bad UTF-8 fails alike. One status, one
+// length unwraps (to a key of the data's length, AES included) and the data then
+// fails; a ciphertext with bad padding, bad XML or bad UTF-8, a changed GCM tag
+// or IV, a truncated one or one under another key fails alike. One status, one
 // text, and no byte of the plaintext in it.
 TEST(Oracles, FailedDecryptionsLookAlike) {
-    const std::string rsa = encryptedFor(kRsa, 1, false);
-    const auto withKeyValue = [&](const std::string& value) {
-        const size_t from = rsa.find("<xenc:CipherValue>") + 18;
-        return std::string(rsa).replace(from, rsa.find('<', from) - from, value);
-    };
-    std::string flipped = rsa;
-    flipped[rsa.find("<xenc:CipherValue>") + 28] ^= 1;
     const std::string cert = pki("ee-rsa.crt.der");
-    struct Case {
-        const char* name;
-        std::string text;
-        Recipient recipient;
-    };
-    const Case rsaCases[] = {
-        {"bad padding type", withKeyValue(rawRsa(cert, 1, 24)), kRsa},
-        {"wrong key length", withKeyValue(rawRsa(cert, 2, 16)), kRsa},
-        {"changed wrapped key", flipped, kRsa},
-        {"another recipient's key", rsa, {2, "ee-rsa-b", ""}},
-    };
     std::string text;
-    for (const Case& c : rsaCases) {
-        Context ctx;
-        ASSERT_EQ(load(ctx, c.text), 0) << c.name;
-        const std::string key = c.recipient.privateKey();
-        EXPECT_EQ(ctx.XMLENC_decryptKeyWrapKey(nullptr, 0, bytes(key), size(key)), 0) << c.name << ctx.error();
-        EXPECT_EQ(ctx.m_symmKeyLen, 24) << c.name;
-        EXPECT_EQ(ctx.XMLENC_decrypt(), 46) << c.name;
+    const auto expectUndecryptable = [&](Context& ctx, const std::string& what) {
+        EXPECT_EQ(ctx.XMLENC_decrypt(), 46) << what;
         text = text.empty() ? ctx.error() : text;
-        EXPECT_EQ(ctx.error(), text) << c.name;
+        EXPECT_EQ(ctx.error(), text) << what;
+    };
+    struct Content {
+        int symmetric;
+        size_t keyBytes;
+    };
+    for (const Content content : {Content{1, 24}, Content{5, 16}, Content{7, 32}, Content{8, 16}}) {
+        const std::string rsa = encryptedFor(kRsa, content.symmetric, false);
+        const auto withKeyValue = [&](const std::string& value) {
+            const size_t from = rsa.find("<xenc:CipherValue>") + 18;
+            return std::string(rsa).replace(from, rsa.find('<', from) - from, value);
+        };
+        std::string flipped = rsa;
+        flipped[rsa.find("<xenc:CipherValue>") + 28] ^= 1;
+        const std::string mine = kRsa.privateKey(), another = pki("ee-rsa-b.key.der");
+        const struct {
+            const char* name;
+            std::string doc;
+            const std::string& key;
+        } cases[] = {
+            {"bad padding type", withKeyValue(rawRsa(cert, 1, content.keyBytes)), mine},
+            {"wrong key length", withKeyValue(rawRsa(cert, 2, content.keyBytes == 16 ? 24 : 16)), mine},
+            {"changed wrapped key", flipped, mine},
+            {"another recipient's key", rsa, another},
+        };
+        for (const auto& c : cases) {
+            Context ctx;
+            ASSERT_EQ(load(ctx, c.doc), 0) << c.name;
+            EXPECT_EQ(ctx.XMLENC_decryptKeyWrapKey(nullptr, 0, bytes(c.key), size(c.key)), 0) << c.name << ctx.error();
+            EXPECT_EQ(ctx.m_symmKeyLen, int(content.keyBytes)) << c.name;
+            expectUndecryptable(ctx, std::string(c.name) + " " + std::to_string(content.symmetric));
+        }
     }
     // The same ciphertext always gives the same stand-in key.
+    std::string flipped = encryptedFor(kRsa, 1, false);
+    flipped[flipped.find("<xenc:CipherValue>") + 28] ^= 1;
     Context once, again;
     for (Context* ctx : {&once, &again}) {
         ASSERT_EQ(load(*ctx, flipped), 0);
@@ -179,29 +214,96 @@ TEST(Oracles, FailedDecryptionsLookAlike) {
     }
     EXPECT_EQ(once.sessionKey(), again.sessionKey());
 
-    const std::string seed = encryptedFor(kKeyWrap, 2);
+    // Ciphertexts under a known session key: CBC plaintexts of every kind of
+    // wrong (pad byte 0 or beyond the block, bad XML, bad UTF-8), and changed
+    // AES-GCM and AES-CBC ones.
     const std::string plains[] = {
-        std::string("<Amount>1100000</Amount>") + std::string(8, '\0'),       // pad byte 0
-        std::string("<Amount>1100000</Amount>") + std::string(8, '\x11'),     // pad byte 17
-        std::string("<Amount>1100000</Amoun>") + std::string(9, '\x09'),      // bad XML
-        std::string("<Amount>11\xff\xfe" "000</Amount>") + std::string(8, '\x08'),  // bad UTF-8
+        std::string("<Amount>1100000</Amount>") + std::string(8, '\0'),
+        std::string("<Amount>1100000</Amount>") + std::string(8, '\x11'),
+        std::string("<Amount>1100000</Amoun>") + std::string(9, '\x09'),
+        std::string("<Amount>11\xff\xfe" "000</Amount>") + std::string(8, '\x08'),
     };
-    for (const std::string& plain : plains) {
-        const std::uint8_t iv[16] = {1, 2, 3};
-        vqxml::korean::CbcStream stream(vqxml::korean::CbcStream::Direction::Encrypt,
-                                        vqxml::korean::BlockCipherId::Seed, bytes(kPlaceholder), 16, iv, false);
-        std::vector<unsigned char> framed(iv, iv + 16);
-        framed.resize(16 + plain.size());
-        stream.update(reinterpret_cast<const std::uint8_t*>(plain.data()), plain.size(), framed.data() + 16,
-                      plain.size());
-        Context ctx;
-        ASSERT_EQ(load(ctx, withDataCipherValue(seed, vqxml::base64Text(framed))), 0);
-        ASSERT_EQ(ctx.XMLENC_setSymmKey(bytes(kPlaceholder), 16, 2), 0);
-        EXPECT_EQ(ctx.XMLENC_decrypt(), 46);
-        EXPECT_EQ(ctx.error(), text);
+    struct Cbc {
+        int symmetric;
+        const EVP_CIPHER* cipher;
+    };
+    for (const Cbc cbc : {Cbc{4, EVP_aria_128_cbc()}, Cbc{5, EVP_aes_128_cbc()},
+                          Cbc{7, EVP_aes_256_cbc()}, Cbc{1, EVP_des_ede3_cbc()}}) {
+        const std::string key = (kPlaceholder + kPlaceholder).substr(0, size_t(EVP_CIPHER_get_key_length(cbc.cipher)));
+        const std::string doc = encryptedFor(kKeyWrap, cbc.symmetric);
+        for (const std::string& plain : plains) {
+            Context ctx;
+            ASSERT_EQ(load(ctx, withDataCipherValue(doc, cbcFramed(cbc.cipher, key, plain))), 0);
+            ASSERT_EQ(ctx.XMLENC_setSymmKey(bytes(key), size(key), cbc.symmetric), 0);
+            expectUndecryptable(ctx, "CBC plaintext " + std::to_string(cbc.symmetric));
+        }
+    }
+    using Edit = std::function<void(std::vector<std::uint8_t>&)>;
+    const std::pair<const char*, Edit> edits[] = {
+        {"tag or last block", [](std::vector<std::uint8_t>& o) { o.back() ^= 1; }},
+        {"IV", [](std::vector<std::uint8_t>& o) { o.front() ^= 1; }},
+        {"ciphertext", [](std::vector<std::uint8_t>& o) { o[o.size() / 2] ^= 0x80; }},
+        {"truncated by one", [](std::vector<std::uint8_t>& o) { o.pop_back(); }},
+        {"truncated by a block", [](std::vector<std::uint8_t>& o) { o.resize(o.size() - 16); }},
+        {"IV and tag alone", [](std::vector<std::uint8_t>& o) { o.erase(o.begin() + 12, o.end() - 16); }},
+        {"empty", [](std::vector<std::uint8_t>& o) { o.clear(); }},
+        {"nothing changed, wrong key", [](std::vector<std::uint8_t>&) {}},
+    };
+    for (const auto& [symmetric, keyBytes] : {std::pair{8, 16}, {9, 24}, {10, 32}, {6, 24}}) {
+        Encryption e;
+        e.symmetric = symmetric;
+        e.sessionKey = (kPlaceholder + kPlaceholder).substr(0, size_t(keyBytes));
+        e.targets = {"Amount"};
+        e.recipients = {kKeyWrap};
+        const std::string doc = encrypt(kDoc, e);
+        for (const auto& [name, edit] : edits) {
+            const bool changed = std::string(name).find("wrong key") == std::string::npos;
+            std::string key = e.sessionKey;
+            key[0] ^= changed ? 0 : 1;
+            Context ctx;
+            ASSERT_EQ(load(ctx, editedData(doc, edit)), 0) << name;
+            ASSERT_EQ(ctx.XMLENC_setSymmKey(bytes(key), size(key), symmetric), 0);
+            expectUndecryptable(ctx, std::string(name) + " " + std::to_string(symmetric));
+        }
     }
     EXPECT_EQ(text.find("Amount"), std::string::npos) << text;
     EXPECT_EQ(text.find("1100000"), std::string::npos) << text;
+}
+
+// Other writers fill the CBC padding with random bytes before its length byte:
+// Triple DES and AES accept them, as the Korean ciphers do.
+TEST(Ciphertext, CbcPaddingCountsOnlyTheLastByte) {
+    const std::string plain = "<Amount>7</Amount>";
+    for (const auto& [symmetric, cipher] : {std::pair{1, EVP_des_ede3_cbc()}, std::pair{6, EVP_aes_192_cbc()}}) {
+        const size_t block = size_t(EVP_CIPHER_get_block_size(cipher));
+        std::string padded = plain + std::string(block - plain.size() % block - 1, '\xa5');
+        padded.push_back(char(block - plain.size() % block));
+        Context ctx;
+        ASSERT_EQ(load(ctx, withDataCipherValue(encryptedFor(kKeyWrap, symmetric), cbcFramed(cipher, kPlaceholder, padded))),
+                  0);
+        ASSERT_EQ(ctx.XMLENC_setSymmKey(bytes(kPlaceholder), 24, symmetric), 0);
+        ASSERT_EQ(ctx.XMLENC_decrypt(), 0) << ctx.error();
+        EXPECT_NE(std::string(ctx.getXMLDocument()).find("<Root><Amount>7</Amount><Memo>"), std::string::npos);
+    }
+}
+
+// A key-encryption key must be as long as its transport says, both ways.
+TEST(Unwrapping, KeyEncryptionKeyOfAnotherLengthIsRefused) {
+    for (int transport : {5, 6, 7, 1}) {
+        const Recipient right = transport == 1 ? kKeyWrap : aesKeyWrap(transport);
+        const std::string shorter = right.kek.substr(0, right.kek.size() - 8);
+        ScopedHandle h;
+        ASSERT_EQ(VQTK_XMLENC_SetXMLDocument(h, chars(kDoc), size(kDoc)), 0);
+        ASSERT_EQ(VQTK_XMLENC_SetSymmAlg(h, 8), 0);
+        ASSERT_EQ(VQTK_XMLENC_EncryptElement(h, chars("Amount"), 2), 0);
+        EXPECT_EQ(VQTK_XMLENC_EncryptKeyWrapKey(h, bytes(shorter), size(shorter), transport), 10306) << transport;
+        Context ctx;
+        ASSERT_EQ(load(ctx, encryptedFor(right, 8)), 0);
+        EXPECT_EQ(unwrap(ctx, {transport, "", shorter}), 10306) << transport;
+        EXPECT_NE(ctx.error().find("key-encryption key must be"), std::string::npos) << ctx.error();
+        EXPECT_EQ(unwrap(ctx, {transport, "", right.kek + "12345678"}), 10306) << transport;
+        EXPECT_EQ(unwrap(ctx, right), 0) << ctx.error();
+    }
 }
 
 TEST(Unwrapping, UnknownTransportIsRecordedThenRefused) {

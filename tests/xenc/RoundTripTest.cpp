@@ -1,5 +1,5 @@
 // What the library encrypts, the library opens again to the very bytes it
-// started from: every symmetric algorithm with every transport, one or two
+// started from: every symmetric algorithm and every transport, one or two
 // elements, element or content, one or several recipients.
 #include <gtest/gtest.h>
 
@@ -27,6 +27,7 @@ const Recipient kRsa15{2, "ee-rsa", ""};
 const Recipient kOaep{3, "ee-rsa", ""};
 const Recipient kKeyWrap{1, "", sharedKek()};
 const Recipient kOaepB{3, "ee-rsa-b", ""};
+const Recipient kOaep11{4, "ee-rsa", ""};
 
 struct Case {
     int symmetric;
@@ -36,10 +37,16 @@ struct Case {
 };
 
 std::string name(const Case& c) {
-    static const char* const kSymmetric[] = {"", "TripleDes", "Seed", "Neat", "Aria"};
-    static const char* const kTransport[] = {"", "KeyWrap", "Rsa15", "RsaOaep"};
+    static const char* const kSymmetric[] = {"",          "TripleDes", "Seed",      "Neat",      "Aria",     "Aes128Cbc",
+                                             "Aes192Cbc", "Aes256Cbc", "Aes128Gcm", "Aes192Gcm", "Aes256Gcm"};
+    static const char* const kTransport[] = {"", "KeyWrap", "Rsa15", "RsaOaep", "RsaOaep11", "KwAes128", "KwAes192",
+                                             "KwAes256"};
     return std::string(kSymmetric[c.symmetric]) + "_" + kTransport[c.recipient.transport] +
            (c.twoElements ? "_TwoElements" : "_OneElement") + (c.mode == 1 ? "_Content" : "_Element");
+}
+
+void PrintTo(const Case& c, std::ostream* os) {
+    *os << name(c);
 }
 
 class RoundTrip : public testing::TestWithParam<Case> {};
@@ -63,16 +70,47 @@ TEST_P(RoundTrip, OpensToTheOriginalBytes) {
 
 std::vector<Case> allCases() {
     std::vector<Case> cases;
+    const auto add = [&](int symmetric, const Recipient& r) {
+        for (bool two : {false, true})
+            for (int mode : {1, 2})
+                cases.push_back({symmetric, r, two, mode});
+    };
     for (int symmetric = 1; symmetric <= 4; ++symmetric)
         for (const Recipient& r : {kKeyWrap, kRsa15, kOaep})
-            for (bool two : {false, true})
-                for (int mode : {1, 2})
-                    cases.push_back({symmetric, r, two, mode});
+            add(symmetric, r);
+    for (const Recipient& r : {kOaep11, aesKeyWrap(5), aesKeyWrap(6), aesKeyWrap(7)})
+        add(1, r);
+    for (int symmetric = 5; symmetric <= 10; ++symmetric)
+        for (const Recipient& r : {kOaep11, aesKeyWrap(5 + (symmetric - 5) % 3)})
+            add(symmetric, r);
     return cases;
 }
 
 INSTANTIATE_TEST_SUITE_P(Algorithms, RoundTrip, testing::ValuesIn(allCases()),
                          [](const testing::TestParamInfo<Case>& info) { return name(info.param); });
+
+// Santuario's and .NET's layout: the EncryptedKey stands at document level and
+// the EncryptedData's KeyInfo names it by a RetrievalMethod.
+TEST(KeyLayouts, RetrievalMethodNamesADocumentLevelKey) {
+    for (const Recipient& r : {aesKeyWrap(5), kOaep11, kRsa15}) {
+        Encryption e;
+        e.symmetric = 8;
+        e.targets = {"Amount"};
+        e.recipients = {r};
+        std::string text = encrypt(kInvoice, e);
+        const size_t from = text.find("<xenc:EncryptedKey");
+        const size_t to = text.find("</xenc:EncryptedKey>") + 20;
+        const size_t idAt = text.find("Id=\"", from) + 4;
+        const std::string id = text.substr(idAt, text.find('"', idAt) - idAt);
+        const std::string key = text.substr(from, to - from);
+        text.replace(from, to - from, "<ds:RetrievalMethod Type=\"http://www.w3.org/2001/04/xmlenc#EncryptedKey\" URI=\"#" +
+                                          id + "\"/>");
+        text.insert(text.find("<Head>"), key);
+        std::string opened;
+        ASSERT_EQ(decrypt(text, r, &opened), 0) << opened << "\n" << text;
+        EXPECT_EQ(body(opened), body(kInvoice));
+    }
+}
 
 // Each recipient opens the document with its own key, whether the keys sit in
 // the one EncryptedData or at the top of the document.

@@ -24,15 +24,16 @@ inline std::string pki(const std::string& file) {
     return testfiles::read(testfiles::dataPath("testpki/" + file));
 }
 
-// A recipient: an RSA certificate and key of the test PKI, or a key-wrap key.
+// A recipient: an RSA certificate and key of the test PKI, or a key-encryption key.
 struct Recipient {
-    int transport;       // 1 key wrap, 2 RSA 1.5, 3 RSA-OAEP
+    int transport;       // selector: 1 Triple DES key wrap, 2 RSA 1.5, 3 RSA-OAEP, 4 RSA-OAEP 1.1, 5-7 AES key wrap
     std::string prefix;  // test PKI end entity ("ee-rsa"), for RSA
-    std::string kek;     // 24 bytes, for key wrap
+    std::string kek;     // for key wrap: 24 bytes for Triple DES, 16/24/32 for AES
 
-    std::string wrapKey() const { return transport == 1 ? kek : pki(prefix + ".crt.der"); }
-    std::string cert() const { return transport == 1 ? std::string() : pki(prefix + ".crt.der"); }
-    std::string privateKey() const { return transport == 1 ? kek : pki(prefix + ".key.der"); }
+    bool shared() const { return !kek.empty(); }
+    std::string wrapKey() const { return shared() ? kek : pki(prefix + ".crt.der"); }
+    std::string cert() const { return shared() ? std::string() : pki(prefix + ".crt.der"); }
+    std::string privateKey() const { return shared() ? kek : pki(prefix + ".key.der"); }
 };
 
 inline const std::string& sharedKek() {
@@ -40,8 +41,13 @@ inline const std::string& sharedKek() {
     return kek;
 }
 
+// An AES key-wrap recipient of selector 5, 6 or 7 (a 16, 24 or 32-byte key).
+inline Recipient aesKeyWrap(int selector) {
+    return {selector, "", std::string("0123456789abcdefFEDCBA9876543210").substr(0, 8 * (selector - 3))};
+}
+
 struct Encryption {
-    int symmetric = 1;                  // selector 1-4
+    int symmetric = 1;                  // selector 1-10
     std::string sessionKey;             // empty: a random one
     std::vector<std::string> targets;   // qualified names; " " for the document element
     int mode = 2;                       // 1 content, 2 element
@@ -128,6 +134,24 @@ inline std::string reopened(const std::string& text, const Encryption& e, const 
     std::string opened;
     EXPECT_EQ(decrypt(encrypted, e.recipients.front(), &opened), 0) << opened;
     return opened;
+}
+
+// text from its root element on (declarations and DOCTYPE are written
+// differently by every serialiser) without EncryptedKey elements (which
+// decrypting drops and other software keeps) and trailing line ends.
+inline std::string comparable(const std::string& text) {
+    size_t at = 0;
+    while ((at = text.find('<', at)) != std::string::npos && (text[at + 1] == '?' || text[at + 1] == '!'))
+        ++at;
+    std::string body = at == std::string::npos ? text : text.substr(at);
+    for (const std::string tag : {"xenc:EncryptedKey", "EncryptedKey"})
+        while ((at = body.find("<" + tag)) != std::string::npos) {
+            const std::string end = "</" + tag + ">";
+            body.erase(at, body.find(end, at) + end.size() - at);
+        }
+    while (!body.empty() && (body.back() == '\n' || body.back() == ' '))
+        body.pop_back();
+    return body;
 }
 
 }  // namespace xenctest
