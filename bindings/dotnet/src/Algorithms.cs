@@ -65,6 +65,18 @@ namespace Vqxml
         Neat = 3,
         /// <summary>ARIA-128 CBC</summary>
         Aria = 4,
+        /// <summary>AES-128 CBC</summary>
+        Aes128Cbc = 5,
+        /// <summary>AES-192 CBC</summary>
+        Aes192Cbc = 6,
+        /// <summary>AES-256 CBC</summary>
+        Aes256Cbc = 7,
+        /// <summary>AES-128 GCM</summary>
+        Aes128Gcm = 8,
+        /// <summary>AES-192 GCM</summary>
+        Aes192Gcm = 9,
+        /// <summary>AES-256 GCM</summary>
+        Aes256Gcm = 10,
     }
 
     /// <summary>Key transport and wrap: a key-encryption key for the key wraps, else the recipient's certificate.</summary>
@@ -76,6 +88,14 @@ namespace Vqxml
         Rsa15 = 2,
         /// <summary>RSA-OAEP with MGF1</summary>
         RsaOaep = 3,
+        /// <summary>RSA-OAEP, SHA-256 and MGF1 with SHA-256</summary>
+        RsaOaep11 = 4,
+        /// <summary>AES-128 key wrap</summary>
+        KwAes128 = 5,
+        /// <summary>AES-192 key wrap</summary>
+        KwAes192 = 6,
+        /// <summary>AES-256 key wrap</summary>
+        KwAes256 = 7,
     }
     // algorithms: end
 

@@ -41,6 +41,12 @@ class Cipher(IntEnum):
     SEED = 2  # SEED-128 CBC
     NEAT = 3  # NEAT-128 CBC
     ARIA = 4  # ARIA-128 CBC
+    AES128_CBC = 5  # AES-128 CBC
+    AES192_CBC = 6  # AES-192 CBC
+    AES256_CBC = 7  # AES-256 CBC
+    AES128_GCM = 8  # AES-128 GCM
+    AES192_GCM = 9  # AES-192 GCM
+    AES256_GCM = 10  # AES-256 GCM
 
 
 class KeyTransport(IntEnum):
@@ -48,6 +54,10 @@ class KeyTransport(IntEnum):
     KW_TRIPLE_DES = 1  # Triple DES key wrap
     RSA_1_5 = 2  # RSA PKCS #1 v1.5
     RSA_OAEP = 3  # RSA-OAEP with MGF1
+    RSA_OAEP11 = 4  # RSA-OAEP, SHA-256 and MGF1 with SHA-256
+    KW_AES128 = 5  # AES-128 key wrap
+    KW_AES192 = 6  # AES-192 key wrap
+    KW_AES256 = 7  # AES-256 key wrap
 # algorithms: end
 
 

@@ -50,7 +50,13 @@ public final class Algorithms {
         /** Triple DES CBC */ TRIPLE_DES(1),
         /** SEED-128 CBC */ SEED(2),
         /** NEAT-128 CBC */ NEAT(3),
-        /** ARIA-128 CBC */ ARIA(4);
+        /** ARIA-128 CBC */ ARIA(4),
+        /** AES-128 CBC */ AES128_CBC(5),
+        /** AES-192 CBC */ AES192_CBC(6),
+        /** AES-256 CBC */ AES256_CBC(7),
+        /** AES-128 GCM */ AES128_GCM(8),
+        /** AES-192 GCM */ AES192_GCM(9),
+        /** AES-256 GCM */ AES256_GCM(10);
         final int selector;
         Cipher(int selector) { this.selector = selector; }
     }
@@ -59,7 +65,11 @@ public final class Algorithms {
     public enum KeyTransport {
         /** Triple DES key wrap */ KW_TRIPLE_DES(1),
         /** RSA PKCS #1 v1.5 */ RSA_1_5(2),
-        /** RSA-OAEP with MGF1 */ RSA_OAEP(3);
+        /** RSA-OAEP with MGF1 */ RSA_OAEP(3),
+        /** RSA-OAEP, SHA-256 and MGF1 with SHA-256 */ RSA_OAEP11(4),
+        /** AES-128 key wrap */ KW_AES128(5),
+        /** AES-192 key wrap */ KW_AES192(6),
+        /** AES-256 key wrap */ KW_AES256(7);
         final int selector;
         KeyTransport(int selector) { this.selector = selector; }
     }
