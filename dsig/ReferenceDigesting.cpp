@@ -278,19 +278,13 @@ private:
             return false;
         how.exclusive = choice.exclusive;
         how.comments = choice.comments;
+        how.version11 = choice.version11;
         for (const DOMElement* e = transform->getFirstElementChild(); e != nullptr; e = e->getNextElementSibling()) {
             if (!how.exclusive || !XMLString::equals(e->getLocalName(), u"InclusiveNamespaces") ||
                 !XMLString::equals(e->getNamespaceURI(), kExcC14nNamespace))
                 return false;
-            const XString list = e->getAttribute(u"PrefixList");
-            size_t at = 0;
-            while (at < list.size()) {
-                const size_t end = list.find_first_of(u" \t\r\n", at);
-                const XString prefix = list.substr(at, end == XString::npos ? XString::npos : end - at);
-                if (!prefix.empty())
-                    how.inclusivePrefixes.push_back(prefix == u"#default" ? XString() : prefix);
-                at = end == XString::npos ? list.size() : end + 1;
-            }
+            for (XString& prefix : prefixListOf(e->getAttribute(u"PrefixList")))
+                how.inclusivePrefixes.push_back(std::move(prefix));
         }
         return true;
     }

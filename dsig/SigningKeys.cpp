@@ -14,6 +14,7 @@
 #include "engine/Base64.hpp"
 #include "engine/CertificateAppending.hpp"
 #include "engine/ParkedObjects.hpp"
+#include "engine/VQTKCryptoKeyCertified.hpp"
 #include "engine/VQTKCryptoKeyKCDSA.hpp"
 #include "engine/VQTKCryptoKeyRSA.hpp"
 
@@ -52,14 +53,27 @@ int VQXML_XMLSecurity::XMLDSIG_setSignCertAndKey(unsigned char* cert, int certLe
             throw VQXML_XSECException(VQXML_ERR_DSIG_NO_KEY);
         requireTemplate(VQXML_ERR_DSIG_NOT_ASYMMETRIC);
         DSIGKeyInfoX509* x509 = m_signature->appendX509Data();
-        if (m_signatureMethod == 5) {
-            VQTKCryptoKeyKCDSA* kcdsa = createKCDSAKey(cert, certLen, key, keyLen);
-            setSigningKey(kcdsa);
-            describeSigner(x509, *kcdsa, cert != nullptr);
+        const auto take = [&](auto* signer) {
+            setSigningKey(signer);
+            describeSigner(x509, *signer, cert != nullptr);
+        };
+        // Engine codes: 5 KCDSA, 3 RSA, 6 RSA-PSS, 4 ECDSA, 1 DSA.
+        switch (m_signatureMethod) {
+        case 5:
+            take(createKCDSAKey(cert, certLen, key, keyLen));
             return;
-        }
-        if (m_signatureMethod != 3)
+        case 4:
+            take(VQTKCryptoKeyEC::load(cert, certLen, key, keyLen));
+            return;
+        case 1:
+            take(VQTKCryptoKeyDSA::load(cert, certLen, key, keyLen));
+            return;
+        case 3:
+        case 6:
+            break;
+        default:
             throw VQXML_XSECException(VQXML_ERR_DSIG_NOT_ASYMMETRIC);
+        }
         VQTKCryptoKeyRSA* rsa = createRSAKey(cert, certLen, key, keyLen, token1, token2, token3, token4);
         setSigningKey(rsa);
         if (m_appendKeyValue) {

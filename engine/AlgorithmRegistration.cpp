@@ -3,6 +3,7 @@
 #include <xsec/utils/XSECPlatformUtils.hpp>
 
 #include "engine/AlgorithmURIs.hpp"
+#include "engine/EvpSignatureHandler.hpp"
 #include "engine/HMACSignatureHandler.hpp"
 #include "engine/Has160DigestHandler.hpp"
 #include "engine/KCDSASignatureHandler.hpp"
@@ -24,6 +25,7 @@ void registerAlgorithmHandlers() {
     for (const XMLCh* uri : {uri::kKcdsaSha1, uri::kKcdsaSha256, uri::kKcdsaHas160})
         XSECPlatformUtils::registerAlgorithmHandler(uri, kcdsa);
     registerHmacHandler();
+    registerEvpSignatureHandler();
 }
 
 }  // namespace vqxml

@@ -31,10 +31,10 @@ public:
 namespace vqxml {
 
 // Teaches xml-security-c the engine's algorithms (AlgorithmURIs.hpp): SEED, ARIA
-// and NEAT in CBC mode, the HAS-160 digest, the KCDSA signatures, and HMAC with a
-// correct truncation rule. The engine forgets its handlers when it terminates, so
-// this belongs right after every XSECPlatformUtils::Initialise (defined in
-// AlgorithmRegistration.cpp).
+// and NEAT in CBC mode, the HAS-160 digest, the KCDSA signatures, HMAC with a
+// correct truncation rule, and RSA-PSS, ECDSA and DSA-SHA256 on OpenSSL's EVP.
+// The engine forgets its handlers when it terminates, so this belongs right
+// after every XSECPlatformUtils::Initialise (defined in AlgorithmRegistration.cpp).
 void registerAlgorithmHandlers();
 
 }  // namespace vqxml

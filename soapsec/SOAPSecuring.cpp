@@ -13,6 +13,7 @@
 #include "core/Transcode.hpp"
 #include "dsig/AlgorithmCodes.hpp"
 #include "engine/Base64.hpp"
+#include "engine/VQTKCryptoKeyCertified.hpp"
 #include "engine/VQTKCryptoKeyKCDSA.hpp"
 #include "engine/VQTKCryptoKeyRSA.hpp"
 #include "soapsec/wssec/VQXML_WSSecSecurity.hpp"
@@ -66,9 +67,10 @@ int VQXML_XMLSecurity::SOAPSEC_setSignatureAlg(int signatureAlg, int canonAlg) {
         if (!vqxml::signatureSelector(signatureAlg, codes))
             throw VQXML_XSECException(VQXML_ERR_SOAP_SIGNATURE_SELECTOR);
         m_signatureMethod = codes.signatureMethod;
-        if (canonAlg < 0 || canonAlg > 2)
+        int canonicalization = 0;
+        if (!vqxml::soapCanonicalizationSelector(canonAlg, canonicalization))
             throw VQXML_XSECException(VQXML_ERR_SOAP_C14N_SELECTOR);
-        requireWSSecurity().createBlankSignature(m_document, canonAlg, m_signatureMethod, codes.hashMethod);
+        requireWSSecurity().createBlankSignature(m_document, canonicalization, m_signatureMethod, codes.hashMethod);
         m_hashMethod = codes.hashMethod;
     });
 }
@@ -98,20 +100,20 @@ int VQXML_XMLSecurity::SOAPSEC_setSignCertAndKey(unsigned char* cert, int certLe
         VQXML_WSSecSecurity& engine = requireWSSecurity();
         std::string issuer, serial;
         std::vector<unsigned char> der;
-        if (m_signatureMethod == 5) {
-            VQTKCryptoKeyKCDSA* kcdsa = createKCDSAKey(cert, certLen, key, keyLen);
-            engine.setSigningKey(kcdsa);
-            issuer = kcdsa->issuerName();
-            serial = kcdsa->serialNumber();
-            der = kcdsa->certificateDER();
-        } else if (m_signatureMethod == 3) {
-            VQTKCryptoKeyRSA* rsa = createRSAKey(cert, certLen, key, keyLen, nullptr, nullptr, nullptr, nullptr);
-            engine.setSigningKey(rsa);
-            issuer = rsa->issuerName();
-            serial = rsa->serialNumber();
-            der = rsa->certificateDER();
-        } else {
-            throw VQXML_XSECException(VQXML_ERR_SOAP_NOT_ASYMMETRIC);
+        const auto take = [&](auto* signer) {
+            engine.setSigningKey(signer);
+            issuer = signer->issuerName();
+            serial = signer->serialNumber();
+            der = signer->certificateDER();
+        };
+        // Engine codes: 5 KCDSA, 3 RSA, 6 RSA-PSS, 4 ECDSA, 1 DSA.
+        switch (m_signatureMethod) {
+        case 5: take(createKCDSAKey(cert, certLen, key, keyLen)); break;
+        case 3:
+        case 6: take(createRSAKey(cert, certLen, key, keyLen, nullptr, nullptr, nullptr, nullptr)); break;
+        case 4: take(VQTKCryptoKeyEC::load(cert, certLen, key, keyLen)); break;
+        case 1: take(VQTKCryptoKeyDSA::load(cert, certLen, key, keyLen)); break;
+        default: throw VQXML_XSECException(VQXML_ERR_SOAP_NOT_ASYMMETRIC);
         }
         // Names come as UTF-8 from the key objects.
         if (m_appendIssuerSerial)

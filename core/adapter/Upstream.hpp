@@ -13,7 +13,7 @@
 // | XercesDOMParser links nodes through checked DOM appends | adapter/QuickDOMParser, DomLinking    | QuickDOMParserTest.BuildsTheTreeXercesBuilds           |
 // | DOMLSSerializer writes a node                           | adapter/DomWriter                     | DomWriter.EveryTestAndInteropDocumentComesOutAsXercesWritesIt |
 // | XSECException clamps types above 58                     | core/VQXMLException                   | ErrorInfo.FailureTextIsCopiedByTheLengthRuleAndSurvivesSuccess |
-// | SignedInfo check ignores an exclusive PrefixList         | engine/SignedInfoCanonicalization     | InteropSamples.SignedInfoPrefixListIsHonoured          |
+// | SignedInfo check ignores an exclusive PrefixList         | dsig/SignedInfoCanonicalization       | InteropSamples.SignedInfoPrefixListIsHonoured          |
 // | HMAC output truncated to any length                     | engine/HMACSignatureHandler           | HmacLength.AtLeastEightyBitsAndHalfTheMac              |
 // | Triple DES and Korean CBC ciphers, slow on large data   | engine/TripleDesCipherHandler, KoreanCipherHandler | XmlEncryptionHandlers.WrongKeysAreRefusedCleanly |
 // | URI resolver fetches http: and file: references         | engine/VQXMLURIResolver               | HostileSignatures.NothingOutsideTheDocumentIsReadWhenVerifying |
