@@ -615,23 +615,24 @@ bool endsWith(const XString& s, const XString& tail) {
     return s.size() >= tail.size() && s.compare(s.size() - tail.size(), tail.size(), tail) == 0;
 }
 
-// A ".." segment above what output holds: kept when relative, dropped at the root.
+// A ".." segment: the last segment of output goes, unless output is only ".."
+// segments of a relative path (kept, one more added) or the root (stays).
 void climb(XString& output, XString& input) {
-    if (output.empty()) {
-        output = u"/";
-    } else if (endsWith(output, u"../")) {
+    if (endsWith(output, u"../")) {
         output += u"..";
-    } else if (endsWith(output, u"..")) {
+        return;
+    }
+    if (output == u".." || endsWith(output, u"/..")) {
         output += u"/..";
+        return;
+    }
+    const size_t slash = output.rfind(u'/');
+    if (slash == XString::npos || slash == 0) {
+        output.resize(slash == 0 ? 1 : 0);
+        if (!input.empty() && input[0] == u'/')
+            input.erase(0, 1);
     } else {
-        const size_t slash = output.rfind(u'/');
-        if (slash == XString::npos) {
-            output.clear();
-            if (!input.empty() && input[0] == u'/')
-                input.erase(0, 1);
-        } else {
-            output.erase(slash);
-        }
+        output.erase(slash);
     }
 }
 
