@@ -13,7 +13,7 @@
 #include "core/Transcode.hpp"
 #include "dsig/AlgorithmCodes.hpp"
 #include "engine/Base64.hpp"
-#include "engine/VQTKCryptoKeyCertified.hpp"
+#include "engine/SignerKeys.hpp"
 #include "engine/VQTKCryptoKeyKCDSA.hpp"
 #include "engine/VQTKCryptoKeyRSA.hpp"
 #include "soapsec/wssec/VQXML_WSSecSecurity.hpp"
@@ -106,15 +106,8 @@ int VQXML_XMLSecurity::SOAPSEC_setSignCertAndKey(unsigned char* cert, int certLe
             serial = signer->serialNumber();
             der = signer->certificateDER();
         };
-        // Engine codes: 5 KCDSA, 3 RSA, 6 RSA-PSS, 4 ECDSA, 1 DSA.
-        switch (m_signatureMethod) {
-        case 5: take(createKCDSAKey(cert, certLen, key, keyLen)); break;
-        case 3:
-        case 6: take(createRSAKey(cert, certLen, key, keyLen, nullptr, nullptr, nullptr, nullptr)); break;
-        case 4: take(VQTKCryptoKeyEC::load(cert, certLen, key, keyLen)); break;
-        case 1: take(VQTKCryptoKeyDSA::load(cert, certLen, key, keyLen)); break;
-        default: throw VQXML_XSECException(VQXML_ERR_SOAP_NOT_ASYMMETRIC);
-        }
+        if (!vqxml::withSignerKey(m_signatureMethod, cert, certLen, key, keyLen, take))
+            throw VQXML_XSECException(VQXML_ERR_SOAP_NOT_ASYMMETRIC);
         // Names come as UTF-8 from the key objects.
         if (m_appendIssuerSerial)
             engine.setX509IssuerSerial(vqxml::XMLT("UTF-8", issuer.c_str()).c_str(),

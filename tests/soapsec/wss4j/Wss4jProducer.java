@@ -1,8 +1,9 @@
 // Signs a SOAP envelope's Body with Apache WSS4J's own sender (WSSecSignature),
 // naming the signer's certificate only by issuer and serial number.
 //
-// Usage: java Wss4jProducer IN OUT CERT KEY [--sha256]
-// CERT is DER or PEM, KEY PKCS #8 DER. Exits 0, or prints the failure and exits 1.
+// Usage: java Wss4jProducer IN OUT CERT KEY [SIGNATURE-URI DIGEST-URI]
+// CERT is DER or PEM, KEY PKCS #8 DER (RSA, EC or DSA). Without URIs WSS4J's
+// defaults (RSA-SHA1, SHA-1). Exits 0, or prints the failure and exits 1.
 import java.security.KeyStore;
 
 import org.apache.ws.security.WSConstants;
@@ -12,8 +13,8 @@ import org.w3c.dom.Document;
 
 public final class Wss4jProducer {
     public static void main(String[] args) {
-        if (args.length < 4) {
-            System.err.println("usage: Wss4jProducer IN OUT CERT KEY [--sha256]");
+        if (args.length != 4 && args.length != 6) {
+            System.err.println("usage: Wss4jProducer IN OUT CERT KEY [SIGNATURE-URI DIGEST-URI]");
             System.exit(2);
         }
         try {
@@ -25,9 +26,9 @@ public final class Wss4jProducer {
             WSSecSignature signature = new WSSecSignature();
             signature.setUserInfo("signer", Wss4jSupport.PASSWORD);
             signature.setKeyIdentifierType(WSConstants.ISSUER_SERIAL);
-            if (args.length > 4 && args[4].equals("--sha256")) {
-                signature.setSignatureAlgorithm("http://www.w3.org/2001/04/xmldsig-more#rsa-sha256");
-                signature.setDigestAlgo(WSConstants.SHA256);
+            if (args.length == 6) {
+                signature.setSignatureAlgorithm(args[4]);
+                signature.setDigestAlgo(args[5]);
             }
             signature.build(doc, Wss4jSupport.merlin(keys, Wss4jSupport.newStore()), header);
             Wss4jSupport.write(doc, args[1]);
