@@ -185,8 +185,9 @@ TEST(SignatureAttacks, RefusedWithTheirReason) {
         const std::string forged = a.forge(original);
         ASSERT_NE(forged, original) << a.name;
         EXPECT_EQ(verify(forged, &why, hmac ? hmacKey() : ""), a.status) << a.name << ": " << why;
-        if (a.status != 0)
+        if (a.status != 0) {
             EXPECT_NE(why.find(a.reason), std::string::npos) << a.name << ": " << why;
+        }
     }
 }
 
