@@ -11,10 +11,12 @@
 #include <string>
 #include <vector>
 
+#include <openssl/core_names.h>
 #include <openssl/evp.h>
 #include <openssl/hmac.h>
 #include <openssl/pem.h>
 #include <openssl/rsa.h>
+#include <openssl/x509.h>
 #include <xsec/framework/XSECException.hpp>
 
 #include "SignatureFixture.hpp"
@@ -189,6 +191,43 @@ TEST(SignatureAttacks, RefusedWithTheirReason) {
             EXPECT_NE(why.find(a.reason), std::string::npos) << a.name << ": " << why;
         }
     }
+}
+
+// The public point of an EC signer's certificate, uncompressed.
+std::string ecPoint(const std::string& kind) {
+    const std::string der = testfiles::read(signerFile(kind, "crt.der"));
+    const auto* p = reinterpret_cast<const unsigned char*>(der.data());
+    std::unique_ptr<X509, decltype(&X509_free)> cert(d2i_X509(nullptr, &p, static_cast<long>(der.size())), &X509_free);
+    Bytes point(256);
+    size_t len = 0;
+    EXPECT_EQ(EVP_PKEY_get_octet_string_param(X509_get0_pubkey(cert.get()), OSSL_PKEY_PARAM_ENCODED_PUBLIC_KEY,
+                                              point.data(), point.size(), &len),
+              1);
+    point.resize(len);
+    return vqxml::base64Text(point);
+}
+
+// The signer's key as a dsig11:ECKeyValue with a NamedCurve in place of its
+// certificate; the key of another curve under that name, or that curve's name,
+// is refused.
+TEST(SignatureAttacks, EcKeyValueWithANamedCurve) {
+    ScopedHandle engines;
+    const std::string p256 = "urn:oid:1.2.840.10045.3.1.7", p384 = "urn:oid:1.3.132.0.34";
+    const std::string original = signedBy(12, "ec256");
+    const auto withKeyValue = [&](const std::string& curve, const std::string& point) {
+        return std::regex_replace(original, std::regex("<(\\w+:)?X509Data>[^]*</(\\w+:)?X509Data>"),
+                                  "<KeyValue><dsig11:ECKeyValue xmlns:dsig11=\"http://www.w3.org/2009/xmldsig11#\">"
+                                  "<dsig11:NamedCurve URI=\"" + curve + "\"/><dsig11:PublicKey>" + point +
+                                  "</dsig11:PublicKey></dsig11:ECKeyValue></KeyValue>");
+    };
+    std::string why;
+    const std::string keyValue = withKeyValue(p256, ecPoint("ec256"));
+    ASSERT_EQ(keyValue.find("X509"), std::string::npos) << keyValue;
+    EXPECT_EQ(verify(keyValue, &why), 0) << why;
+    EXPECT_EQ(verify(withKeyValue(p384, ecPoint("ec384")), &why), XSECException::SigVfyError) << why;
+    EXPECT_NE(why.find("r||s"), std::string::npos) << why;
+    EXPECT_NE(verify(withKeyValue(p384, ecPoint("ec256")), &why), 0) << why;
+    EXPECT_NE(verify(withKeyValue(p256, ecPoint("ec384")), &why), 0) << why;
 }
 
 }  // namespace
