@@ -26,7 +26,7 @@ struct Algorithm {
     const char* name;
     int selector;        // the library's signature selector
     const char* uri;     // its SignatureMethod
-    const char* signer;  // tests/data/dsig/<signer>.crt.der and .key.pk8.der
+    const char* signer;  // signerFile's kind
     int c14n;            // the library's SignedInfo and reference canonicalization selector
     const char* c14nURI;
     int digest;          // the library's digest selector
@@ -34,36 +34,26 @@ struct Algorithm {
 };
 
 const Algorithm kAlgorithms[] = {
-    {"rsa_sha384", 7, "http://www.w3.org/2001/04/xmldsig-more#rsa-sha384", "signer", 3, kExcC14n, 5,
+    {"rsa_sha384", 7, "http://www.w3.org/2001/04/xmldsig-more#rsa-sha384", "", 3, kExcC14n, 5,
      "http://www.w3.org/2001/04/xmldsig-more#sha384"},
-    {"rsa_pss_sha256", 9, "http://www.w3.org/2007/05/xmldsig-more#sha256-rsa-MGF1", "signer", 5, c14n11::kC14n11, 3,
+    {"rsa_pss_sha256", 9, "http://www.w3.org/2007/05/xmldsig-more#sha256-rsa-MGF1", "", 5, c14n11::kC14n11, 3,
      "http://www.w3.org/2001/04/xmlenc#sha256"},
-    {"rsa_pss_sha384", 10, "http://www.w3.org/2007/05/xmldsig-more#sha384-rsa-MGF1", "signer", 3, kExcC14n, 5,
+    {"rsa_pss_sha384", 10, "http://www.w3.org/2007/05/xmldsig-more#sha384-rsa-MGF1", "", 3, kExcC14n, 5,
      "http://www.w3.org/2001/04/xmldsig-more#sha384"},
-    {"rsa_pss_sha512", 11, "http://www.w3.org/2007/05/xmldsig-more#sha512-rsa-MGF1", "signer", 1, c14n11::kC14n10, 6,
+    {"rsa_pss_sha512", 11, "http://www.w3.org/2007/05/xmldsig-more#sha512-rsa-MGF1", "", 1, c14n11::kC14n10, 6,
      "http://www.w3.org/2001/04/xmlenc#sha512"},
-    {"ecdsa_sha256_p256", 12, "http://www.w3.org/2001/04/xmldsig-more#ecdsa-sha256", "signer-ec256", 5,
+    {"ecdsa_sha256_p256", 12, "http://www.w3.org/2001/04/xmldsig-more#ecdsa-sha256", "ec256", 5,
      c14n11::kC14n11, 3, "http://www.w3.org/2001/04/xmlenc#sha256"},
-    {"ecdsa_sha384_p384", 13, "http://www.w3.org/2001/04/xmldsig-more#ecdsa-sha384", "signer-ec384", 3, kExcC14n, 5,
+    {"ecdsa_sha384_p384", 13, "http://www.w3.org/2001/04/xmldsig-more#ecdsa-sha384", "ec384", 3, kExcC14n, 5,
      "http://www.w3.org/2001/04/xmldsig-more#sha384"},
-    {"ecdsa_sha512_p521", 14, "http://www.w3.org/2001/04/xmldsig-more#ecdsa-sha512", "signer-ec521", 5,
+    {"ecdsa_sha512_p521", 14, "http://www.w3.org/2001/04/xmldsig-more#ecdsa-sha512", "ec521", 5,
      c14n11::kC14n11, 6, "http://www.w3.org/2001/04/xmlenc#sha512"},
-    {"dsa_sha256_2048", 15, "http://www.w3.org/2009/xmldsig11#dsa-sha256", "signer-dsa2048", 1, c14n11::kC14n10, 3,
+    {"dsa_sha256_2048", 15, "http://www.w3.org/2009/xmldsig11#dsa-sha256", "dsa2048", 1, c14n11::kC14n10, 3,
      "http://www.w3.org/2001/04/xmlenc#sha256"},
 };
 
-std::string certFile(const Algorithm& a) {
-    return testfiles::dataPath(std::string("dsig/") + (std::string(a.signer) == "signer" ? "signer-cert.der"
-                                                                                           : std::string(a.signer) + ".crt.der"));
-}
-
-std::string keyFile(const Algorithm& a) {
-    return testfiles::dataPath(std::string("dsig/") + (std::string(a.signer) == "signer" ? "signer-key.pk8.der"
-                                                                                           : std::string(a.signer) + ".key.pk8.der"));
-}
-
 std::string librarySigned(const Algorithm& a) {
-    const std::string cert = testfiles::read(certFile(a)), key = testfiles::read(keyFile(a));
+    const std::string cert = testfiles::read(signerFile(a.signer, "crt.der")), key = testfiles::read(signerFile(a.signer, "key.pk8.der"));
     ScopedHandle h;
     EXPECT_EQ(VQTK_XMLDSIG_SetXMLDocument(h, chars(kDocument), sizeof kDocument - 1), 0);
     EXPECT_EQ(VQTK_XMLDSIG_SignatureMethod(h, a.selector, a.c14n), 0) << errorText(h);
@@ -115,7 +105,7 @@ TEST_P(SantuarioPeer, TheLibraryVerifiesWhatSantuarioSigns) {
     testfiles::write(dir("in.xml"), kDocument);
     std::string why;
     ASSERT_EQ(santuario("sign " + dir("in.xml") + " " + dir("theirs.xml") + " " + a.uri + " " + a.c14nURI + " " +
-                            a.digestURI + " " + a.c14nURI + " " + certFile(a) + " " + keyFile(a),
+                            a.digestURI + " " + a.c14nURI + " " + signerFile(a.signer, "crt.der") + " " + signerFile(a.signer, "key.pk8.der"),
                         &why),
               0)
         << why;

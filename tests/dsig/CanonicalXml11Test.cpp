@@ -48,9 +48,7 @@ TEST(CanonicalXml11, XmlBaseJoin) {
     } kJoins[] = {
         {"http://e.org/x/", "y/z.xml", "http://e.org/x/y/z.xml"},
         {"http://e.org/x/y", "?q", "http://e.org/x/y?q"},
-        {"http://e.org/x/", "//f.org/p/./q/../r", "http://f.org/p/r"},
         {"http://e.org", "p", "http://e.org/p"},
-        {"http://e.org/x/", "urn:other", "urn:other"},
         {"http://e.org/a/b/", "../../../c", "http://e.org/c"},
         {"../r/", "./s/../../t/", "../t/"},
         {"a/b/", "../../../c#f", "../c#f"},

@@ -100,16 +100,15 @@ inline std::vector<Leaf> leavesOf(const std::string& package) {
 // A signer: signature selector and the dsig test signer's files ("" for the RSA signer).
 struct Signer {
     int selector = 5;
-    std::string kind;  // tests/data/dsig/signer-<kind>.crt.der and .key.pk8.der
+    std::string kind;  // dsigtest::signerFile's kind
 };
 
 // Signs data (a package or a bare envelope) with a dsig test signer; the result
 // document, or the error text after a failure.
 inline int sign(const std::string& data, std::string* out, int digestSelector = 1, int c14nSelector = 1,
                 const char* xpath = kEnvelopeXPath, int signedInfoC14nSelector = 1, const Signer& signer = {}) {
-    const std::string base = testfiles::dataPath("dsig/signer-" + signer.kind);
-    const std::string cert = signer.kind.empty() ? dsigtest::signerCert() : testfiles::read(base + ".crt.der");
-    const std::string key = signer.kind.empty() ? dsigtest::signerKey() : testfiles::read(base + ".key.pk8.der");
+    const std::string cert = testfiles::read(dsigtest::signerFile(signer.kind, "crt.der"));
+    const std::string key = testfiles::read(dsigtest::signerFile(signer.kind, "key.pk8.der"));
     ScopedHandle h;
     int rc = VQTK_EBXML_SetSOAPDocument(h, chars(data), static_cast<int>(data.size()));
     if (rc == 0)

@@ -4,7 +4,7 @@
 // document, or writes the canonical form of one element's subtree.
 //
 //   sign <in.xml> <out.xml> <signature URI> <SignedInfo c14n URI> <digest URI> <reference c14n URI> <cert> <PKCS #8 key>
-//   verify <signed.xml> [HMAC key file]   exit 0 valid, 1 invalid, 3 unreadable
+//   verify <signed.xml>                   exit 0 valid, 1 invalid, 3 unreadable
 //   c14n <in.xml> <c14n URI> <Id>         the canonical form of the element with that Id, on stdout
 import java.io.ByteArrayInputStream;
 import java.io.File;
@@ -13,18 +13,15 @@ import java.io.OutputStream;
 import java.nio.file.Files;
 import java.security.KeyFactory;
 import java.security.PrivateKey;
-import java.security.PublicKey;
 import java.security.Security;
 import java.security.cert.CertificateFactory;
 import java.security.cert.X509Certificate;
 import java.security.spec.PKCS8EncodedKeySpec;
 
-import javax.crypto.spec.SecretKeySpec;
 import javax.xml.parsers.DocumentBuilderFactory;
 
 import org.apache.xml.security.Init;
 import org.apache.xml.security.c14n.Canonicalizer;
-import org.apache.xml.security.keys.KeyInfo;
 import org.apache.xml.security.signature.XMLSignature;
 import org.apache.xml.security.transforms.Transforms;
 import org.apache.xml.security.utils.XMLUtils;
@@ -45,10 +42,10 @@ public final class SignatureSantuario {
             sign(args);
             return;
         }
-        if ((args.length == 2 || args.length == 3) && args[0].equals("verify")) {
+        if (args.length == 2 && args[0].equals("verify")) {
             int status;
             try {
-                status = verify(args[1], args.length == 3 ? args[2] : null);
+                status = verify(args[1]);
             } catch (Exception e) {
                 System.err.println("cannot check: " + e);
                 status = 3;
@@ -63,7 +60,7 @@ public final class SignatureSantuario {
             return;
         }
         System.err.println("usage: sign <in> <out> <sig> <c14n> <digest> <ref-c14n> <cert> <pkcs8-key>"
-                           + " | verify <in> [hmac-key] | c14n <in> <c14n> <id>");
+                           + " | verify <in> | c14n <in> <c14n> <id>");
         System.exit(64);
     }
 
@@ -105,29 +102,14 @@ public final class SignatureSantuario {
         }
     }
 
-    static int verify(String path, String hmacKeyFile) throws Exception {
+    static int verify(String path) throws Exception {
         Document doc = parse(path);
         NodeList signatures = doc.getElementsByTagNameNS(DS, "Signature");
-        if (signatures.getLength() == 0) {
-            System.err.println("no Signature");
-            return 3;
-        }
+        if (signatures.getLength() == 0)
+            throw new IllegalArgumentException("no Signature");
         XMLSignature signature = new XMLSignature((Element) signatures.item(0), "", true);
-        boolean valid;
-        if (hmacKeyFile != null) {
-            valid = signature.checkSignatureValue(
-                new SecretKeySpec(Files.readAllBytes(new File(hmacKeyFile).toPath()), "HmacSHA256"));
-        } else {
-            KeyInfo info = signature.getKeyInfo();
-            X509Certificate cert = info == null ? null : info.getX509Certificate();
-            PublicKey key = cert != null ? cert.getPublicKey() : info == null ? null : info.getPublicKey();
-            if (key == null) {
-                System.err.println("no key in KeyInfo");
-                return 3;
-            }
-            valid = signature.checkSignatureValue(key);
-        }
-        if (valid)
+        X509Certificate cert = signature.getKeyInfo().getX509Certificate();
+        if (signature.checkSignatureValue(cert))
             return 0;
         System.err.println("invalid");
         return 1;
