@@ -1,7 +1,7 @@
 // Where Canonical XML 1.1 and 1.0 part ways: the subtree of one element (by its
 // Id) whose left-out ancestors carry xml:base, xml:id, xml:lang and xml:space,
-// and its canonical form under each. Shared by the exact-bytes test and the
-// Santuario peer test.
+// and its canonical form under each (xmlsec1 writes the same bytes). Shared by
+// the exact-bytes test and the Santuario peer test.
 #ifndef VQXML_TESTS_DSIG_CANONICALXML11CASES_HPP
 #define VQXML_TESTS_DSIG_CANONICALXML11CASES_HPP
 

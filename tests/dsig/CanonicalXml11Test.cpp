@@ -2,12 +2,18 @@
 // xml:base join on its own.
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <string>
+#include <vector>
+
+#include <openssl/evp.h>
 
 #include "CanonicalXml11Cases.hpp"
 #include "ScopedHandle.hpp"
+#include "TestFiles.hpp"
 #include "core/ParseLimits.hpp"
 #include "dsig/Canonicalizer.hpp"
+#include "engine/Base64.hpp"
 
 namespace {
 
@@ -40,6 +46,34 @@ TEST(CanonicalXml11, SubtreesUnderLeftOutAncestors) {
         EXPECT_EQ(out.text, c.bytes) << c.id << " " << c.algorithm;
     }
     doc->release();
+}
+
+// xmlsec1 writes the same bytes for every case (Santuario's differences are in
+// CanonicalXml11Cases.hpp): the digest it signs each subtree with is theirs.
+TEST(CanonicalXml11, XmlsecDigestsTheSameBytes) {
+    if (!testfiles::haveProgram("xmlsec1"))
+        GTEST_SKIP() << "xmlsec1 is not installed";
+    testfiles::ScratchDir dir;
+    std::string document = c14n11::kDocument;
+    for (const c14n11::Case& c : c14n11::kCases) {
+        const std::string signature =
+            std::string("<ds:Signature xmlns:ds=\"http://www.w3.org/2000/09/xmldsig#\"><ds:SignedInfo>"
+                        "<ds:CanonicalizationMethod Algorithm=\"http://www.w3.org/2001/10/xml-exc-c14n#\"/>"
+                        "<ds:SignatureMethod Algorithm=\"http://www.w3.org/2000/09/xmldsig#hmac-sha1\"/>"
+                        "<ds:Reference URI=\"#") + c.id + "\"><ds:Transforms><ds:Transform Algorithm=\"" + c.algorithm +
+            "\"/></ds:Transforms><ds:DigestMethod Algorithm=\"http://www.w3.org/2000/09/xmldsig#sha1\"/>"
+            "<ds:DigestValue/></ds:Reference></ds:SignedInfo><ds:SignatureValue/></ds:Signature>";
+        testfiles::write(dir("in.xml"), std::string(document).insert(document.rfind("</a>"), signature));
+        ASSERT_EQ(testfiles::run("xmlsec1 --sign --hmackey " + testfiles::dataPath("dsig/hmac.bin") + " --id-attr:Id " +
+                                 "urn:a:" + c.id + " --output " + dir("out.xml") + " " + dir("in.xml")),
+                  0);
+        unsigned char digest[EVP_MAX_MD_SIZE];
+        unsigned int len = 0;
+        EVP_Digest(c.bytes, std::strlen(c.bytes), digest, &len, EVP_sha1(), nullptr);
+        const std::string expected = vqxml::base64Text(std::vector<unsigned char>(digest, digest + len));
+        EXPECT_NE(testfiles::read(dir("out.xml")).find("DigestValue>" + expected), std::string::npos)
+            << c.id << " " << c.algorithm;
+    }
 }
 
 TEST(CanonicalXml11, XmlBaseJoin) {
