@@ -16,6 +16,7 @@ the library (`bin/vqxml`) and uses nothing but the C interface of `vqxml/vqxml.h
 vqxml sign --cert ee-rsa.crt.pem --key ee-rsa.key.pem -o signed.xml taxinvoice.xml
 vqxml verify --signer-cert signer.der signed.xml
 vqxml sign --alg kcdsa-sha1 --cert ee.crt.der --key signPri.key --password-file pw.txt -o signed.xml taxinvoice.xml
+vqxml sign --alg ecdsa-sha256 --c14n c14n11 --cert ec.crt.der --key ec.key.pk8.der -o signed.xml taxinvoice.xml
 vqxml encrypt --symm seed --recipient server.crt.pem -o encrypted.xml taxinvoice.xml
 vqxml decrypt --cert server.crt.pem --key server.key.pem encrypted.xml
 vqxml soap-sign --cert ee.crt.pem --key ee.key.pem request.xml | vqxml soap-encrypt --recipient server.crt.pem >secured.xml
@@ -47,13 +48,16 @@ vqxml verify --trust --crl dp5p1.crl signed.xml
   | Option | Names (selector) |
   |---|---|
   | `--alg` (signature) | `hmac-sha1` (1), `rsa-sha1` (2), `kcdsa-sha1` (3), `kcdsa-has160` (4), `rsa-sha256` (5) |
-  | `--c14n`, `--ref-c14n` | `none` (0), `c14n` (1), `c14n-comments` (2), `exc-c14n` (3), `exc-c14n-comments` (4) |
-  | `--digest` | `sha1` (1), `has160` (2), `sha256` (3) |
+  | `--alg`, additions | `rsa-sha224` (6), `rsa-sha384` (7), `rsa-sha512` (8), `rsa-pss-sha256` (9), `rsa-pss-sha384` (10), `rsa-pss-sha512` (11), `ecdsa-sha256` (12), `ecdsa-sha384` (13), `ecdsa-sha512` (14), `dsa-sha256` (15), `hmac-sha224` (16), `hmac-sha256` (17), `hmac-sha384` (18), `hmac-sha512` (19) |
+  | `--c14n`, `--ref-c14n` | `none` (0), `c14n` (1), `c14n-comments` (2), `exc-c14n` (3), `exc-c14n-comments` (4), `c14n11` (5), `c14n11-comments` (6) |
+  | `--digest` | `sha1` (1), `has160` (2), `sha256` (3), `sha224` (4), `sha384` (5), `sha512` (6) |
   | `--symm` (data encryption) | `3des` (1), `seed` (2), `neat` (3), `aria` (4); additions: `aes128-cbc` (5), `aes192-cbc` (6), `aes256-cbc` (7), `aes128-gcm` (8), `aes192-gcm` (9), `aes256-gcm` (10) |
   | `--transport` (key transport) | `kw-3des` (1), `rsa-1_5` (2), `rsa-oaep` (3); additions: `rsa-oaep11` (4, XML Encryption 1.1, SHA-256 and MGF1-SHA256), `kw-aes128` (5), `kw-aes192` (6), `kw-aes256` (7) |
 
   `soap-sign --c14n` takes the SOAP family's SignedInfo selectors: `exc-c14n` (0), `c14n` (1),
-  `c14n-comments` (2).
+  `c14n-comments` (2), `c14n11` (3), `c14n11-comments` (4). EC and DSA signers give `--cert`
+  and `--key` (unencrypted PKCS #8 or the traditional form, DER or PEM) like RSA ones; the
+  HMAC algorithms take `--hmac-key`.
 
 - **Failures.** The library's message goes to stderr as `vqxml COMMAND: Method > reason
   (status N)`, converted from EUC-KR to the terminal's encoding (the locale's code set; UTF-8

@@ -49,6 +49,10 @@ bool canonicalizationSelector(int selector, int& out) {
     return selectedCode(AlgorithmKind::C14N, selector, out);
 }
 
+bool soapCanonicalizationSelector(int selector, int& out) {
+    return selectedCode(AlgorithmKind::SOAP_C14N, selector, out);
+}
+
 bool digestSelector(int selector, int& out) {
     return selectedCode(AlgorithmKind::DIGEST, selector, out);
 }

@@ -20,12 +20,14 @@ SignatureCodes signatureCodesOf(const XMLCh* uri);
 // The DigestMethod URI of a hash code; null if none.
 const XMLCh* digestMethodURI(int hashMethod);
 
-// The URI of a canonicalization code 1-4; null for 0 and anything else.
+// The URI of a canonicalization code 1-6; null for 0 and anything else.
 const XMLCh* canonicalizationURI(int canonicalizationMethod);
 
 // Callers' selectors. Each returns false for a selector it does not know.
 bool signatureSelector(int selector, SignatureCodes& out);
 bool canonicalizationSelector(int selector, int& out);
+// A SOAP signature's SignedInfo canonicalization (selectors of its own).
+bool soapCanonicalizationSelector(int selector, int& out);
 bool digestSelector(int selector, int& out);
 
 }  // namespace vqxml

@@ -1,6 +1,7 @@
 #include "dsig/Canonicalizer.hpp"
 
 #include <algorithm>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -280,6 +281,8 @@ private:
         m_rendering.push();
         m_lastWritten.push();
         m_pendingXml.push();
+        m_omittedBases.push_back(m_omittedBases.empty() ? std::vector<const DOMAttr*>() : m_omittedBases.back());
+        m_joinedBase.reset();
 
         m_declared.push();
         m_viewWritten.push();
@@ -330,7 +333,7 @@ private:
             m_out.push_back(' ');
             utf8(a->getNodeName());
             m_out += "=\"";
-            escaped(a->getValue(), true);
+            escaped(m_joinedBase && m_joinedBase->first == a ? m_joinedBase->second.c_str() : a->getValue(), true);
             m_out.push_back('"');
         }
         if (shown)
@@ -347,6 +350,7 @@ private:
         }
         m_viewWritten.pop();
         m_declared.pop();
+        m_omittedBases.pop_back();
         m_pendingXml.pop();
         m_lastWritten.pop();
         m_rendering.pop();
@@ -389,7 +393,13 @@ private:
         std::vector<const DOMAttr*> out;
         for (const DOMAttr* a : plain) {
             const bool xml = XMLString::equals(a->getNamespaceURI(), kXmlNamespace);
-            if (inclusive && xml && !shown) {
+            const bool version11 = inclusive && m_how.version11;
+            if (version11 && xml && !shown && XMLString::equals(localName(a), u"base")) {
+                m_omittedBases.back().push_back(a);
+                continue;
+            }
+            // Under 1.1 xml:id is an ordinary attribute, never inherited.
+            if (inclusive && xml && !shown && !(version11 && XMLString::equals(localName(a), u"id"))) {
                 m_pendingXml.set(localName(a), a);
                 continue;
             }
@@ -406,7 +416,39 @@ private:
                 out.push_back(a);
             m_pendingXml.set(name, nullptr);
         }
+        if (m_how.version11)
+            joinOmittedBases(out);
         return out;
+    }
+
+    // The xml:base of the ancestors left out since the last output element,
+    // joined innermost first onto the element's own (or, without one, onto the
+    // innermost of them), as the element's xml:base.
+    void joinOmittedBases(std::vector<const DOMAttr*>& out) {
+        std::vector<const DOMAttr*>& omitted = m_omittedBases.back();
+        if (omitted.empty())
+            return;
+        const auto own = std::find_if(out.begin(), out.end(), [](const DOMAttr* a) {
+            return XMLString::equals(a->getNamespaceURI(), kXmlNamespace) && XMLString::equals(localName(a), u"base");
+        });
+        const DOMAttr* carrier = own != out.end() ? *own : nullptr;
+        std::optional<XString> base;
+        if (carrier != nullptr)
+            base = orEmpty(carrier->getValue());
+        for (auto it = omitted.rbegin(); it != omitted.rend(); ++it) {
+            if (!base) {
+                base = orEmpty((*it)->getValue());
+                carrier = *it;
+            } else {
+                base = joinXmlBase(orEmpty((*it)->getValue()), *base);
+            }
+        }
+        omitted.clear();
+        if (base->empty())
+            return;
+        m_joinedBase.emplace(carrier, *base);
+        if (own == out.end())
+            out.push_back(carrier);
     }
 
     void santuarioNamespaces(bool shown, Declarations& out) {
@@ -524,11 +566,182 @@ private:
     RenderingTable m_rendering;             // inclusive, Santuario's form
     ScopedMap<const XMLCh*> m_lastWritten;  // inclusive literal form and exclusive
     ScopedMap<const DOMAttr*> m_pendingXml; // xml: attributes of left-out ancestors
+    std::vector<std::vector<const DOMAttr*>> m_omittedBases;  // 1.1: their xml:base, outermost first
+    std::optional<std::pair<const DOMAttr*, XString>> m_joinedBase;  // the output element's joined xml:base
     ScopedMap<const XMLCh*> m_declared;     // the tree's own declarations, under an exclusive view
     ScopedMap<const XMLCh*> m_viewWritten;  // what the exclusive view has declared above
 };
 
+// RFC 3986 references split into their parts; a part that is absent is nullopt.
+struct UriParts {
+    std::optional<XString> scheme, authority, query, fragment;
+    XString path;
+};
+
+UriParts split(const XString& uri) {
+    UriParts p;
+    size_t at = 0;
+    const size_t colon = uri.find(u':');
+    const size_t stop = uri.find_first_of(u"/?#");
+    if (colon != XString::npos && colon > 0 && (stop == XString::npos || colon < stop)) {
+        const bool letters = std::all_of(uri.begin(), uri.begin() + static_cast<std::ptrdiff_t>(colon), [](XMLCh c) {
+            return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || (c >= u'0' && c <= u'9') || c == u'+' ||
+                   c == u'-' || c == u'.';
+        });
+        if (letters && ((uri[0] >= u'a' && uri[0] <= u'z') || (uri[0] >= u'A' && uri[0] <= u'Z'))) {
+            p.scheme = uri.substr(0, colon);
+            at = colon + 1;
+        }
+    }
+    if (uri.compare(at, 2, u"//") == 0) {
+        const size_t end = uri.find_first_of(u"/?#", at + 2);
+        p.authority = uri.substr(at + 2, end == XString::npos ? XString::npos : end - at - 2);
+        at = end == XString::npos ? uri.size() : end;
+    }
+    const size_t pathEnd = std::min(uri.find_first_of(u"?#", at), uri.size());
+    p.path = uri.substr(at, pathEnd - at);
+    at = pathEnd;
+    if (at < uri.size() && uri[at] == u'?') {
+        const size_t end = std::min(uri.find(u'#', at), uri.size());
+        p.query = uri.substr(at + 1, end - at - 1);
+        at = end;
+    }
+    if (at < uri.size())
+        p.fragment = uri.substr(at + 1);
+    return p;
+}
+
+bool endsWith(const XString& s, const XString& tail) {
+    return s.size() >= tail.size() && s.compare(s.size() - tail.size(), tail.size(), tail) == 0;
+}
+
+// A ".." segment: the last segment of output goes, unless output is only ".."
+// segments of a relative path (kept, one more added) or the root (stays).
+void climb(XString& output, XString& input) {
+    if (endsWith(output, u"../")) {
+        output += u"..";
+        return;
+    }
+    if (output == u".." || endsWith(output, u"/..")) {
+        output += u"/..";
+        return;
+    }
+    const size_t slash = output.rfind(u'/');
+    if (slash == XString::npos || slash == 0) {
+        output.resize(slash == 0 ? 1 : 0);
+        if (!input.empty() && input[0] == u'/')
+            input.erase(0, 1);
+    } else {
+        output.erase(slash);
+    }
+}
+
+// remove_dot_segments as Canonical XML 1.1 amends it for relative paths.
+XString removeDotSegments(XString input) {
+    for (size_t at; (at = input.find(u"//")) != XString::npos;)
+        input.erase(at, 1);
+    XString output;
+    if (!input.empty() && input[0] == u'/') {
+        output = u"/";
+        input.erase(0, 1);
+    }
+    while (!input.empty()) {
+        if (input.compare(0, 2, u"./") == 0) {
+            input.erase(0, 2);
+        } else if (input.compare(0, 3, u"../") == 0) {
+            input.erase(0, 3);
+            if (output != u"/")
+                output += u"../";
+        } else if (input.compare(0, 3, u"/./") == 0) {
+            input.erase(0, 2);
+        } else if (input == u"/.") {
+            input = u"/";
+        } else if (input.compare(0, 4, u"/../") == 0) {
+            input.erase(0, 3);
+            climb(output, input);
+        } else if (input == u"/..") {
+            input = u"/";
+            climb(output, input);
+        } else if (input == u".") {
+            input.clear();
+        } else if (input == u"..") {
+            if (output != u"/")
+                output += u"..";
+            input.clear();
+        } else {
+            const size_t end = input.find(u'/', input[0] == u'/' ? 1 : 0);
+            output += input.substr(0, end);
+            input.erase(0, end == XString::npos ? input.size() : end);
+        }
+    }
+    if (endsWith(output, u".."))
+        output += u"/";
+    return output;
+}
+
 }  // namespace
+
+std::vector<XString> prefixListOf(const XMLCh* listText) {
+    const XString list = orEmpty(listText);
+    std::vector<XString> out;
+    size_t at = 0;
+    while (at < list.size()) {
+        const size_t end = list.find_first_of(u" \t\r\n", at);
+        const XString prefix = list.substr(at, end == XString::npos ? XString::npos : end - at);
+        if (!prefix.empty())
+            out.push_back(prefix == u"#default" ? XString() : prefix);
+        at = end == XString::npos ? list.size() : end + 1;
+    }
+    return out;
+}
+
+XString joinXmlBase(const XString& baseText, const XString& reference) {
+    const UriParts base = split(endsWith(baseText, u"..") ? baseText + u"/" : baseText);
+    UriParts r = split(reference);
+    if (r.scheme && base.scheme && *r.scheme == *base.scheme)
+        r.scheme.reset();
+    UriParts t;
+    t.fragment = r.fragment;
+    if (r.scheme) {
+        t = r;
+        t.path = removeDotSegments(r.path);
+    } else {
+        t.scheme = base.scheme;
+        if (r.authority) {
+            t.authority = r.authority;
+            t.path = removeDotSegments(r.path);
+            t.query = r.query;
+        } else {
+            t.authority = base.authority;
+            if (r.path.empty()) {
+                t.path = base.path;
+                t.query = r.query ? r.query : base.query;
+            } else {
+                if (r.path[0] == u'/') {
+                    t.path = r.path;
+                } else if (base.authority && base.path.empty()) {
+                    t.path = u"/" + r.path;
+                } else {
+                    const size_t slash = base.path.rfind(u'/');
+                    t.path = slash == XString::npos ? r.path : base.path.substr(0, slash + 1) + r.path;
+                }
+                t.path = removeDotSegments(t.path);
+                t.query = r.query;
+            }
+        }
+    }
+    XString out;
+    if (t.scheme)
+        out += *t.scheme + u":";
+    if (t.authority)
+        out += u"//" + *t.authority;
+    out += t.path;
+    if (t.query)
+        out += u"?" + *t.query;
+    if (t.fragment)
+        out += u"#" + *t.fragment;
+    return out;
+}
 
 bool canonicalize(const DOMNode* root, NodeSelection& selection, const CanonicalOptions& how, ByteSink& out) {
     Writer writer(selection, how, out);

@@ -1,5 +1,11 @@
-// Canonical XML 1.0 and Exclusive Canonical XML 1.0, with or without comments,
-// of any node-set of a tree, written in one walk.
+// Canonical XML 1.0 and 1.1 and Exclusive Canonical XML 1.0, with or without
+// comments, of any node-set of a tree, written in one walk.
+//
+// Canonical XML 1.1 differs from 1.0 only where an output element's ancestors
+// are left out: their xml:id is not inherited, and their xml:base values are
+// joined onto the element's own (as Santuario joins them: only the ancestors
+// left out since the nearest output one, innermost first, by RFC 3986 with the
+// 1.1 dot-segment rule, which keeps leading "../" of a relative path).
 //
 // Node-sets that leave an element out but keep some of its namespace or
 // attribute nodes ("orphans") are where implementations part ways:
@@ -31,6 +37,7 @@ enum class OrphanForm { Santuario, Literal };
 struct CanonicalOptions {
     bool exclusive = false;
     bool comments = false;
+    bool version11 = false;  // inclusive only
     std::vector<XString> inclusivePrefixes;  // exclusive only; "" stands for #default
     OrphanForm orphans = OrphanForm::Santuario;
     // The tree as Exclusive C14N of all of it, with this PrefixList, would have
@@ -52,6 +59,13 @@ public:
 // element left out of the node-set, under inclusive canonicalization).
 bool canonicalize(const XERCES_CPP_NAMESPACE::DOMNode* root, NodeSelection& selection, const CanonicalOptions& how,
                   ByteSink& out);
+
+// The prefixes of an InclusiveNamespaces PrefixList ("" for #default).
+std::vector<XString> prefixListOf(const XMLCh* list);
+
+// reference resolved against base as Canonical XML 1.1 joins xml:base values
+// (both may be relative).
+XString joinXmlBase(const XString& base, const XString& reference);
 
 }  // namespace vqxml
 

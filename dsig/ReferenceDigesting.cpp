@@ -11,6 +11,7 @@
 
 #include "core/Namespaces.hpp"
 #include "core/ParseLimits.hpp"
+#include "dsig/EngineXPath.hpp"
 #include "dsig/IdResolution.hpp"
 #include "dsig/NodeSelection.hpp"
 #include "dsig/VerificationLimits.hpp"
@@ -254,6 +255,8 @@ private:
         m_parsed.push_back(std::move(owned));
     }
 
+    // An expression beyond the linear subset is evaluated by the engine, its cost
+    // checked first.
     bool xpath(const DOMElement* transform) {
         const DOMElement* expression = dsigChild(transform, u"XPath");
         if (expression == nullptr)
@@ -262,9 +265,12 @@ private:
             const XMLCh* uri = expression->lookupNamespaceURI(prefix.c_str());
             return uri != nullptr ? std::optional<XString>(uri) : std::nullopt;
         });
-        if (!filter)
-            return false;
         needNodes();
+        if (!filter) {
+            checkEngineXPathCost(expression, m_doc);
+            addFilter(std::make_unique<EngineXPathSelection>(expression, m_doc));
+            return true;
+        }
         addFilter(std::make_unique<XPathSelection>(*filter, m_doc));
         m_compiled.push_back(std::move(filter));
         return true;
@@ -278,19 +284,13 @@ private:
             return false;
         how.exclusive = choice.exclusive;
         how.comments = choice.comments;
+        how.version11 = choice.version11;
         for (const DOMElement* e = transform->getFirstElementChild(); e != nullptr; e = e->getNextElementSibling()) {
             if (!how.exclusive || !XMLString::equals(e->getLocalName(), u"InclusiveNamespaces") ||
                 !XMLString::equals(e->getNamespaceURI(), kExcC14nNamespace))
                 return false;
-            const XString list = e->getAttribute(u"PrefixList");
-            size_t at = 0;
-            while (at < list.size()) {
-                const size_t end = list.find_first_of(u" \t\r\n", at);
-                const XString prefix = list.substr(at, end == XString::npos ? XString::npos : end - at);
-                if (!prefix.empty())
-                    how.inclusivePrefixes.push_back(prefix == u"#default" ? XString() : prefix);
-                at = end == XString::npos ? list.size() : end + 1;
-            }
+            for (XString& prefix : prefixListOf(e->getAttribute(u"PrefixList")))
+                how.inclusivePrefixes.push_back(std::move(prefix));
         }
         return true;
     }
@@ -314,46 +314,16 @@ private:
     std::vector<std::unique_ptr<DOMDocument, DocumentRelease>> m_parsed;
 };
 
-// The general XPath engine resolves only the prefixes declared on the ds:XPath
-// element itself, while an expression's context is every declaration in scope
-// there (and peers declare ds on ds:Signature only). The declarations in scope
-// are copied onto each ds:XPath element of a reference while the engine digests
-// it, and taken away again before anything else (the SignedInfo's canonical
-// form) sees the element.
-class XPathContextDeclared {
-public:
-    explicit XPathContextDeclared(DOMElement* reference) {
-        DOMElement* transforms = const_cast<DOMElement*>(dsigChild(reference, u"Transforms"));
-        for (DOMElement* t = transforms != nullptr ? transforms->getFirstElementChild() : nullptr; t != nullptr;
-             t = t->getNextElementSibling())
-            if (DOMElement* xpath = const_cast<DOMElement*>(dsigChild(t, u"XPath")))
-                declareAncestors(xpath);
-    }
-    ~XPathContextDeclared() {
-        for (auto& [element, name] : m_added)
-            element->removeAttributeNS(kXmlnsNamespace, name.c_str());
-    }
-    XPathContextDeclared(const XPathContextDeclared&) = delete;
-    XPathContextDeclared& operator=(const XPathContextDeclared&) = delete;
-
-private:
-    void declareAncestors(DOMElement* xpath) {
-        for (const DOMNode* n = xpath->getParentNode(); n != nullptr && n->getNodeType() == DOMNode::ELEMENT_NODE;
-             n = n->getParentNode()) {
-            const DOMNamedNodeMap* attributes = n->getAttributes();
-            for (XMLSize_t i = 0; attributes != nullptr && i < attributes->getLength(); ++i) {
-                const DOMNode* a = attributes->item(i);
-                if (!XMLString::equals(a->getNamespaceURI(), kXmlnsNamespace) ||
-                    xpath->getAttributeNodeNS(kXmlnsNamespace, a->getLocalName()) != nullptr)
-                    continue;
-                xpath->setAttributeNS(kXmlnsNamespace, a->getNodeName(), a->getNodeValue());
-                m_added.push_back({xpath, a->getLocalName()});
-            }
-        }
-    }
-
-    std::vector<std::pair<DOMElement*, XString>> m_added;
-};
+// The ds:XPath elements of a reference's transforms.
+std::vector<DOMElement*> xpathElements(DOMElement* reference) {
+    std::vector<DOMElement*> out;
+    const DOMElement* transforms = dsigChild(reference, u"Transforms");
+    for (const DOMElement* t = transforms != nullptr ? transforms->getFirstElementChild() : nullptr; t != nullptr;
+         t = t->getNextElementSibling())
+        if (const DOMElement* xpath = dsigChild(t, u"XPath"))
+            out.push_back(const_cast<DOMElement*>(xpath));
+    return out;
+}
 
 class PipelineNodeSet : public ReferenceNodeSet {
 public:
@@ -425,7 +395,7 @@ ReferenceMatch matchReferenceDigest(const DSIGReference& reference, DOMElement* 
     std::optional<ReferenceDigest> ours = digestReference(element, signature, OrphanForm::Santuario);
     if (!ours) {
         checkEngineXPathCost(element);
-        XPathContextDeclared declared(element);
+        const XPathContextDeclared declared(xpathElements(element));
         return referenceDigestMatches(&reference) ? ReferenceMatch::Plain : ReferenceMatch::None;
     }
     unsigned char stated[EVP_MAX_MD_SIZE];

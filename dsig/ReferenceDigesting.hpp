@@ -1,11 +1,12 @@
 // The digest of a same-document Reference computed by the library's own
 // transforms: the URI's node-set, then enveloped-signature, XPath filters (the
-// linear subset of dsig/XPathExpression.hpp), Canonical XML 1.0 and Exclusive
+// linear subset of dsig/XPathExpression.hpp evaluated here, any other expression
+// by the engine, dsig/EngineXPath.hpp), Canonical XML 1.0 and 1.1 and Exclusive
 // Canonical XML in any order (octets that a node-set transform needs are parsed
 // again, as the recommendation says), and the final canonicalization. Signing
 // and verifying both go through it, so what is signed is what is checked; the
 // engine's transforms remain for whatever it does not take (other URIs and
-// transforms, XPath beyond the subset).
+// transforms).
 #ifndef VQXML_DSIG_REFERENCEDIGESTING_HPP
 #define VQXML_DSIG_REFERENCEDIGESTING_HPP
 

@@ -1,5 +1,6 @@
 #include "dsig/Signing.hpp"
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -11,14 +12,13 @@
 #include <xsec/framework/XSECAlgorithmHandler.hpp>
 #include <xsec/framework/XSECAlgorithmMapper.hpp>
 #include <xsec/transformers/TXFMChain.hpp>
-#include <xsec/transformers/TXFMSB.hpp>
 #include <xsec/utils/XSECPlatformUtils.hpp>
 
 #include "core/Namespaces.hpp"
 #include "core/VQXMLException.hpp"
 #include "dsig/ReferenceDigesting.hpp"
 #include "engine/Base64.hpp"
-#include "engine/SignedInfoCanonicalization.hpp"
+#include "dsig/SignedInfoCanonicalization.hpp"
 #include "vqxml/vqxml.h"
 
 XERCES_CPP_NAMESPACE_USE
@@ -52,7 +52,6 @@ std::string withoutLineBreaks(std::string text) {
 bool signWithOwnTransforms(DSIGSignature& signature, DOMElement* signatureElement, XSECCryptoKey* key) {
     if (signatureElement == nullptr || key == nullptr)
         return false;
-    DOMDocument* document = signatureElement->getOwnerDocument();
     DOMElement* signedInfo = signatureElement->getFirstElementChild();
     const std::vector<DOMElement*> referenceElements = vqxml::referenceElements(signatureElement);
     if (referenceElements.empty())
@@ -68,9 +67,8 @@ bool signWithOwnTransforms(DSIGSignature& signature, DOMElement* signatureElemen
     const XSECAlgorithmHandler* handler =
         XSECPlatformUtils::g_algorithmMapper->mapURIToHandler(signature.getAlgorithmURI());
     const std::vector<DOMElement*> signatureValues = dsigChildren(signatureElement, u"SignatureValue");
-    // A PrefixList stays with the engine, which signs without it.
-    const std::optional<vqxml::SignedInfoCanonicalization> how = vqxml::signedInfoCanonicalization(signedInfo);
-    if (handler == nullptr || signatureValues.size() != 1 || !how || how->prefixList)
+    const std::optional<vqxml::CanonicalOptions> how = vqxml::signedInfoCanonicalization(signedInfo);
+    if (handler == nullptr || signatureValues.size() != 1 || !how)
         return false;
 
     for (size_t i = 0; i < digests.size(); ++i) {
@@ -79,13 +77,9 @@ bool signWithOwnTransforms(DSIGSignature& signature, DOMElement* signatureElemen
             throw VQXML_XSECException(VQXML_ERR_UNKNOWN, "A Reference has no DigestValue");
         setText(value[0], withoutLineBreaks(vqxml::base64Text(digests[i])));
     }
-    safeBuffer canonical;
-    const XMLSize_t len = vqxml::canonicalForm(document, signedInfo, *how, canonical);
-    TXFMSB* source = new TXFMSB(document);
-    TXFMChain chain(source);
-    source->setInput(canonical, static_cast<unsigned int>(len));
+    const std::unique_ptr<TXFMChain> chain = vqxml::canonicalChain(signedInfo, *how);
     safeBuffer value;
-    if (!handler->signToSafeBuffer(&chain, signature.getAlgorithmURI(), key, 0, value))
+    if (!handler->signToSafeBuffer(chain.get(), signature.getAlgorithmURI(), key, 0, value))
         throw XSECException(XSECException::SigVfyError, "The signature value could not be computed");
     setText(signatureValues[0], value.rawCharBuffer());
     return true;

@@ -2,6 +2,7 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include <xsec/dsig/DSIGKeyInfoX509.hpp>
@@ -14,6 +15,7 @@
 #include "engine/Base64.hpp"
 #include "engine/CertificateAppending.hpp"
 #include "engine/ParkedObjects.hpp"
+#include "engine/SignerKeys.hpp"
 #include "engine/VQTKCryptoKeyKCDSA.hpp"
 #include "engine/VQTKCryptoKeyRSA.hpp"
 
@@ -42,8 +44,9 @@ VQTKCryptoKeyKCDSA* VQXML_XMLSecurity::createKCDSAKey(unsigned char* cert, int c
     return vqxml::createKCDSAKey(cert, certLen, key, keyLen);
 }
 
+// The four token values are accepted and not used, as by createRSAKey.
 int VQXML_XMLSecurity::XMLDSIG_setSignCertAndKey(unsigned char* cert, int certLen, unsigned char* key, int keyLen,
-                                                 char* token1, char* token2, void* token3, void* token4) {
+                                                 char*, char*, void*, void*) {
     return vqxml::guarded(*this, "XMLDSIG_setSignCertAndKey > ", [&] {
         requireSignature();
         const bool haveCert = cert != nullptr && certLen > 0;
@@ -52,21 +55,17 @@ int VQXML_XMLSecurity::XMLDSIG_setSignCertAndKey(unsigned char* cert, int certLe
             throw VQXML_XSECException(VQXML_ERR_DSIG_NO_KEY);
         requireTemplate(VQXML_ERR_DSIG_NOT_ASYMMETRIC);
         DSIGKeyInfoX509* x509 = m_signature->appendX509Data();
-        if (m_signatureMethod == 5) {
-            VQTKCryptoKeyKCDSA* kcdsa = createKCDSAKey(cert, certLen, key, keyLen);
-            setSigningKey(kcdsa);
-            describeSigner(x509, *kcdsa, cert != nullptr);
-            return;
-        }
-        if (m_signatureMethod != 3)
+        const auto take = [&](auto* signer) {
+            setSigningKey(signer);
+            if constexpr (std::is_same_v<decltype(signer), VQTKCryptoKeyRSA*>) {
+                if (m_appendKeyValue)
+                    m_signature->appendRSAKeyValue(vqxml::base64Encode(signer->modulus()).c_str(),
+                                                   vqxml::base64Encode(signer->exponent()).c_str());
+            }
+            describeSigner(x509, *signer, cert != nullptr);
+        };
+        if (!vqxml::withSignerKey(m_signatureMethod, cert, certLen, key, keyLen, take))
             throw VQXML_XSECException(VQXML_ERR_DSIG_NOT_ASYMMETRIC);
-        VQTKCryptoKeyRSA* rsa = createRSAKey(cert, certLen, key, keyLen, token1, token2, token3, token4);
-        setSigningKey(rsa);
-        if (m_appendKeyValue) {
-            m_signature->appendRSAKeyValue(vqxml::base64Encode(rsa->modulus()).c_str(),
-                                           vqxml::base64Encode(rsa->exponent()).c_str());
-        }
-        describeSigner(x509, *rsa, cert != nullptr);
     });
 }
 

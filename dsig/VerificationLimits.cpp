@@ -94,6 +94,13 @@ double costOf(const DOMElement* xpath, double nodes, bool atEveryNode) {
     return *cost;
 }
 
+void refuseAbove(double cost) {
+    if (cost > kMaxEngineXPathCost)
+        refuse(XSECException::UnsupportedFunction,
+               "An XPath transform that would visit more than " + std::to_string(kMaxEngineXPathCost) +
+                   " nodes in this document is not run when verifying");
+}
+
 }  // namespace
 
 void checkEngineXPathCost(const DOMElement* reference) {
@@ -116,11 +123,13 @@ void checkEngineXPathCost(const DOMElement* reference) {
         } else if (const DOMElement* expression = childNamed(t, kDsigNamespace, u"XPath")) {
             cost = nodes * costOf(expression, nodes, true);
         }
-        if (cost > kMaxEngineXPathCost)
-            refuse(XSECException::UnsupportedFunction,
-                   "An XPath transform that would visit more than " + std::to_string(kMaxEngineXPathCost) +
-                       " nodes in this document is not run when verifying");
+        refuseAbove(cost);
     }
+}
+
+void checkEngineXPathCost(const DOMElement* xpath, const DOMDocument* doc) {
+    const double nodes = nodesOf(doc);
+    refuseAbove(nodes * costOf(xpath, nodes, true));
 }
 
 void checkVerificationLimits(const DSIGSignature* signature) {

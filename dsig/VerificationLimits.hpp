@@ -27,6 +27,7 @@
 #include <xercesc/util/XercesDefs.hpp>
 
 XERCES_CPP_NAMESPACE_BEGIN
+class DOMDocument;
 class DOMElement;
 XERCES_CPP_NAMESPACE_END
 
@@ -47,6 +48,10 @@ void checkVerificationLimits(const DSIGSignature* signature);
 // expressions of the ds:Reference element reference would cost more than
 // kMaxEngineXPathCost in its document.
 void checkEngineXPathCost(const XERCES_CPP_NAMESPACE::DOMElement* reference);
+
+// The same for one ds:XPath element's expression, evaluated by the engine at
+// every node of doc.
+void checkEngineXPathCost(const XERCES_CPP_NAMESPACE::DOMElement* xpath, const XERCES_CPP_NAMESPACE::DOMDocument* doc);
 
 }  // namespace vqxml
 

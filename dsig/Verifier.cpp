@@ -13,7 +13,7 @@
 #include "dsig/IdResolution.hpp"
 #include "dsig/ReferenceDigesting.hpp"
 #include "dsig/VerificationLimits.hpp"
-#include "engine/SignedInfoCanonicalization.hpp"
+#include "dsig/SignedInfoCanonicalization.hpp"
 #include "vqxml/vqxml.h"
 
 XERCES_CPP_NAMESPACE_USE

@@ -5,6 +5,7 @@
 
 #include "engine/AesCipherHandlers.hpp"
 #include "engine/AlgorithmURIs.hpp"
+#include "engine/EvpSignatureHandler.hpp"
 #include "engine/HMACSignatureHandler.hpp"
 #include "engine/Has160DigestHandler.hpp"
 #include "engine/KCDSASignatureHandler.hpp"
@@ -40,6 +41,7 @@ void registerAlgorithmHandlers() {
     for (const XMLCh* uri : {uri::kKcdsaSha1, uri::kKcdsaSha256, uri::kKcdsaHas160})
         XSECPlatformUtils::registerAlgorithmHandler(uri, kcdsa);
     registerHmacHandler();
+    registerEvpSignatureHandler();
 }
 
 }  // namespace vqxml

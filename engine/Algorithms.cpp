@@ -48,11 +48,12 @@ const Algorithm* algorithmByCode(AlgorithmKind kind, int code, int hash) {
 }
 
 bool canonicalizationChoice(const XMLCh* uri, CanonicalizationChoice& out) {
-    // Codes 1 C14N, 2 with comments, 3 exclusive, 4 exclusive with comments.
+    // Codes 1 C14N, 2 with comments, 3 exclusive, 4 exclusive with comments,
+    // 5 C14N 1.1, 6 C14N 1.1 with comments.
     const Algorithm* a = algorithmByURI(AlgorithmKind::C14N, uri);
     if (a == nullptr)
         return false;
-    out = {a->methodCode >= 3, a->methodCode % 2 == 0};
+    out = {a->methodCode == 3 || a->methodCode == 4, a->methodCode % 2 == 0, a->methodCode >= 5};
     return true;
 }
 

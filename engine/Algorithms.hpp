@@ -35,10 +35,11 @@ const Algorithm* algorithmByURI(AlgorithmKind kind, const XMLCh* uri);
 // For signatures, code and hash together name the row.
 const Algorithm* algorithmByCode(AlgorithmKind kind, int code, int hash = 0);
 
-// A canonicalization URI of the table as its two choices; false for any other URI.
+// A canonicalization URI of the table as its choices; false for any other URI.
 struct CanonicalizationChoice {
     bool exclusive;
     bool comments;
+    bool version11;  // Canonical XML 1.1 (inclusive)
 };
 bool canonicalizationChoice(const XMLCh* uri, CanonicalizationChoice& out);
 

@@ -1,6 +1,7 @@
 #include "engine/OpenSSLInput.hpp"
 
 #include <cstring>
+#include <string>
 
 #include <openssl/bio.h>
 #include <openssl/err.h>
@@ -61,6 +62,31 @@ PKeyPtr readPrivateKey(const unsigned char* bytes, int len) {
     }
     ERR_clear_error();
     return PKeyPtr(key);
+}
+
+ParsedKeyPair readKeyPair(const unsigned char* cert, int certLen, const unsigned char* key, int keyLen, int baseId,
+                          const char* kind, XSECCryptoException::XSECCryptoExceptionType error) {
+    const auto fail = [error](const std::string& why) { throw XSECCryptoException(error, why.c_str()); };
+    std::shared_ptr<X509> x509;
+    if (cert != nullptr && certLen > 0) {
+        x509 = readCertificate(cert, certLen);
+        if (!x509)
+            fail("The certificate is neither DER nor PEM X.509");
+    }
+    PKeyPtr pkey;
+    if (key != nullptr && keyLen > 0) {
+        pkey = readPrivateKey(key, keyLen);
+        if (!pkey)
+            fail(std::string("The private key is neither an unencrypted PKCS#8 nor a traditional ") + kind +
+                 " key (DER or PEM)");
+        if (x509 && X509_check_private_key(x509.get(), pkey.get()) != 1)
+            fail("The private key does not belong to the certificate");
+    } else if (x509) {
+        pkey.reset(X509_get_pubkey(x509.get()));
+    }
+    if (!pkey || EVP_PKEY_get_base_id(pkey.get()) != baseId)
+        fail(std::string("The key is not a key of type ") + kind);
+    return {std::shared_ptr<EVP_PKEY>(pkey.release(), &EVP_PKEY_free), std::move(x509)};
 }
 
 }  // namespace vqxml

@@ -6,6 +6,9 @@
 
 #include <openssl/evp.h>
 #include <openssl/x509.h>
+#include <xsec/enc/XSECCryptoException.hpp>
+
+#include "engine/KeyCache.hpp"
 
 namespace vqxml {
 
@@ -22,6 +25,14 @@ std::shared_ptr<X509> readCertificate(const unsigned char* bytes, int len);
 // An unencrypted private key: PKCS#8 PrivateKeyInfo or a traditional (PKCS#1,
 // SEC1) key, DER or PEM; null otherwise. Never asks for a password.
 PKeyPtr readPrivateKey(const unsigned char* bytes, int len);
+
+// A signer's certificate and/or private key (either may be absent; a
+// certificate alone gives its public key) of the OpenSSL key type baseId
+// (EVP_PKEY_RSA, EVP_PKEY_EC, EVP_PKEY_DSA), named kind in messages. Throws
+// XSECCryptoException of type error for bytes it cannot use, a key of another
+// type, or a key that does not belong to the certificate.
+ParsedKeyPair readKeyPair(const unsigned char* cert, int certLen, const unsigned char* key, int keyLen, int baseId,
+                          const char* kind, XSECCryptoException::XSECCryptoExceptionType error);
 
 }  // namespace vqxml
 

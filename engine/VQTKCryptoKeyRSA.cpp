@@ -41,25 +41,7 @@ std::vector<unsigned char> publicParameter(EVP_PKEY* key, const char* name) {
 
 // Parses without the cache; throws for bytes it cannot use.
 vqxml::ParsedKeyPair parse(const unsigned char* cert, int certLen, const unsigned char* key, int keyLen) {
-    std::shared_ptr<X509> x509;
-    if (cert != nullptr && certLen > 0) {
-        x509 = vqxml::readCertificate(cert, certLen);
-        if (!x509)
-            fail("The certificate is neither DER nor PEM X.509");
-    }
-    vqxml::PKeyPtr pkey;
-    if (key != nullptr && keyLen > 0) {
-        pkey = vqxml::readPrivateKey(key, keyLen);
-        if (!pkey)
-            fail("The private key is neither an unencrypted PKCS#8 nor a PKCS#1 RSA key (DER or PEM)");
-        if (x509 && X509_check_private_key(x509.get(), pkey.get()) != 1)
-            fail("The private key does not belong to the certificate");
-    } else if (x509) {
-        pkey.reset(X509_get_pubkey(x509.get()));
-    }
-    if (!pkey || EVP_PKEY_get_base_id(pkey.get()) != EVP_PKEY_RSA)
-        fail("The key is not an RSA key");
-    return {std::shared_ptr<EVP_PKEY>(pkey.release(), &EVP_PKEY_free), std::move(x509)};
+    return vqxml::readKeyPair(cert, certLen, key, keyLen, EVP_PKEY_RSA, "RSA", XSECCryptoException::RSAError);
 }
 
 // Copies of a key's eight numbers (n, e, d, p, q and the CRT values), cleared and

@@ -32,10 +32,11 @@ namespace vqxml {
 
 // Teaches xml-security-c the engine's algorithms (AlgorithmURIs.hpp): SEED, ARIA
 // and NEAT in CBC mode, AES in CBC and GCM mode, AES key wrap and RSA-OAEP on
-// OpenSSL EVP (AesCipherHandlers.hpp, KeyTransportHandlers.hpp), the HAS-160 digest, the KCDSA signatures, and HMAC with a
-// correct truncation rule. The engine forgets its handlers when it terminates, so
-// this belongs right after every XSECPlatformUtils::Initialise (defined in
-// AlgorithmRegistration.cpp).
+// OpenSSL EVP (AesCipherHandlers.hpp, KeyTransportHandlers.hpp), the HAS-160
+// digest, the KCDSA signatures, HMAC with a correct truncation rule, and RSA-PSS,
+// ECDSA and DSA-SHA256 on OpenSSL's EVP (EvpSignatureHandler.hpp). The engine
+// forgets its handlers when it terminates, so this belongs right after every
+// XSECPlatformUtils::Initialise (defined in AlgorithmRegistration.cpp).
 void registerAlgorithmHandlers();
 
 }  // namespace vqxml

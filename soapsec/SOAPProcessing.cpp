@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <type_traits>
+#include <vector>
 
 #include <xercesc/dom/DOM.hpp>
 #include <xsec/dsig/DSIGKeyInfoList.hpp>
@@ -13,8 +15,7 @@
 
 #include "engine/EngineLifecycle.hpp"
 #include "core/ErrorFrame.hpp"
-#include "engine/VQTKCryptoKeyKCDSA.hpp"
-#include "engine/VQTKCryptoKeyRSA.hpp"
+#include "engine/SignerKeys.hpp"
 #include "engine/VQTKCryptoSymmetricKey.hpp"
 #include "engine/XencReferences.hpp"
 #include "soapsec/wssec/VQXML_WSSecSecurity.hpp"
@@ -105,17 +106,13 @@ int VQXML_XMLSecurity::SOAPSEC_setVerifyCert(unsigned char* cert, int certLen) {
         VQXML_WSSecSecurity& engine = requireWSSecurity();
         if (!engine.isWSSecSignature())
             throw VQXML_XSECException(VQXML_ERR_SOAP_NOT_ASYMMETRIC, "The message carries no signature");
-        if (engine.getSignatureMethod() == 5) {
-            std::unique_ptr<VQTKCryptoKeyKCDSA> key(createKCDSAKey(cert, certLen, nullptr, 0));
-            const std::vector<unsigned char> der = key->certificateDER();
-            engine.setVerificationKey(key.release(), der);
-        } else if (engine.getSignatureMethod() == 3) {
-            std::unique_ptr<VQTKCryptoKeyRSA> key(createRSAKey(cert, certLen, nullptr, 0, nullptr, nullptr, nullptr, nullptr));
-            const std::vector<unsigned char> der = key->certificateDER();
-            engine.setVerificationKey(key.release(), der);
-        } else {
+        const auto take = [&](auto* key) {
+            std::unique_ptr<std::remove_pointer_t<decltype(key)>> owned(key);
+            const std::vector<unsigned char> der = owned->certificateDER();
+            engine.setVerificationKey(owned.release(), der);
+        };
+        if (!vqxml::withSignerKey(engine.getSignatureMethod(), cert, certLen, nullptr, 0, take))
             throw VQXML_XSECException(VQXML_ERR_SOAP_NOT_ASYMMETRIC);
-        }
     });
 }
 

@@ -13,6 +13,7 @@
 #include "core/Transcode.hpp"
 #include "dsig/AlgorithmCodes.hpp"
 #include "engine/Base64.hpp"
+#include "engine/SignerKeys.hpp"
 #include "engine/VQTKCryptoKeyKCDSA.hpp"
 #include "engine/VQTKCryptoKeyRSA.hpp"
 #include "soapsec/wssec/VQXML_WSSecSecurity.hpp"
@@ -66,9 +67,10 @@ int VQXML_XMLSecurity::SOAPSEC_setSignatureAlg(int signatureAlg, int canonAlg) {
         if (!vqxml::signatureSelector(signatureAlg, codes))
             throw VQXML_XSECException(VQXML_ERR_SOAP_SIGNATURE_SELECTOR);
         m_signatureMethod = codes.signatureMethod;
-        if (canonAlg < 0 || canonAlg > 2)
+        int canonicalization = 0;
+        if (!vqxml::soapCanonicalizationSelector(canonAlg, canonicalization))
             throw VQXML_XSECException(VQXML_ERR_SOAP_C14N_SELECTOR);
-        requireWSSecurity().createBlankSignature(m_document, canonAlg, m_signatureMethod, codes.hashMethod);
+        requireWSSecurity().createBlankSignature(m_document, canonicalization, m_signatureMethod, codes.hashMethod);
         m_hashMethod = codes.hashMethod;
     });
 }
@@ -98,21 +100,14 @@ int VQXML_XMLSecurity::SOAPSEC_setSignCertAndKey(unsigned char* cert, int certLe
         VQXML_WSSecSecurity& engine = requireWSSecurity();
         std::string issuer, serial;
         std::vector<unsigned char> der;
-        if (m_signatureMethod == 5) {
-            VQTKCryptoKeyKCDSA* kcdsa = createKCDSAKey(cert, certLen, key, keyLen);
-            engine.setSigningKey(kcdsa);
-            issuer = kcdsa->issuerName();
-            serial = kcdsa->serialNumber();
-            der = kcdsa->certificateDER();
-        } else if (m_signatureMethod == 3) {
-            VQTKCryptoKeyRSA* rsa = createRSAKey(cert, certLen, key, keyLen, nullptr, nullptr, nullptr, nullptr);
-            engine.setSigningKey(rsa);
-            issuer = rsa->issuerName();
-            serial = rsa->serialNumber();
-            der = rsa->certificateDER();
-        } else {
+        const auto take = [&](auto* signer) {
+            engine.setSigningKey(signer);
+            issuer = signer->issuerName();
+            serial = signer->serialNumber();
+            der = signer->certificateDER();
+        };
+        if (!vqxml::withSignerKey(m_signatureMethod, cert, certLen, key, keyLen, take))
             throw VQXML_XSECException(VQXML_ERR_SOAP_NOT_ASYMMETRIC);
-        }
         // Names come as UTF-8 from the key objects.
         if (m_appendIssuerSerial)
             engine.setX509IssuerSerial(vqxml::XMLT("UTF-8", issuer.c_str()).c_str(),

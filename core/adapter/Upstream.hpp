@@ -13,8 +13,10 @@
 // | XercesDOMParser links nodes through checked DOM appends | adapter/QuickDOMParser, DomLinking    | QuickDOMParserTest.BuildsTheTreeXercesBuilds           |
 // | DOMLSSerializer writes a node                           | adapter/DomWriter                     | DomWriter.EveryTestAndInteropDocumentComesOutAsXercesWritesIt |
 // | XSECException clamps types above 58                     | core/VQXMLException                   | ErrorInfo.FailureTextIsCopiedByTheLengthRuleAndSurvivesSuccess |
-// | SignedInfo check ignores an exclusive PrefixList         | engine/SignedInfoCanonicalization     | InteropSamples.SignedInfoPrefixListIsHonoured          |
+// | SignedInfo check ignores an exclusive PrefixList         | dsig/SignedInfoCanonicalization       | InteropSamples.SignedInfoPrefixListIsHonoured          |
 // | HMAC output truncated to any length                     | engine/HMACSignatureHandler           | HmacLength.AtLeastEightyBitsAndHalfTheMac              |
+// | DSA only with a 160-bit q; no RSA-PSS; ECDSA r||s length | engine/EvpSignatureHandler            | SignatureAttacks.RefusedWithTheirReason                |
+// | XPath after enveloped-signature sees the Signature again | dsig/EngineXPath                      | XPathFilter.AgreesWithXmlsec/after_enveloped_general_engine |
 // | Triple DES and Korean CBC ciphers, slow on large data   | engine/TripleDesCipherHandler, KoreanCipherHandler | XmlEncryptionHandlers.WrongKeysAreRefusedCleanly |
 // | URI resolver fetches http: and file: references         | engine/VQXMLURIResolver               | HostileSignatures.NothingOutsideTheDocumentIsReadWhenVerifying |
 // | RetrievalMethod, Manifest followed without bound; XSLT, | engine/KeyInfoGuard                   | HostileMessages.EveryEntryPointRefusesEachPieceAlikeWithoutReachingOut |

@@ -48,7 +48,7 @@ extern "C" {
 #define VQXML_ERR_DSIG_C14N_SELECTOR 10202        /* Unknown canonicalization selector */
 #define VQXML_ERR_DSIG_DIGEST_SELECTOR 10203      /* Unknown digest selector */
 #define VQXML_ERR_DSIG_NO_KEY 10204               /* Neither a certificate nor a private key was given */
-#define VQXML_ERR_DSIG_NOT_ASYMMETRIC 10205       /* The chosen signature method is neither RSA nor KCDSA */
+#define VQXML_ERR_DSIG_NOT_ASYMMETRIC 10205       /* The chosen signature method takes no certificate or private key */
 #define VQXML_ERR_DSIG_HMAC_KEY 10206             /* Empty HMAC secret, or the chosen signature method is not HMAC */
 #define VQXML_ERR_DSIG_NO_PREFIX 10207            /* No prefix was given */
 #define VQXML_ERR_DSIG_NO_KEY_NAME 10208          /* No key name was given */
@@ -77,7 +77,7 @@ extern "C" {
 #define VQXML_ERR_SOAP_C14N_SELECTOR 10403        /* Unknown canonicalization selector */
 #define VQXML_ERR_SOAP_DIGEST_SELECTOR 10404      /* Unknown digest selector */
 #define VQXML_ERR_SOAP_NO_KEY 10405               /* Neither a certificate nor a private key was given */
-#define VQXML_ERR_SOAP_NOT_ASYMMETRIC 10406       /* The chosen signature method is neither RSA nor KCDSA */
+#define VQXML_ERR_SOAP_NOT_ASYMMETRIC 10406       /* The chosen signature method takes no certificate or private key */
 #define VQXML_ERR_SOAP_NO_KEY_NAME 10407          /* No key name was given */
 #define VQXML_ERR_SOAP_HMAC_KEY 10408             /* Empty HMAC key, or the chosen signature method is not HMAC */
 #define VQXML_ERR_SOAP_CIPHER_SELECTOR 10500      /* Unknown or unsupported symmetric algorithm */
@@ -140,6 +140,13 @@ VQXML_EXPORT void VQTK_XMLAPI_Free(void** buffer);
  * 5 RSA-SHA256. Canonicalization selectors: 0 none, 1 C14N, 2 C14N with comments,
  * 3 exclusive C14N, 4 exclusive C14N with comments (for SignedInfo, 0 means C14N).
  * Digest selectors: 1 SHA-1, 2 HAS-160, 3 SHA-256.
+ * Additions (XML Signature 1.1; the same numbers for EBXML and SOAPSEC):
+ * signature 6 RSA-SHA224, 7 RSA-SHA384, 8 RSA-SHA512, 9 RSA-PSS-SHA256,
+ * 10 RSA-PSS-SHA384, 11 RSA-PSS-SHA512 (RFC 6931: MGF1 with the same hash, salt as
+ * long as the hash), 12 ECDSA-SHA256, 13 ECDSA-SHA384, 14 ECDSA-SHA512 (r||s),
+ * 15 DSA-SHA256, 16 HMAC-SHA224, 17 HMAC-SHA256, 18 HMAC-SHA384, 19 HMAC-SHA512;
+ * canonicalization 5 C14N 1.1, 6 C14N 1.1 with comments; digest 4 SHA-224,
+ * 5 SHA-384, 6 SHA-512. docs/algorithms.md gives every URI.
  *
  * Reference URIs: NULL, "" or " " sign the whole document; a URI beginning with
  * "#", "http:", "https:" or "file:" stands as given; anything else names the
@@ -147,7 +154,8 @@ VQXML_EXPORT void VQTK_XMLAPI_Free(void** buffer);
  * the whole document pass the XPath "not(ancestor-or-self::ds:Signature)".
  *
  * Keys: the certificate is DER or PEM; the private key an unencrypted PKCS#8 or
- * PKCS#1 RSA key, DER or PEM. KeyInfo gets X509Data (X509SubjectName and
+ * PKCS#1 RSA key, DER or PEM (RSA and RSA-PSS), or, an addition, an unencrypted
+ * PKCS#8 (or SEC1, traditional DSA) EC or DSA key for ECDSA and DSA-SHA256. KeyInfo gets X509Data (X509SubjectName and
  * X509IssuerSerial when VQTK_XMLENC_SetSubjectName / VQTK_XMLENC_SetIssuerSerial were
  * called, then X509Certificate) followed by the RSA KeyValue. The four token values
  * of SetTokenSigner are accepted and not used.
@@ -389,9 +397,11 @@ VQXML_EXPORT int VQTK_EBXML_GetSignCert(void* handle, unsigned char** cert, int*
 /* ---- SOAP message security (WS-Security 1.0/1.1 header, X.509 token profile) ----
  * Securing: SetSOAPDocument (the envelope must have a SOAP Header) ->
  * SignatureMethod (1 HMAC-SHA1, 2 RSA-SHA1, 3 KCDSA-SHA1, 4 KCDSA-HAS160,
- * 5 RSA-SHA256; canonicalization 0 exclusive C14N, 1 C14N, 2 C14N with comments)
- * -> createReference (null uri: the SOAP Body; digest 1 SHA-1, 2 HAS-160,
- * 3 SHA-256) -> [SetIssuerSerial] -> SetSigner / SetHMACKey -> Sign.
+ * 5 RSA-SHA256 and the XML Signature additions 6 to 19; canonicalization 0 exclusive
+ * C14N, 1 C14N, 2 C14N with comments, additions 3 C14N 1.1, 4 C14N 1.1 with
+ * comments) -> createReference (null uri: the SOAP Body; digest 1 SHA-1, 2 HAS-160,
+ * 3 SHA-256, additions 4 SHA-224, 5 SHA-384, 6 SHA-512) -> [SetIssuerSerial] ->
+ * SetSigner / SetHMACKey -> Sign.
  * Encrypting: SetSymmAlg / SetSymmKey (1 Triple DES, 2 SEED, 3 NEAT, 4 ARIA) ->
  * EncryptElement (null target: the Body's content; "#id" or a qualified name;
  * type 1 content, 2 element) -> [SetIssuerSerial] -> EncryptKeyWrapKey per
@@ -402,7 +412,7 @@ VQXML_EXPORT int VQTK_EBXML_GetSignCert(void* handle, unsigned char** cert, int*
  * ProcessSOAP (decrypts and verifies in the sender's order, removes the header).
  * SetVerifyCert gives the signer's certificate (DER or PEM) to verify with, ahead
  * of any the message carries, for a signer it names only by issuer and serial:
- * 10405 no certificate, 10406 the message's signature is neither RSA nor KCDSA;
+ * 10405 no certificate, 10406 the message's signature takes no certificate (HMAC);
  * a certificate of another key makes ProcessSOAP fail with 11213. */
 VQXML_EXPORT int VQTK_SOAPSEC_SetSOAPDocument(void* handle, char* xml, int len);
 VQXML_EXPORT int VQTK_SOAPSEC_SignatureMethod(void* handle, int signatureAlg, int canonAlg);

@@ -29,7 +29,6 @@
 #include "dsig/Verifier.hpp"
 #include "dsig/VerifiedCoverage.hpp"
 #include "engine/KeyInfoGuard.hpp"
-#include "engine/SignedInfoCanonicalization.hpp"
 #include "engine/VQXMLURIResolver.hpp"
 #include "engine/VQXMLXENCCipher.hpp"
 #include "engine/wssec/WssNames.hpp"

@@ -1,6 +1,9 @@
 // sign and verify through the tool: round trips with each kind of key.
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
 #include "cli/CliRunner.hpp"
 
 using clitest::contains;
@@ -50,6 +53,42 @@ TEST_F(CliSignature, KcdsaWithEncryptedNpkiKeyThenVerifyGivesTheSignerAndContent
     EXPECT_TRUE(contains(testfiles::read(content), "TaxInvoiceDocument"));
     for (const std::string& f : {password, cert, content})
         unlink(f.c_str());
+}
+
+// The XML Signature 1.1 names: EC and DSA keys in PEM, PKCS #8 DER, HMAC-SHA2 keys.
+TEST_F(CliSignature, Xmldsig11AlgorithmsByName) {
+    const auto dsig = [](const std::string& name) { return testfiles::dataPath("dsig/" + name); };
+    const struct {
+        std::vector<std::string> args;
+        const char* uri;
+    } kRuns[] = {
+        {{"-a", "ecdsa-sha384", "--c14n", "c14n11", "-c", dsig("signer-ec384.crt.der"), "-k", dsig("signer-ec384.key.pem")},
+         "xmldsig-more#ecdsa-sha384"},
+        {{"-a", "dsa-sha256", "--digest", "sha512", "-c", dsig("signer-dsa2048.crt.der"), "-k",
+          dsig("signer-dsa2048.key.pk8.der")},
+         "xmldsig11#dsa-sha256"},
+        {{"-a", "rsa-pss-sha512", "--ref-c14n", "c14n11-comments", "-c", testpki("ee-rsa.crt.pem"), "-k",
+          testpki("ee-rsa.key.pem")},
+         "xmldsig-more#sha512-rsa-MGF1"},
+        {{"-a", "hmac-sha384", "--hmac-key", dsig("hmac.bin")}, "xmldsig-more#hmac-sha384"},
+    };
+    for (const auto& run : kRuns) {
+        std::vector<std::string> args = {"sign", "-o", signedFile};
+        args.insert(args.end(), run.args.begin(), run.args.end());
+        args.push_back(clitest::invoice());
+        auto sign = vqxml(args);
+        ASSERT_EQ(sign.exitCode, 0) << run.uri << ": " << sign.err;
+        EXPECT_TRUE(contains(testfiles::read(signedFile), run.uri)) << run.uri;
+        const bool hmac = run.args[2] == "--hmac-key";
+        auto verify = hmac ? vqxml({"verify", "-q", "--hmac-key", dsig("hmac.bin"), signedFile})
+                           : vqxml({"verify", "-q", signedFile});
+        EXPECT_EQ(verify.exitCode, 0) << run.uri << ": " << verify.err;
+    }
+    // An EC key for an RSA algorithm: the library's refusal.
+    EXPECT_NE(vqxml({"sign", "-a", "rsa-sha256", "-c", dsig("signer-ec256.crt.der"), "-k", dsig("signer-ec256.key.pem"),
+                     "-o", signedFile, clitest::invoice()})
+                  .exitCode,
+              0);
 }
 
 TEST_F(CliSignature, HmacThroughStdinAndStdoutAndOnlyTheSameSecretVerifies) {

@@ -27,6 +27,15 @@ inline const std::string& signerKey() {
     return der;
 }
 
+// A file of a signer under tests/data/dsig: kind "" is the RSA signer above, else
+// an EC or DSA signer (ec256, ec384, ec521, dsa2048); part "crt.der", "key.pk8.der"
+// or "key.pem".
+inline std::string signerFile(const std::string& kind, const std::string& part) {
+    if (!kind.empty())
+        return testfiles::dataPath("dsig/signer-" + kind + "." + part);
+    return testfiles::dataPath(part == "crt.der" ? "dsig/signer-cert.der" : "dsig/signer-" + part);
+}
+
 inline const std::string& hmacKey() {
     static const std::string bytes = testfiles::read(testfiles::dataPath("dsig/hmac.bin"));
     return bytes;

@@ -184,8 +184,8 @@ TEST(ArgumentCodes, SelectorsAndMissingPieces) {
                                             nullptr, nullptr, nullptr, nullptr),
               10205)
         << "before the algorithm is chosen";
-    EXPECT_EQ(ctx.XMLDSIG_setSignatureAlg(0, 0), 10201);
-    EXPECT_EQ(ctx.XMLDSIG_setSignatureAlg(5, 5), 10202);
+    EXPECT_EQ(ctx.XMLDSIG_setSignatureAlg(20, 0), 10201);
+    EXPECT_EQ(ctx.XMLDSIG_setSignatureAlg(5, 7), 10202);
     EXPECT_EQ(ctx.XMLDSIG_setSignatureAlg(5, 3), 0);
     EXPECT_EQ(ctx.XMLDSIG_createReference(nullptr, 0, 0, nullptr), 10203);
     EXPECT_EQ(ctx.XMLDSIG_createReference(nullptr, 1, 9, nullptr), 10202);

@@ -17,11 +17,12 @@ using namespace dsigtest;
 
 const char kC14n[] = "http://www.w3.org/TR/2001/REC-xml-c14n-20010315";
 const char kExcC14n[] = "http://www.w3.org/2001/10/xml-exc-c14n#";
+const char kEnveloped[] = "http://www.w3.org/2000/09/xmldsig#enveloped-signature";
 
 struct Case {
     const char* name;
     const char* expression;
-    const char* before;    // a canonicalization before the XPath (its output re-parsed), else exclusive C14N after it
+    const char* before;    // a transform before the XPath (C14N output re-parsed), else exclusive C14N after it
     const char* kept;      // text in a node the expression keeps: changed, the signature must fail
     const char* leftOut;   // text in a node it leaves out: changed, the signature still holds ("" for none)
     int reading;           // VQTK_XMLDSIG_GetCanonicalReading after verifying
@@ -116,7 +117,11 @@ INSTANTIATE_TEST_SUITE_P(
              "<PurposeCode>02", "정기 납품분", kPlain},
         // Beyond the linear subset: the general engine, with the prefixes in scope.
         Case{"general_engine", "string-length(name()) >= 0 and not(ancestor-or-self::ds:Signature)", nullptr,
-             "1100000", "", kPlain}),
+             "1100000", "", kPlain},
+        // After enveloped-signature, which has taken the Signature out already.
+        Case{"after_enveloped", "not(ancestor-or-self::t:ExchangedDocument)", kEnveloped, "1100000", "20261122103000",
+             kPlain},
+        Case{"after_enveloped_general_engine", "string-length(name()) >= 0", kEnveloped, "1100000", "", kPlain}),
     [](const testing::TestParamInfo<Case>& info) { return std::string(info.param.name); });
 
 }  // namespace

@@ -97,20 +97,28 @@ inline std::vector<Leaf> leavesOf(const std::string& package) {
     return out;
 }
 
-// Signs data (a package or a bare envelope) with the dsig test signer; the result
+// A signer: signature selector and the dsig test signer's files ("" for the RSA signer).
+struct Signer {
+    int selector = 5;
+    std::string kind;  // dsigtest::signerFile's kind
+};
+
+// Signs data (a package or a bare envelope) with a dsig test signer; the result
 // document, or the error text after a failure.
 inline int sign(const std::string& data, std::string* out, int digestSelector = 1, int c14nSelector = 1,
-                const char* xpath = kEnvelopeXPath, int signedInfoC14nSelector = 1) {
+                const char* xpath = kEnvelopeXPath, int signedInfoC14nSelector = 1, const Signer& signer = {}) {
+    const std::string cert = testfiles::read(dsigtest::signerFile(signer.kind, "crt.der"));
+    const std::string key = testfiles::read(dsigtest::signerFile(signer.kind, "key.pk8.der"));
     ScopedHandle h;
     int rc = VQTK_EBXML_SetSOAPDocument(h, chars(data), static_cast<int>(data.size()));
     if (rc == 0)
-        rc = VQTK_EBXML_SignatureMethod(h, 5, signedInfoC14nSelector);
+        rc = VQTK_EBXML_SignatureMethod(h, signer.selector, signedInfoC14nSelector);
     if (rc == 0)
         rc = VQTK_EBXML_createReference(h, const_cast<char*>(""), digestSelector, c14nSelector,
                                         const_cast<char*>(xpath));
     if (rc == 0)
-        rc = VQTK_EBXML_SetSigner(h, bytes(dsigtest::signerCert()), static_cast<int>(dsigtest::signerCert().size()),
-                                  bytes(dsigtest::signerKey()), static_cast<int>(dsigtest::signerKey().size()));
+        rc = VQTK_EBXML_SetSigner(h, bytes(cert), static_cast<int>(cert.size()), bytes(key),
+                                  static_cast<int>(key.size()));
     if (rc == 0)
         rc = VQTK_EBXML_Sign(h);
     *out = rc == 0 ? resultDocument(h) : errorText(h);

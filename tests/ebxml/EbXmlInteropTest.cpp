@@ -80,14 +80,25 @@ protected:
 TEST_F(XmlsecPeer, AcceptsWhatWeSign) {
     // The prefixes declared on the XPath element must leave SignedInfo's canonical
     // form alone under inclusive and exclusive canonicalization.
-    for (int signedInfoC14n : {1, 3})
-        for (int c14n : {0, 1, 3}) {
+    for (int signedInfoC14n : {1, 3, 5})
+        for (int c14n : {0, 1, 3, 5}) {
             std::string signedPackage;
             ASSERT_EQ(sign(makePackage(standardParts()), &signedPackage, 3, c14n, kEnvelopeXPath, signedInfoC14n), 0)
                 << signedPackage;
             EXPECT_EQ(xmlsecVerify(signedPackage), 0)
                 << "canonicalization " << signedInfoC14n << "/" << c14n << "\n" << signedPackage;
         }
+    // The XML Signature 1.1 signatures, each verified here too and refused once changed.
+    for (const Signer& signer : {Signer{8, ""}, Signer{13, "ec384"}, Signer{15, "dsa2048"}}) {
+        std::string signedPackage;
+        ASSERT_EQ(sign(makePackage(standardParts()), &signedPackage, 5, 5, kEnvelopeXPath, 6, signer), 0)
+            << signedPackage;
+        EXPECT_EQ(xmlsecVerify(signedPackage), 0) << signer.selector << "\n" << signedPackage;
+        EXPECT_EQ(verify(signedPackage), 0) << signer.selector;
+        const size_t at = signedPackage.find("공책");
+        ASSERT_NE(at, std::string::npos);
+        EXPECT_EQ(verify(signedPackage.replace(at, std::string("공책").size(), "연필")), 11213) << signer.selector;
+    }
 }
 
 TEST_F(XmlsecPeer, ItsXPathMayUsePrefixesBoundOnTheSignature) {

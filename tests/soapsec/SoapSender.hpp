@@ -15,21 +15,40 @@ struct Pki {
     std::string otherKey = testfiles::read(testfiles::dataPath("testpki/ee-rsa-b.key.der"));
     std::string kcdsaCert = testfiles::read(testfiles::dataPath("testpki/ee-kcdsa1024.crt.der"));
     std::string kcdsaKey = testfiles::read(testfiles::dataPath("testpki/ee-kcdsa1024.key.der"));
+    // EC and DSA signers, under tests/data/dsig/ca.der.
+    std::string ecCert = testfiles::read(testfiles::dataPath("dsig/signer-ec256.crt.der"));
+    std::string ecKey = testfiles::read(testfiles::dataPath("dsig/signer-ec256.key.pk8.der"));
+    std::string dsaCert = testfiles::read(testfiles::dataPath("dsig/signer-dsa2048.crt.der"));
+    std::string dsaKey = testfiles::read(testfiles::dataPath("dsig/signer-dsa2048.key.pk8.der"));
 };
 
-// Signs the Body with signature selector alg (SHA-256 references for RSA-SHA256),
-// naming the signer by issuer and serial or carrying its certificate as a token.
-inline std::string sign(const std::string& envelope, int alg, bool issuerSerial, std::string cert, std::string key) {
+// The digest selector that goes with signature selector alg: the signature's own
+// hash for the SHA-2 signatures, SHA-1 for the others.
+inline int digestFor(int alg) {
+    switch (alg) {
+    case 5: case 9: case 12: case 15: case 17: return 3;        // SHA-256
+    case 6: case 16: return 4;                                  // SHA-224
+    case 7: case 10: case 13: case 18: return 5;                // SHA-384
+    case 8: case 11: case 14: case 19: return 6;                // SHA-512
+    default: return 1;
+    }
+}
+
+// Signs the Body with signature selector alg (digestFor's references) and SOAP
+// SignedInfo canonicalization c14n, naming the signer by issuer and serial or
+// carrying its certificate as a token.
+inline std::string sign(const std::string& envelope, int alg, bool issuerSerial, std::string cert, std::string key,
+                        int c14n = 0) {
     ScopedHandle h;
     std::string xml = envelope;
     EXPECT_EQ(VQTK_SOAPSEC_SetSOAPDocument(h, &xml[0], size(xml)), 0);
-    EXPECT_EQ(VQTK_SOAPSEC_SignatureMethod(h, alg, 0), 0);
-    EXPECT_EQ(VQTK_SOAPSEC_createReference(h, nullptr, alg == 5 ? 3 : 1, 3, nullptr), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_SignatureMethod(h, alg, c14n), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_createReference(h, nullptr, digestFor(alg), 3, nullptr), 0);
     if (issuerSerial) {
         EXPECT_EQ(VQTK_SOAPSEC_SetIssuerSerial(h), 0);
     }
-    EXPECT_EQ(VQTK_SOAPSEC_SetSigner(h, bytes(cert), size(cert), bytes(key), size(key)), 0);
-    EXPECT_EQ(VQTK_SOAPSEC_Sign(h), 0);
+    EXPECT_EQ(VQTK_SOAPSEC_SetSigner(h, bytes(cert), size(cert), bytes(key), size(key)), 0) << apitest::errorText(h);
+    EXPECT_EQ(VQTK_SOAPSEC_Sign(h), 0) << apitest::errorText(h);
     return resultDocument(h);
 }
 

@@ -63,19 +63,19 @@ TEST(SoapVerifyCert, KcdsaSignerNamedByIssuerSerial) {
     EXPECT_EQ(verifyWith(sign(kEnvelope, 3, true, pki.kcdsaCert, pki.kcdsaKey), pki.kcdsaCert), 0);
 }
 
-// The Body signed by Apache WSS4J's sender, the signer named by issuer and serial.
-std::string signedByWss4j(bool sha256) {
+// The Body signed by Apache WSS4J's sender with signature and digest URIs (none:
+// its defaults), the signer named by issuer and serial.
+std::string signedByWss4j(const std::string& uris, const std::string& cert, const std::string& key) {
 #ifdef VQXML_WSS4J_JAVA
     const testfiles::ScratchDir dir;
     const std::string in = dir("envelope.xml"), out = dir("signed.xml");
     testfiles::write(in, kEnvelope);
     const std::string command = std::string(VQXML_WSS4J_JAVA) + " Wss4jProducer " + in + " " + out + " " +
-                                testfiles::dataPath("testpki/ee-rsa.crt.der") + " " +
-                                testfiles::dataPath("testpki/ee-rsa.key.der") + (sha256 ? " --sha256" : "");
+                                testfiles::dataPath(cert) + " " + testfiles::dataPath(key) + " " + uris;
     EXPECT_EQ(testfiles::run(command), 0) << command;
     return testfiles::read(out);
 #else
-    (void)sha256;
+    (void)uris, (void)cert, (void)key;
     return std::string();
 #endif
 }
@@ -84,21 +84,38 @@ TEST(SoapVerifyCert, Wss4jIssuerSerialSignature) {
 #ifndef VQXML_WSS4J_JAVA
     GTEST_SKIP() << kWss4jMissing;
 #endif
-    Pki pki;
-    for (bool sha256 : {false, true}) {
-        SCOPED_TRACE(sha256 ? "rsa-sha256" : "rsa-sha1");
-        std::string message = signedByWss4j(sha256);
+    const std::string more = "http://www.w3.org/2001/04/xmldsig-more#", xmlenc = "http://www.w3.org/2001/04/xmlenc#";
+    const struct {
+        std::string uris, cert, key, serial, issuer;
+    } kSigners[] = {
+        {"", "testpki/ee-rsa.crt.der", "testpki/ee-rsa.key.der", "4097", "VQXML Test Root CA"},
+        {more + "rsa-sha256 " + xmlenc + "sha256", "testpki/ee-rsa.crt.der", "testpki/ee-rsa.key.der", "4097",
+         "VQXML Test Root CA"},
+        {more + "rsa-sha512 " + xmlenc + "sha512", "testpki/ee-rsa.crt.der", "testpki/ee-rsa.key.der", "4097",
+         "VQXML Test Root CA"},
+        {"http://www.w3.org/2007/05/xmldsig-more#sha256-rsa-MGF1 " + xmlenc + "sha256", "testpki/ee-rsa.crt.der",
+         "testpki/ee-rsa.key.der", "4097", "VQXML Test Root CA"},
+        {more + "ecdsa-sha256 " + xmlenc + "sha256", "dsig/signer-ec256.crt.der", "dsig/signer-ec256.key.pk8.der",
+         "4916", "vqxml Test Root CA"},
+        {"http://www.w3.org/2009/xmldsig11#dsa-sha256 " + xmlenc + "sha256", "dsig/signer-dsa2048.crt.der",
+         "dsig/signer-dsa2048.key.pk8.der", "6708", "vqxml Test Root CA"},
+    };
+    const std::string other = Pki().otherCert;
+    for (const auto& s : kSigners) {
+        SCOPED_TRACE(s.uris.empty() ? "rsa-sha1" : s.uris);
+        std::string message = signedByWss4j(s.uris, s.cert, s.key);
         ASSERT_NE(message.find("X509IssuerSerial"), std::string::npos) << message;
         ScopedHandle h;
         ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], size(message)), 0);
         int isSigned = 0;
         ASSERT_EQ(VQTK_SOAPSEC_GetSignKeyInfo(h, &isSigned), 0);
         const auto named = issuerAndSerial(h);
-        EXPECT_EQ(named.second, "4097");
-        EXPECT_NE(named.first.find("VQXML Test Root CA"), std::string::npos) << named.first;
-        EXPECT_EQ(verifyWith(message, pki.otherCert), 11213);
-        EXPECT_EQ(verifyWith(tampered(message), pki.cert), 11213);
-        EXPECT_EQ(verifyWith(message, pki.cert), 0);
+        EXPECT_EQ(named.second, s.serial);
+        EXPECT_NE(named.first.find(s.issuer), std::string::npos) << named.first;
+        const std::string cert = testfiles::read(testfiles::dataPath(s.cert));
+        EXPECT_NE(verifyWith(message, other), 0);
+        EXPECT_EQ(verifyWith(tampered(message), cert), 11213);
+        EXPECT_EQ(verifyWith(message, cert), 0);
     }
 }
 

@@ -17,6 +17,7 @@ const std::string kBody = " parts=Body trust-validated=true";
 const std::string kBodyContent3des = " parts=Body(content) cipher=http://www.w3.org/2001/04/xmlenc#tripledes-cbc";
 const std::string kRsaSha1 = "SIGNATURE verified alg=http://www.w3.org/2000/09/xmldsig#rsa-sha1" + kBody;
 const std::string kRsaSha256 = "SIGNATURE verified alg=http://www.w3.org/2001/04/xmldsig-more#rsa-sha256" + kBody;
+const std::string kVerified = "SIGNATURE verified alg=";
 const std::string kRsa15 = "DECRYPTED transport=http://www.w3.org/2001/04/xmlenc#rsa-1_5" + kBodyContent3des;
 const std::string kOaep = "DECRYPTED transport=http://www.w3.org/2001/04/xmlenc#rsa-oaep-mgf1p" + kBodyContent3des;
 const std::string kContentCipher = " parts=Body(content) cipher=";
@@ -26,10 +27,11 @@ std::string pkiPath(const std::string& name) {
     return testfiles::dataPath("testpki/" + name);
 }
 
-// The consumer's keys: the test CA as trust anchor, and the certificate and key
-// of each recipient named.
-std::string consumerKeys(const std::vector<std::string>& recipients, bool knowsSigner) {
-    std::string args = "\t--ca\t" + pkiPath("ca-rsa.crt.der");
+// The consumer's keys: the test CA (or ca) as trust anchor, and the certificate
+// and key of each recipient named.
+std::string consumerKeys(const std::vector<std::string>& recipients, bool knowsSigner,
+                         const std::string& ca = pkiPath("ca-rsa.crt.der")) {
+    std::string args = "\t--ca\t" + ca;
     for (const std::string& name : recipients)
         args += "\t--pair\t" + pkiPath(name + ".crt.der") + "\t" + pkiPath(name + ".key.der");
     if (knowsSigner)
@@ -67,6 +69,20 @@ const std::vector<Case>& cases() {
          {"REFUSED ", "The security token could not be authenticated or authorized"}},
         {"soap11-sign-bst-rsa-sha256", [](const Pki& p) { return sign(kEnvelope, 5, false, p.cert, p.key); },
          consumerKeys({}, false), {kRsaSha256}},
+        // The XML Signature 1.1 algorithms; the EC and DSA signers are under the dsig test CA.
+        {"soap11-sign-bst-rsa-sha512", [](const Pki& p) { return sign(kEnvelope, 8, false, p.cert, p.key); },
+         consumerKeys({}, false), {kVerified + "http://www.w3.org/2001/04/xmldsig-more#rsa-sha512" + kBody}},
+        // WSS4J 1.6 takes only exclusive C14N for SignedInfo (the Basic Security Profile).
+        {"soap11-sign-c14n11-signedinfo", [](const Pki& p) { return sign(kEnvelope, 5, false, p.cert, p.key, 3); },
+         consumerKeys({}, false), {"REFUSED ", "A bad canonicalization algorithm was specified"}},
+        {"soap11-sign-bst-rsa-pss-sha256", [](const Pki& p) { return sign(kEnvelope, 9, false, p.cert, p.key); },
+         consumerKeys({}, false), {kVerified + "http://www.w3.org/2007/05/xmldsig-more#sha256-rsa-MGF1" + kBody}},
+        {"soap11-sign-bst-ecdsa-sha256", [](const Pki& p) { return sign(kEnvelope, 12, false, p.ecCert, p.ecKey); },
+         consumerKeys({}, false, testfiles::dataPath("dsig/ca.der")),
+         {kVerified + "http://www.w3.org/2001/04/xmldsig-more#ecdsa-sha256" + kBody}},
+        {"soap11-sign-bst-dsa-sha256", [](const Pki& p) { return sign(kEnvelope, 15, false, p.dsaCert, p.dsaKey); },
+         consumerKeys({}, false, testfiles::dataPath("dsig/ca.der")),
+         {kVerified + "http://www.w3.org/2009/xmldsig11#dsa-sha256" + kBody}},
         {"soap11-sign-issuer-serial", [](const Pki& p) { return sign(kEnvelope, 2, true, p.cert, p.key); },
          consumerKeys({}, true), {kRsaSha1}},
         {"soap12-sign-bst-rsa-sha1", [](const Pki& p) { return sign(kEnvelope12, 2, false, p.cert, p.key); },

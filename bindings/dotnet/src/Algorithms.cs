@@ -15,6 +15,34 @@ namespace Vqxml
         KcdsaHas160 = 4,
         /// <summary>RSA with SHA-256</summary>
         RsaSha256 = 5,
+        /// <summary>HMAC-SHA224</summary>
+        HmacSha224 = 16,
+        /// <summary>HMAC-SHA256</summary>
+        HmacSha256 = 17,
+        /// <summary>HMAC-SHA384</summary>
+        HmacSha384 = 18,
+        /// <summary>HMAC-SHA512</summary>
+        HmacSha512 = 19,
+        /// <summary>RSA with SHA-224</summary>
+        RsaSha224 = 6,
+        /// <summary>RSA with SHA-384</summary>
+        RsaSha384 = 7,
+        /// <summary>RSA with SHA-512</summary>
+        RsaSha512 = 8,
+        /// <summary>RSA-PSS with SHA-256, MGF1-SHA256, 32-byte salt</summary>
+        RsaPssSha256 = 9,
+        /// <summary>RSA-PSS with SHA-384, MGF1-SHA384, 48-byte salt</summary>
+        RsaPssSha384 = 10,
+        /// <summary>RSA-PSS with SHA-512, MGF1-SHA512, 64-byte salt</summary>
+        RsaPssSha512 = 11,
+        /// <summary>DSA with SHA-256 (2048/256 and 3072/256 keys)</summary>
+        DsaSha256 = 15,
+        /// <summary>ECDSA with SHA-256 (P-256, P-384, P-521)</summary>
+        EcdsaSha256 = 12,
+        /// <summary>ECDSA with SHA-384 (P-256, P-384, P-521)</summary>
+        EcdsaSha384 = 13,
+        /// <summary>ECDSA with SHA-512 (P-256, P-384, P-521)</summary>
+        EcdsaSha512 = 14,
     }
 
     /// <summary>For SignedInfo of XML Signature and ebXML (NONE means C14N there) and for references.</summary>
@@ -30,6 +58,10 @@ namespace Vqxml
         ExcC14n = 3,
         /// <summary>Exclusive XML Canonicalization 1.0 with comments</summary>
         ExcC14nComments = 4,
+        /// <summary>Canonical XML 1.1</summary>
+        C14n11 = 5,
+        /// <summary>Canonical XML 1.1 with comments</summary>
+        C14n11Comments = 6,
     }
 
     /// <summary>SignedInfo of a WS-Security signature, whose selectors differ from the others.</summary>
@@ -41,6 +73,10 @@ namespace Vqxml
         C14n = 1,
         /// <summary>Canonical XML 1.0 with comments</summary>
         C14nComments = 2,
+        /// <summary>Canonical XML 1.1</summary>
+        C14n11 = 3,
+        /// <summary>Canonical XML 1.1 with comments</summary>
+        C14n11Comments = 4,
     }
 
     /// <summary>Reference digests (DigestMethod).</summary>
@@ -52,6 +88,12 @@ namespace Vqxml
         Has160 = 2,
         /// <summary>SHA-256</summary>
         Sha256 = 3,
+        /// <summary>SHA-224</summary>
+        Sha224 = 4,
+        /// <summary>SHA-384</summary>
+        Sha384 = 5,
+        /// <summary>SHA-512</summary>
+        Sha512 = 6,
     }
 
     /// <summary>Data encryption (EncryptionMethod of EncryptedData).</summary>

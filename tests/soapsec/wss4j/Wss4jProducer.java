@@ -3,9 +3,10 @@
 // the Body's content for a recipient (WSSecEncrypt) with the given algorithms,
 // the recipient named by issuer and serial number.
 //
-// Usage: java Wss4jProducer IN OUT CERT KEY [--sha256]
+// Usage: java Wss4jProducer IN OUT CERT KEY [SIGNATURE-URI DIGEST-URI]
 //        java Wss4jProducer --encrypt IN OUT CERT CIPHER-URI TRANSPORT-URI
-// CERT is DER or PEM, KEY PKCS #8 DER. Exits 0, or prints the failure and exits 1.
+// CERT is DER or PEM, KEY PKCS #8 DER (RSA, EC or DSA). Without URIs WSS4J's
+// defaults (RSA-SHA1, SHA-1). Exits 0, or prints the failure and exits 1.
 import java.security.KeyStore;
 
 import org.apache.ws.security.WSConstants;
@@ -21,8 +22,8 @@ public final class Wss4jProducer {
             encrypt(args);
             return;
         }
-        if (args.length < 4) {
-            System.err.println("usage: Wss4jProducer IN OUT CERT KEY [--sha256]");
+        if (args.length != 4 && args.length != 6) {
+            System.err.println("usage: Wss4jProducer IN OUT CERT KEY [SIGNATURE-URI DIGEST-URI]");
             System.exit(2);
         }
         try {
@@ -34,9 +35,9 @@ public final class Wss4jProducer {
             WSSecSignature signature = new WSSecSignature();
             signature.setUserInfo("signer", Wss4jSupport.PASSWORD);
             signature.setKeyIdentifierType(WSConstants.ISSUER_SERIAL);
-            if (args.length > 4 && args[4].equals("--sha256")) {
-                signature.setSignatureAlgorithm("http://www.w3.org/2001/04/xmldsig-more#rsa-sha256");
-                signature.setDigestAlgo(WSConstants.SHA256);
+            if (args.length == 6) {
+                signature.setSignatureAlgorithm(args[4]);
+                signature.setDigestAlgo(args[5]);
             }
             signature.build(doc, Wss4jSupport.merlin(keys, Wss4jSupport.newStore()), header);
             Wss4jSupport.write(doc, args[1]);

@@ -34,8 +34,9 @@ final class Wss4jSupport {
     }
 
     static void addPair(KeyStore store, String alias, String certPath, String keyPath) throws Exception {
-        store.setKeyEntry(alias, privateKey(keyPath), PASSWORD.toCharArray(),
-                          new X509Certificate[] {certificate(certPath)});
+        X509Certificate cert = certificate(certPath);
+        store.setKeyEntry(alias, privateKey(keyPath, cert.getPublicKey().getAlgorithm()), PASSWORD.toCharArray(),
+                          new X509Certificate[] {cert});
     }
 
     static Merlin merlin(KeyStore keys, KeyStore trust) {
@@ -52,9 +53,9 @@ final class Wss4jSupport {
             .generateCertificate(new ByteArrayInputStream(bytes));
     }
 
-    static PrivateKey privateKey(String path) throws Exception {
+    static PrivateKey privateKey(String path, String algorithm) throws Exception {
         byte[] der = Files.readAllBytes(new File(path).toPath());
-        return KeyFactory.getInstance("RSA").generatePrivate(new PKCS8EncodedKeySpec(der));
+        return KeyFactory.getInstance(algorithm).generatePrivate(new PKCS8EncodedKeySpec(der));
     }
 
     // Every private key of the stores shares one password.

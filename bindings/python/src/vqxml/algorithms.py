@@ -10,6 +10,20 @@ class Signature(IntEnum):
     KCDSA_SHA1 = 3  # KCDSA with SHA-1 (1024/160 keys)
     KCDSA_HAS160 = 4  # KCDSA with HAS-160 (1024/160 keys)
     RSA_SHA256 = 5  # RSA with SHA-256
+    HMAC_SHA224 = 16  # HMAC-SHA224
+    HMAC_SHA256 = 17  # HMAC-SHA256
+    HMAC_SHA384 = 18  # HMAC-SHA384
+    HMAC_SHA512 = 19  # HMAC-SHA512
+    RSA_SHA224 = 6  # RSA with SHA-224
+    RSA_SHA384 = 7  # RSA with SHA-384
+    RSA_SHA512 = 8  # RSA with SHA-512
+    RSA_PSS_SHA256 = 9  # RSA-PSS with SHA-256, MGF1-SHA256, 32-byte salt
+    RSA_PSS_SHA384 = 10  # RSA-PSS with SHA-384, MGF1-SHA384, 48-byte salt
+    RSA_PSS_SHA512 = 11  # RSA-PSS with SHA-512, MGF1-SHA512, 64-byte salt
+    DSA_SHA256 = 15  # DSA with SHA-256 (2048/256 and 3072/256 keys)
+    ECDSA_SHA256 = 12  # ECDSA with SHA-256 (P-256, P-384, P-521)
+    ECDSA_SHA384 = 13  # ECDSA with SHA-384 (P-256, P-384, P-521)
+    ECDSA_SHA512 = 14  # ECDSA with SHA-512 (P-256, P-384, P-521)
 
 
 class Canonicalization(IntEnum):
@@ -19,6 +33,8 @@ class Canonicalization(IntEnum):
     C14N_COMMENTS = 2  # Canonical XML 1.0 with comments
     EXC_C14N = 3  # Exclusive XML Canonicalization 1.0
     EXC_C14N_COMMENTS = 4  # Exclusive XML Canonicalization 1.0 with comments
+    C14N11 = 5  # Canonical XML 1.1
+    C14N11_COMMENTS = 6  # Canonical XML 1.1 with comments
 
 
 class SoapCanonicalization(IntEnum):
@@ -26,6 +42,8 @@ class SoapCanonicalization(IntEnum):
     EXC_C14N = 0  # Exclusive XML Canonicalization 1.0
     C14N = 1  # Canonical XML 1.0
     C14N_COMMENTS = 2  # Canonical XML 1.0 with comments
+    C14N11 = 3  # Canonical XML 1.1
+    C14N11_COMMENTS = 4  # Canonical XML 1.1 with comments
 
 
 class Digest(IntEnum):
@@ -33,6 +51,9 @@ class Digest(IntEnum):
     SHA1 = 1  # SHA-1
     HAS160 = 2  # HAS-160
     SHA256 = 3  # SHA-256
+    SHA224 = 4  # SHA-224
+    SHA384 = 5  # SHA-384
+    SHA512 = 6  # SHA-512
 
 
 class Cipher(IntEnum):

@@ -11,7 +11,21 @@ public final class Algorithms {
         /** RSA with SHA-1 */ RSA_SHA1(2),
         /** KCDSA with SHA-1 (1024/160 keys) */ KCDSA_SHA1(3),
         /** KCDSA with HAS-160 (1024/160 keys) */ KCDSA_HAS160(4),
-        /** RSA with SHA-256 */ RSA_SHA256(5);
+        /** RSA with SHA-256 */ RSA_SHA256(5),
+        /** HMAC-SHA224 */ HMAC_SHA224(16),
+        /** HMAC-SHA256 */ HMAC_SHA256(17),
+        /** HMAC-SHA384 */ HMAC_SHA384(18),
+        /** HMAC-SHA512 */ HMAC_SHA512(19),
+        /** RSA with SHA-224 */ RSA_SHA224(6),
+        /** RSA with SHA-384 */ RSA_SHA384(7),
+        /** RSA with SHA-512 */ RSA_SHA512(8),
+        /** RSA-PSS with SHA-256, MGF1-SHA256, 32-byte salt */ RSA_PSS_SHA256(9),
+        /** RSA-PSS with SHA-384, MGF1-SHA384, 48-byte salt */ RSA_PSS_SHA384(10),
+        /** RSA-PSS with SHA-512, MGF1-SHA512, 64-byte salt */ RSA_PSS_SHA512(11),
+        /** DSA with SHA-256 (2048/256 and 3072/256 keys) */ DSA_SHA256(15),
+        /** ECDSA with SHA-256 (P-256, P-384, P-521) */ ECDSA_SHA256(12),
+        /** ECDSA with SHA-384 (P-256, P-384, P-521) */ ECDSA_SHA384(13),
+        /** ECDSA with SHA-512 (P-256, P-384, P-521) */ ECDSA_SHA512(14);
         final int selector;
         Signature(int selector) { this.selector = selector; }
     }
@@ -22,7 +36,9 @@ public final class Algorithms {
         /** Canonical XML 1.0 */ C14N(1),
         /** Canonical XML 1.0 with comments */ C14N_COMMENTS(2),
         /** Exclusive XML Canonicalization 1.0 */ EXC_C14N(3),
-        /** Exclusive XML Canonicalization 1.0 with comments */ EXC_C14N_COMMENTS(4);
+        /** Exclusive XML Canonicalization 1.0 with comments */ EXC_C14N_COMMENTS(4),
+        /** Canonical XML 1.1 */ C14N11(5),
+        /** Canonical XML 1.1 with comments */ C14N11_COMMENTS(6);
         final int selector;
         Canonicalization(int selector) { this.selector = selector; }
     }
@@ -31,7 +47,9 @@ public final class Algorithms {
     public enum SoapCanonicalization {
         /** Exclusive XML Canonicalization 1.0 */ EXC_C14N(0),
         /** Canonical XML 1.0 */ C14N(1),
-        /** Canonical XML 1.0 with comments */ C14N_COMMENTS(2);
+        /** Canonical XML 1.0 with comments */ C14N_COMMENTS(2),
+        /** Canonical XML 1.1 */ C14N11(3),
+        /** Canonical XML 1.1 with comments */ C14N11_COMMENTS(4);
         final int selector;
         SoapCanonicalization(int selector) { this.selector = selector; }
     }
@@ -40,7 +58,10 @@ public final class Algorithms {
     public enum Digest {
         /** SHA-1 */ SHA1(1),
         /** HAS-160 */ HAS160(2),
-        /** SHA-256 */ SHA256(3);
+        /** SHA-256 */ SHA256(3),
+        /** SHA-224 */ SHA224(4),
+        /** SHA-384 */ SHA384(5),
+        /** SHA-512 */ SHA512(6);
         final int selector;
         Digest(int selector) { this.selector = selector; }
     }

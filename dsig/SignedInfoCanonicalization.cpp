@@ -1,8 +1,8 @@
-#include "engine/SignedInfoCanonicalization.hpp"
+#include "dsig/SignedInfoCanonicalization.hpp"
 
+#include <memory>
 #include <vector>
 
-#include <xsec/canon/XSECC14n20010315.hpp>
 #include <xsec/dsig/DSIGSignature.hpp>
 #include <xsec/framework/XSECAlgorithmHandler.hpp>
 #include <xsec/framework/XSECAlgorithmMapper.hpp>
@@ -14,6 +14,7 @@
 #include "core/adapter/Upstream.hpp"
 #include "core/Namespaces.hpp"
 #include "core/Transcode.hpp"
+#include "dsig/NodeSelection.hpp"
 #include "engine/Algorithms.hpp"
 
 XERCES_CPP_NAMESPACE_USE
@@ -62,60 +63,59 @@ unsigned int hmacOutputLength(const DOMElement* signedInfo) {
 
 }  // namespace
 
-std::optional<SignedInfoCanonicalization> signedInfoCanonicalization(const DOMElement* signedInfo) {
+std::optional<CanonicalOptions> signedInfoCanonicalization(const DOMElement* signedInfo) {
     const std::vector<DOMElement*> methods = children(signedInfo, kDsigNamespace, u"CanonicalizationMethod");
     if (methods.size() != 1)
         return std::nullopt;
-    const XMLCh* algorithm = methods[0]->getAttribute(u"Algorithm");
     CanonicalizationChoice choice;
-    if (!canonicalizationChoice(algorithm, choice))
+    if (!canonicalizationChoice(methods[0]->getAttribute(u"Algorithm"), choice))
         return std::nullopt;
-    SignedInfoCanonicalization how;
+    CanonicalOptions how;
     how.exclusive = choice.exclusive;
     how.comments = choice.comments;
+    how.version11 = choice.version11;
     const std::vector<DOMElement*> prefixLists = children(methods[0], kExcC14nNamespace, u"InclusiveNamespaces");
     if (prefixLists.size() > 1 || (!how.exclusive && !prefixLists.empty()))
         return std::nullopt;
     if (!prefixLists.empty())
-        how.prefixList = asciiOf(prefixLists[0]->getAttribute(u"PrefixList"));
+        how.inclusivePrefixes = prefixListOf(prefixLists[0]->getAttribute(u"PrefixList"));
     return how;
 }
 
-XMLSize_t canonicalForm(DOMDocument* doc, DOMElement* element, const SignedInfoCanonicalization& how,
-                        safeBuffer& out) {
-    XSECC14n20010315 canon(doc, element);
-    canon.setCommentsProcessing(how.comments);
-    std::string prefixes = how.prefixList.value_or("");
-    if (how.exclusive && prefixes.find_first_not_of(" \t\r\n") != std::string::npos)
-        canon.setExclusive(&prefixes[0]);
-    else if (how.exclusive)
-        canon.setExclusive();
-    unsigned char chunk[8192];
-    XMLSize_t len = 0;
-    for (XMLSize_t n; (n = canon.outputBuffer(chunk, sizeof chunk)) > 0; len += n)
-        out.sbMemcpyIn(len, chunk, n);
-    return len;
+std::string canonicalForm(const DOMElement* element, const CanonicalOptions& how) {
+    struct Text : ByteSink {
+        void write(const char* bytes, std::size_t n) override { text.append(bytes, n); }
+        std::string text;
+    } out;
+    SubtreeSelection whole(element, how.comments);
+    canonicalize(element, whole, how, out);
+    return std::move(out.text);
+}
+
+std::unique_ptr<TXFMChain> canonicalChain(const DOMElement* signedInfo, const CanonicalOptions& how) {
+    const std::string canonical = canonicalForm(signedInfo, how);
+    safeBuffer bytes;
+    bytes.sbMemcpyIn(canonical.data(), canonical.size());
+    TXFMSB* source = new TXFMSB(signedInfo->getOwnerDocument());
+    auto chain = std::make_unique<TXFMChain>(source);
+    source->setInput(bytes, static_cast<unsigned int>(canonical.size()));
+    return chain;
 }
 
 bool signedInfoVerifies(const DSIGSignature& sig, const DOMElement* signature, XSECCryptoKey* key) {
     DOMElement* signedInfo = signature != nullptr ? signature->getFirstElementChild() : nullptr;
     if (key == nullptr || signedInfo == nullptr || !XMLString::equals(signedInfo->getLocalName(), u"SignedInfo"))
         throw XSECException(XSECException::SigVfyError, "No SignedInfo or no key to check it with");
-    const std::optional<SignedInfoCanonicalization> how = signedInfoCanonicalization(signedInfo);
+    const std::optional<CanonicalOptions> how = signedInfoCanonicalization(signedInfo);
     if (!how)
         throw XSECException(XSECException::SigVfyError, "Unknown CanonicalizationMethod of SignedInfo");
     const unsigned int outputLength = hmacOutputLength(signedInfo);
     const XSECAlgorithmHandler* handler = XSECPlatformUtils::g_algorithmMapper->mapURIToHandler(sig.getAlgorithmURI());
     if (handler == nullptr)
         throw XSECException(XSECException::SigVfyError, "Unknown SignatureMethod");
-    DOMDocument* doc = signedInfo->getOwnerDocument();
-    safeBuffer canonical;
-    const XMLSize_t len = canonicalForm(doc, signedInfo, *how, canonical);
-    TXFMSB* source = new TXFMSB(doc);
-    TXFMChain chain(source);
-    source->setInput(canonical, static_cast<unsigned int>(len));
+    const std::unique_ptr<TXFMChain> chain = canonicalChain(signedInfo, *how);
     const std::string value = asciiOf(sig.getSignatureValue());
-    return handler->verifyBase64Signature(&chain, sig.getAlgorithmURI(), value.c_str(), outputLength, key);
+    return handler->verifyBase64Signature(chain.get(), sig.getAlgorithmURI(), value.c_str(), outputLength, key);
 }
 
 }  // namespace vqxml
