@@ -10,25 +10,39 @@ namespace vqxml {
 
 namespace {
 
+constexpr std::size_t kLineBytes = 57;  // 76 characters
+
 // Written here rather than with the provider's coder, whose buffers grow a
 // kilobyte at a time and made large CipherValues slow; the lines are the same.
+template <class Char>
+void writeLines(const std::uint8_t* bytes, std::size_t n, Char* out) {
+    unsigned char line[77];
+    for (std::size_t at = 0; at < n; at += kLineBytes) {
+        const std::size_t take = std::min(kLineBytes, n - at);
+        const int written = EVP_EncodeBlock(line, bytes + at, static_cast<int>(take));
+        out = std::copy(line, line + written, out);
+        if (take == kLineBytes)
+            *out++ = '\n';
+    }
+}
+
 template <class Text>
 Text linesOfBase64(const std::vector<unsigned char>& bytes) {
-    constexpr std::size_t kLineBytes = 57;  // 76 characters
-    Text text;
-    text.reserve((bytes.size() + 2) / 3 * 4 + bytes.size() / kLineBytes + 1);
-    unsigned char line[77];
-    for (std::size_t at = 0; at < bytes.size(); at += kLineBytes) {
-        const std::size_t n = std::min(kLineBytes, bytes.size() - at);
-        const int written = EVP_EncodeBlock(line, bytes.data() + at, static_cast<int>(n));
-        text.append(line, line + written);
-        if (n == kLineBytes)
-            text.push_back('\n');
-    }
+    Text text(base64TextLength(bytes.size()), 0);
+    writeLines(bytes.data(), bytes.size(), &text[0]);
     return text;
 }
 
 }  // namespace
+
+std::size_t base64TextLength(std::size_t bytes) {
+    const std::size_t rest = bytes % kLineBytes;
+    return bytes / kLineBytes * 77 + (rest + 2) / 3 * 4;
+}
+
+void writeBase64Text(const std::uint8_t* bytes, std::size_t n, XMLCh* out) {
+    writeLines(bytes, n, out);
+}
 
 std::string base64Text(const std::vector<unsigned char>& bytes) {
     return linesOfBase64<std::string>(bytes);
