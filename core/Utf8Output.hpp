@@ -17,24 +17,31 @@ namespace vqxml {
 template <class Bytes>
 bool appendUtf8(const XMLCh* text, std::size_t n, Bytes& out) {
     using Byte = typename Bytes::value_type;
-    // Room for at most three octets a unit (a pair's two units make four) is
-    // made a run at a time, so that a text of megabytes does not first claim
-    // three times its length.
+    // Room is made a run at a time, so that a text of megabytes does not first
+    // claim three times its length: an octet a unit while the run is ASCII,
+    // then at most three a unit for the rest of it (a pair's two units make four).
     constexpr std::size_t kRun = 16384;
     std::size_t i = 0;
     while (i < n) {
         std::size_t end = n - i > kRun ? i + kRun : n;
         if (end < n && text[end - 1] >= 0xD800 && text[end - 1] <= 0xDBFF)
             ++end;  // a pair stays within one run
-        const std::size_t old = out.size();
-        out.resize(old + 3 * (end - i));
-        Byte* const start = &out[0];
-        Byte* w = start + old;
+        out.resize(out.size() + (end - i));
+        Byte* start = &out[0];
+        Byte* w = start + out.size() - (end - i);
+        bool widened = false;
         for (; i < end; ++i) {
             char32_t c = text[i];
             if (c < 0x80) {
                 *w++ = static_cast<Byte>(c);
                 continue;
+            }
+            if (!widened) {
+                const std::size_t at = static_cast<std::size_t>(w - start);
+                out.resize(at + 3 * (end - i));
+                start = &out[0];
+                w = start + at;
+                widened = true;
             }
             if (c < 0x800) {
                 *w++ = static_cast<Byte>(0xC0 | (c >> 6));

@@ -73,7 +73,14 @@ constexpr std::array<std::uint8_t, 256> decodingTable() {
 
 constexpr std::array<std::uint8_t, 256> kDecoding = decodingTable();
 
-// One pass, no copy of the text: CipherValues run to megabytes.
+template <class Char>
+std::uint8_t codeOf(Char c) {
+    const auto code = static_cast<std::make_unsigned_t<Char>>(c);
+    return code < 256 ? kDecoding[code] : kBad;
+}
+
+// One pass, no copy of the text: CipherValues run to megabytes. Whole groups
+// of four are decoded at once while no whitespace or padding comes between.
 template <class Char, class Bytes>
 bool decodeInto(const Char* text, Bytes& out) {
     if (text == nullptr)
@@ -86,9 +93,22 @@ bool decodeInto(const Char* text, Bytes& out) {
     std::uint32_t group = 0;
     int held = 0;
     int padding = 0;
-    for (const Char* c = text; *c != 0; ++c) {
-        const auto code = static_cast<std::make_unsigned_t<Char>>(*c);
-        const std::uint8_t v = code < 256 ? kDecoding[code] : kBad;
+    const Char* const end = text + length;
+    for (const Char* c = text; c < end; ++c) {
+        while (held == 0 && padding == 0 && end - c >= 4) {
+            const std::uint8_t a = codeOf(c[0]), b = codeOf(c[1]), d = codeOf(c[2]), e = codeOf(c[3]);
+            if ((a | b | d | e) >= 64)  // whitespace, padding or not base64
+                break;
+            const std::uint32_t whole = std::uint32_t(a) << 18 | std::uint32_t(b) << 12 | std::uint32_t(d) << 6 | e;
+            to[0] = static_cast<std::uint8_t>(whole >> 16);
+            to[1] = static_cast<std::uint8_t>(whole >> 8);
+            to[2] = static_cast<std::uint8_t>(whole);
+            to += 3;
+            c += 4;
+        }
+        if (c == end)
+            break;
+        const std::uint8_t v = codeOf(*c);
         if (v == kSkip)
             continue;
         if (v == kBad || (v == kPad && held < 2) || (v != kPad && padding > 0))

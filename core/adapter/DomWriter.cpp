@@ -230,6 +230,9 @@ private:
         const XMLCh* run = orEmpty(value);
         const XMLCh* at = run;
         for (; *at != 0; ++at) {
+            // Every character escaped lies below '?': the rest pass at one compare.
+            if (*at >= u'?')
+                continue;
             const char* escape = escapeOf(*at, inAttribute);
             if (escape == nullptr)
                 continue;
