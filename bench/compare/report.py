@@ -290,7 +290,7 @@ def main():
         reasons = {}
         for name, why in sorted(skipped.items()):
             reasons.setdefault(why, []).append(f"`{name}`")
-        out += ["Not measured (the implementation refused the operation):"]
+        out += ["Not measured (vqxml refused the operation, or the input it was to make for both):"]
         out += [f"- {', '.join(names)}: {why}" for why, names in reasons.items()]
         out += [""]
     out += [
