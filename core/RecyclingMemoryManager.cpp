@@ -16,7 +16,7 @@ MemoryManager* vqxml::RecyclingMemoryManager::getExceptionMemoryManager() {
 }
 
 void* vqxml::RecyclingMemoryManager::allocate(XMLSize_t size) {
-    Header* block = size >= kSmallestKept ? takeKept(size) : nullptr;
+    Header* block = size >= kSmallestKept && size <= kLargestKept ? takeKept(size) : nullptr;
     if (block == nullptr) {
         // From the manager the process gave Xerces: it throws what the parser
         // and the DOM expect when memory runs out.
@@ -30,7 +30,7 @@ void vqxml::RecyclingMemoryManager::deallocate(void* p) {
     if (p == nullptr)
         return;
     Header* block = static_cast<Header*>(p) - 1;
-    if (block->capacity >= kSmallestKept) {
+    if (block->capacity >= kSmallestKept && block->capacity <= kLargestKept) {
         std::lock_guard<std::mutex> lock(m_mutex);
         if (m_keptBytes + block->capacity <= kMaxKeptBytes) {
             try {

@@ -5,8 +5,10 @@
 // released. For a document of a megabyte or more the C library gives such
 // blocks back to the system at once and the next document takes them anew,
 // page by page: decrypting a megabyte spent a fifth of its time in page
-// faults. Large blocks freed here are kept, up to kMaxKeptBytes in all, for
-// the next document of any thread; small ones go straight back. Blocks come
+// faults. Blocks of the sizes of a document's node blocks freed here are kept,
+// up to kMaxKeptBytes in all, for the next document of any thread; smaller and
+// larger ones (a long text's own block, the parser's buffers) go straight back,
+// as they seldom fit the next document and would lie idle beside it. Blocks come
 // from the memory manager the process gave Xerces.
 #ifndef VQXML_CORE_RECYCLINGMEMORYMANAGER_HPP
 #define VQXML_CORE_RECYCLINGMEMORYMANAGER_HPP
@@ -21,8 +23,9 @@ namespace vqxml {
 
 class RecyclingMemoryManager : public XERCES_CPP_NAMESPACE::MemoryManager {
 public:
-    // Blocks at least this large are kept when freed.
+    // Blocks at least this large and at most kLargestKept are kept when freed.
     static constexpr std::size_t kSmallestKept = 64 * 1024;
+    static constexpr std::size_t kLargestKept = 1024 * 1024;
     // The most kept at any time, in all.
     static constexpr std::size_t kMaxKeptBytes = 32 * 1024 * 1024;
 

@@ -3,7 +3,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
-#include <string>
 
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/framework/MemBufFormatTarget.hpp>
@@ -24,10 +23,16 @@ struct XercesReleaser {
 }  // namespace
 
 // The library's own writer, or Xerces' serializer for the trees it leaves alone.
+// What the writer wrote is handed over as it is, not copied.
 int VQXML_XMLSecurity::XMLDocument2char(DOMImplementation* impl, DOMNode* node, char** out) {
-    std::string written;
-    if (vqxml::writeDom(node, written))
-        return storeBytes(reinterpret_cast<const unsigned char*>(written.data()), written.size(), out);
+    vqxml::GrowingBuffer written;
+    if (vqxml::writeDom(node, written)) {
+        if (m_mimeMessage != nullptr || written.size() > static_cast<std::size_t>(INT_MAX - 1))
+            return storeBytes(reinterpret_cast<const unsigned char*>(written.data()), written.size(), out);
+        const int len = static_cast<int>(written.size());
+        *out = written.release();
+        return len;
+    }
     MemBufFormatTarget target(1023, XMLPlatformUtils::fgMemoryManager);
     auto* ls = dynamic_cast<DOMImplementationLS*>(impl);
     if (ls == nullptr)

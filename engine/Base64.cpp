@@ -10,25 +10,39 @@ namespace vqxml {
 
 namespace {
 
+constexpr std::size_t kLineBytes = 57;  // 76 characters
+
 // Written here rather than with the provider's coder, whose buffers grow a
 // kilobyte at a time and made large CipherValues slow; the lines are the same.
+template <class Char>
+void writeLines(const std::uint8_t* bytes, std::size_t n, Char* out) {
+    unsigned char line[77];
+    for (std::size_t at = 0; at < n; at += kLineBytes) {
+        const std::size_t take = std::min(kLineBytes, n - at);
+        const int written = EVP_EncodeBlock(line, bytes + at, static_cast<int>(take));
+        out = std::copy(line, line + written, out);
+        if (take == kLineBytes)
+            *out++ = '\n';
+    }
+}
+
 template <class Text>
 Text linesOfBase64(const std::vector<unsigned char>& bytes) {
-    constexpr std::size_t kLineBytes = 57;  // 76 characters
-    Text text;
-    text.reserve((bytes.size() + 2) / 3 * 4 + bytes.size() / kLineBytes + 1);
-    unsigned char line[77];
-    for (std::size_t at = 0; at < bytes.size(); at += kLineBytes) {
-        const std::size_t n = std::min(kLineBytes, bytes.size() - at);
-        const int written = EVP_EncodeBlock(line, bytes.data() + at, static_cast<int>(n));
-        text.append(line, line + written);
-        if (n == kLineBytes)
-            text.push_back('\n');
-    }
+    Text text(base64TextLength(bytes.size()), 0);
+    writeLines(bytes.data(), bytes.size(), &text[0]);
     return text;
 }
 
 }  // namespace
+
+std::size_t base64TextLength(std::size_t bytes) {
+    const std::size_t rest = bytes % kLineBytes;
+    return bytes / kLineBytes * 77 + (rest + 2) / 3 * 4;
+}
+
+void writeBase64Text(const std::uint8_t* bytes, std::size_t n, XMLCh* out) {
+    writeLines(bytes, n, out);
+}
 
 std::string base64Text(const std::vector<unsigned char>& bytes) {
     return linesOfBase64<std::string>(bytes);
@@ -59,7 +73,14 @@ constexpr std::array<std::uint8_t, 256> decodingTable() {
 
 constexpr std::array<std::uint8_t, 256> kDecoding = decodingTable();
 
-// One pass, no copy of the text: CipherValues run to megabytes.
+template <class Char>
+std::uint8_t codeOf(Char c) {
+    const auto code = static_cast<std::make_unsigned_t<Char>>(c);
+    return code < 256 ? kDecoding[code] : kBad;
+}
+
+// One pass, no copy of the text: CipherValues run to megabytes. Whole groups
+// of four are decoded at once while no whitespace or padding comes between.
 template <class Char, class Bytes>
 bool decodeInto(const Char* text, Bytes& out) {
     if (text == nullptr)
@@ -72,9 +93,22 @@ bool decodeInto(const Char* text, Bytes& out) {
     std::uint32_t group = 0;
     int held = 0;
     int padding = 0;
-    for (const Char* c = text; *c != 0; ++c) {
-        const auto code = static_cast<std::make_unsigned_t<Char>>(*c);
-        const std::uint8_t v = code < 256 ? kDecoding[code] : kBad;
+    const Char* const end = text + length;
+    for (const Char* c = text; c < end; ++c) {
+        while (held == 0 && padding == 0 && end - c >= 4) {
+            const std::uint8_t a = codeOf(c[0]), b = codeOf(c[1]), d = codeOf(c[2]), e = codeOf(c[3]);
+            if ((a | b | d | e) >= 64)  // whitespace, padding or not base64
+                break;
+            const std::uint32_t whole = std::uint32_t(a) << 18 | std::uint32_t(b) << 12 | std::uint32_t(d) << 6 | e;
+            to[0] = static_cast<std::uint8_t>(whole >> 16);
+            to[1] = static_cast<std::uint8_t>(whole >> 8);
+            to[2] = static_cast<std::uint8_t>(whole);
+            to += 3;
+            c += 4;
+        }
+        if (c == end)
+            break;
+        const std::uint8_t v = codeOf(*c);
         if (v == kSkip)
             continue;
         if (v == kBad || (v == kPad && held < 2) || (v != kPad && padding > 0))

@@ -16,6 +16,9 @@ namespace vqxml {
 std::string base64Text(const std::vector<unsigned char>& bytes);
 // The same as 16-bit text, for the XML the engine writes.
 XString base64Encode(const std::vector<unsigned char>& bytes);
+// How many characters base64Text makes of n bytes, and the same written at out.
+std::size_t base64TextLength(std::size_t n);
+void writeBase64Text(const std::uint8_t* bytes, std::size_t n, XMLCh* out);
 
 // The bytes of base64 text read from a document: XML whitespace is skipped,
 // anything else malformed gives false (out is then unspecified).

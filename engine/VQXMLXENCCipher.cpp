@@ -28,6 +28,8 @@
 #include <xsec/xenc/XENCEncryptionMethod.hpp>
 
 #include "core/ParseLimits.hpp"
+#include "core/adapter/TextRoom.hpp"
+#include "engine/Base64.hpp"
 #include "engine/KeyInfoGuard.hpp"
 #include "engine/WholeBufferCipherHandler.hpp"
 #include "engine/XencFragmentParser.hpp"
@@ -122,6 +124,57 @@ auto undecryptableAsOne(Work&& work) -> decltype(work()) {
     } catch (...) {
         throw XSECException(XSECException::CipherError, VQXML_XENCCipher::kUndecryptableText);
     }
+}
+
+// The element's first child in the XML Encryption namespace with that local name.
+DOMElement* xencChild(const DOMNode* parent, const XMLCh* localName) {
+    for (DOMNode* n = parent != nullptr ? parent->getFirstChild() : nullptr; n != nullptr; n = n->getNextSibling())
+        if (n->getNodeType() == DOMNode::ELEMENT_NODE &&
+            XMLString::equals(n->getNamespaceURI(), DSIGConstants::s_unicodeStrURIXENC) &&
+            XMLString::equals(n->getLocalName(), localName))
+            return static_cast<DOMElement*>(n);
+    return nullptr;
+}
+
+// The children of an EncryptedData's CipherValue, taken out while the engine
+// loads it and put back afterwards: the engine gathers the text into a buffer
+// and keeps a copy, twice the megabytes of a large value, which the library
+// reads where it stands instead.
+class CipherValueSetAside {
+public:
+    explicit CipherValueSetAside(DOMElement* encryptedData)
+        : m_value(xencChild(xencChild(encryptedData, u"CipherData"), u"CipherValue")) {
+        if (m_value == nullptr)
+            return;
+        m_held = m_value->getOwnerDocument()->createDocumentFragment();
+        while (DOMNode* child = m_value->getFirstChild())
+            m_held->appendChild(m_value->removeChild(child));
+    }
+    ~CipherValueSetAside() {
+        if (m_held == nullptr)
+            return;
+        while (DOMNode* child = m_held->getFirstChild())
+            m_value->appendChild(m_held->removeChild(child));
+        m_held->release();
+    }
+    CipherValueSetAside(const CipherValueSetAside&) = delete;
+    CipherValueSetAside& operator=(const CipherValueSetAside&) = delete;
+
+private:
+    DOMElement* m_value;
+    DOMDocumentFragment* m_held = nullptr;
+};
+
+// The CipherValue's text as it stands in the document: its one text node's
+// value as it is, or the text of all its children joined in joined.
+const XMLCh* textOf(const DOMElement* cipherValue, XString& joined) {
+    const DOMNode* first = cipherValue->getFirstChild();
+    if (first != nullptr && first->getNextSibling() == nullptr && first->getNodeType() == DOMNode::TEXT_NODE)
+        return first->getNodeValue();
+    for (const DOMNode* n = first; n != nullptr; n = n->getNextSibling())
+        if (n->getNodeType() == DOMNode::TEXT_NODE || n->getNodeType() == DOMNode::CDATA_SECTION_NODE)
+            joined += n->getNodeValue();
+    return joined.c_str();
 }
 
 XString decimal(unsigned long n) {
@@ -259,6 +312,7 @@ XENCEncryptedKey* VQXML_XENCCipher::loadEncryptedKey(DOMElement* keyNode) {
 }
 XENCEncryptedData* VQXML_XENCCipher::loadEncryptedData(DOMElement* dataNode) {
     vqxml::checkKeyInformation(dataNode);
+    const CipherValueSetAside aside(dataNode);
     return m_engine->loadEncryptedData(dataNode);
 }
 
@@ -299,8 +353,9 @@ DOMDocument* VQXML_XENCCipher::encryptElementContent(DOMElement* element, const 
     return getDocument();
 }
 
-// The library's ciphers write the CipherValue text straight into a new
-// EncryptedData; others go through the engine's transforms.
+// The library's ciphers write the CipherValue's base64 straight into the text
+// node of a new EncryptedData, with no copy on the way and none kept by the
+// engine's object; others go through the engine's transforms.
 XENCEncryptedData* VQXML_XENCCipher::encryptOctets(vqxml::korean::SecureBytes&& plain,
                                                    const XMLCh* algorithmURI) {
     const auto* handler = algorithmURI != nullptr ? dynamic_cast<const WholeBufferCipherHandler*>(
@@ -308,9 +363,15 @@ XENCEncryptedData* VQXML_XENCCipher::encryptOctets(vqxml::korean::SecureBytes&& 
                                                   : nullptr;
     if (handler != nullptr && m_key != nullptr) {
         XENCEncryptedData* data = m_engine->createEncryptedData(XENCCipherData::VALUE_TYPE, algorithmURI, u"");
-        const vqxml::XString value =
+        const std::vector<std::uint8_t> octets =
             handler->encryptToCipherValue(data->getEncryptionMethod(), m_key, std::move(plain));
-        data->getCipherData()->getCipherValue()->setCipherString(value.c_str());
+        DOMNode* text = data->getCipherData()->getCipherValue()->getElement()->getFirstChild();
+        XMLCh* room = text != nullptr && text->getNodeType() == DOMNode::TEXT_NODE
+                          ? vqxml::textRoom(static_cast<DOMText*>(text), vqxml::base64TextLength(octets.size()))
+                          : nullptr;
+        if (room == nullptr)
+            throw XSECException(XSECException::CipherError, "The new CipherValue holds no text to write into");
+        vqxml::writeBase64Text(octets.data(), octets.size(), room);
         return data;
     }
     safeBuffer octets;
@@ -341,8 +402,10 @@ bool VQXML_XENCCipher::decryptInPlace(DOMElement* element) {
         XSECPlatformUtils::g_algorithmMapper->mapURIToHandler(method->getAlgorithm()));
     if (handler == nullptr)
         return false;
+    XString joined;
     const vqxml::korean::SecureBytes plain =
-        handler->decryptCipherValue(method, m_key, cipherData->getCipherValue()->getCipherString());
+        handler->decryptCipherValue(method, m_key, textOf(cipherData->getCipherValue()->getElement(), joined));
+    XString().swap(joined);
     bool holdsXenc = false;
     const std::unique_ptr<DOMDocumentFragment, NodeRelease> nodes(
         vqxml::xenc::parseInPlace(plain, element, &holdsXenc));

@@ -20,6 +20,10 @@
 //    Anything else is left to the engine, after its content is checked against
 //    the parse bounds (core/ParseLimits.hpp); content decrypted in place is
 //    held to them while it is built.
+//  - The engine's object for an EncryptedData this cipher loads or makes does
+//    not hold the CipherValue's text (megabytes, and the engine copies it twice):
+//    the library reads and writes it in the document. The engine's own
+//    operations on an element load it again, whole.
 //  - Every failure to decrypt a ciphertext into content (padding, UTF-8, XML,
 //    bounds) is one XSECException, CipherError with kUndecryptableText.
 //

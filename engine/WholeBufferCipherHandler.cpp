@@ -53,10 +53,10 @@ vqxml::korean::SecureBytes WholeBufferCipherHandler::decryptCipherValue(const XE
     return decryptOctets(method, key, framed);
 }
 
-vqxml::XString WholeBufferCipherHandler::encryptToCipherValue(const XENCEncryptionMethod* method,
-                                                              const XSECCryptoKey* key,
-                                                              vqxml::korean::SecureBytes&& plain) const {
-    const std::vector<std::uint8_t> framed = encryptOctets(method, key, plain);
+std::vector<std::uint8_t> WholeBufferCipherHandler::encryptToCipherValue(const XENCEncryptionMethod* method,
+                                                                         const XSECCryptoKey* key,
+                                                                         vqxml::korean::SecureBytes&& plain) const {
+    std::vector<std::uint8_t> framed = encryptOctets(method, key, plain);
     vqxml::korean::SecureBytes().swap(plain);
-    return vqxml::base64Encode(framed);
+    return framed;
 }

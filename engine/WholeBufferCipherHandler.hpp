@@ -24,10 +24,10 @@ public:
                                  const XSECCryptoKey* key,
                                  XERCES_CPP_NAMESPACE::DOMDocument* doc) const override;
 
-    // The CipherValue's base64 text for plain, without the engine's transforms;
-    // plain is let go of before the text is made. Raises as below.
-    vqxml::XString encryptToCipherValue(const XENCEncryptionMethod* method, const XSECCryptoKey* key,
-                                        vqxml::korean::SecureBytes&& plain) const;
+    // The CipherValue's octets for plain, without the engine's transforms; plain
+    // is let go of as soon as they are made. Raises as below.
+    std::vector<std::uint8_t> encryptToCipherValue(const XENCEncryptionMethod* method, const XSECCryptoKey* key,
+                                                   vqxml::korean::SecureBytes&& plain) const;
     // The plaintext of a CipherValue's base64 text, decoded and decrypted in one
     // piece rather than through the engine's transforms. Raises as below, and
     // XSECException for text that is not base64.

@@ -255,6 +255,9 @@ DOMDocumentFragment* parseInPlace(const korean::SecureBytes& plain, const DOMEle
     reader->setFeature(XMLUni::fgSAX2CoreValidation, false);
     reader->setFeature(XMLUni::fgXercesLoadExternalDTD, false);
     reader->setFeature(XMLUni::fgXercesDisableDefaultEntityResolution, true);
+    // As the document parser has it: no schema processing (nor the grammar
+    // lookups it makes for every element).
+    reader->setFeature(XMLUni::fgXercesSchema, false);
     std::size_t levelsAbove = 0;
     for (const DOMNode* up = encryptedData->getParentNode(); up != nullptr; up = up->getParentNode())
         levelsAbove += up->getNodeType() == DOMNode::ELEMENT_NODE ? 1 : 0;

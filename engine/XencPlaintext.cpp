@@ -192,6 +192,9 @@ private:
         const XMLCh* run = s;
         const XMLCh* const end = s + n;
         for (const XMLCh* c = s; c < end; ++c) {
+            // Every character escaped lies below '?': the rest pass at one compare.
+            if (*c >= u'?')
+                continue;
             if (const char* e = escape(*c)) {
                 whole(run, static_cast<std::size_t>(c - run));
                 raw(e);

@@ -11,6 +11,7 @@
 #include <xercesc/dom/DOM.hpp>
 #include <xsec/dsig/DSIGKeyInfoList.hpp>
 #include <xsec/dsig/DSIGKeyInfoX509.hpp>
+#include <xsec/enc/XSECCryptoException.hpp>
 #include <xsec/framework/XSECException.hpp>
 #include <xsec/xenc/XENCCipherData.hpp>
 #include <xsec/xenc/XENCCipherValue.hpp>
@@ -107,8 +108,13 @@ RecipientNames namesRead(const char* subject, const char* issuer, const char* se
                          int certLen, const char* subjectEncoding) {
     RecipientNames names{copyOf(subject), copyOf(issuer), copyOf(serial)};
     if (cert != nullptr && certLen > 0) {
-        const unsigned char* der = cert;
-        std::unique_ptr<X509, decltype(&X509_free)> x509(d2i_X509(nullptr, &der, certLen), X509_free);
+        // Decoded once for every decryption that reads the same certificate.
+        std::shared_ptr<X509> x509;
+        try {
+            x509 = vqxml::sharedCertificate(cert, static_cast<std::size_t>(certLen));
+        } catch (const XSECCryptoException&) {
+            // Not a certificate: no names to complete from it.
+        }
         fillFromCertificate(names, x509.get(), subjectEncoding);
     }
     return names;

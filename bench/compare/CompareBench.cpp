@@ -4,8 +4,10 @@
 // "not(ancestor-or-self::ds:Signature)", alone or after an exclusive C14N
 // transform, on 2 KB to 10 MB), libxmlsec1 also with the enveloped-signature
 // transform in place of the XPath, and encryption of the document element with
-// Triple DES CBC and RSA-OAEP; plus the floor: the RSA operation alone and
-// SHA-256 over the canonical bytes.
+// Triple DES CBC, AES-128-CBC and AES-128-GCM, the session key by RSA-OAEP; plus
+// the floor: the RSA operation alone and SHA-256 over the canonical bytes. A row
+// whose implementation cannot do the operation (vqxml before it has a cipher)
+// is reported as skipped with the status it gave.
 //
 // Benchmarks are named KIND/IMPL/SIZE (floor/KIND[/SIZE] for the floor), each with
 // the counter document_bytes. The report reads the process's CPU time: on a shared

@@ -7,7 +7,9 @@
 // The inputs come from files so that making them (signing or encrypting the
 // document once) does not count; a run with N = 0 measures the baseline: the
 // program, its libraries, the started engines and the input in memory. Memory is
-// measured for vqxml and for libxmlsec1 told the same recipe.
+// measured for vqxml and for libxmlsec1 told the same recipe. An input that
+// cannot be made is left out with a note; a run whose operation fails exits
+// with 3.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -37,8 +39,14 @@ void prepare(const std::string& dir, const std::string& size) {
     for (const std::string& kind : compare::kinds())
         for (const char* impl : kImplementations) {
             const std::string name = compare::inputName(impl, kind);
-            if (measuredAt(kind, size) && made.insert(name).second)
-                std::ofstream(pathOf(dir, size, name), std::ios::binary) << compare::makeInput(name, size);
+            if (!measuredAt(kind, size) || !made.insert(name).second)
+                continue;
+            try {
+                const std::string input = compare::makeInput(name, size);
+                std::ofstream(pathOf(dir, size, name), std::ios::binary) << input;
+            } catch (const std::exception& e) {
+                std::fprintf(stderr, "no input %s at %s: %s\n", name.c_str(), size.c_str(), e.what());
+            }
         }
 }
 
@@ -52,8 +60,13 @@ int run(char** argv) {
         std::fprintf(stderr, "no operation %s/%s\n", argv[3], argv[4]);
         return 64;
     }
-    for (long i = std::atol(argv[6]); i > 0; --i)
-        op->run();
+    try {
+        for (long i = std::atol(argv[6]); i > 0; --i)
+            op->run();
+    } catch (const std::exception& e) {
+        std::fprintf(stderr, "%s/%s at %s: %s\n", argv[3], argv[4], argv[5], e.what());
+        return 3;
+    }
     return 0;
 }
 

@@ -17,8 +17,10 @@ std::vector<std::string> kinds() {
         out.push_back(recipe.name + "-sign");
         out.push_back(recipe.name + "-verify");
     }
-    out.push_back("encrypt");
-    out.push_back("decrypt");
+    for (const Cipher& cipher : ciphers()) {
+        out.push_back(cipher.name + "-encrypt");
+        out.push_back(cipher.name + "-decrypt");
+    }
     return out;
 }
 
@@ -56,8 +58,8 @@ bool quadratic(const std::string& impl, const std::string& kind) {
 
 std::string inputName(const std::string& impl, const std::string& kind) {
     const Recipe* recipe = recipeOfKind(kind);
-    if (kind == "decrypt")
-        return "encrypted";
+    if (const Cipher* cipher = cipherOfKind(kind))
+        return isEncrypting(kind) ? "document" : "encrypted." + cipher->name;
     if (recipe == nullptr || isSigning(kind))
         return "document";
     if (impl == "xmlsec-enveloped")
@@ -70,9 +72,9 @@ std::string makeInput(const std::string& name, const std::string& size) {
     const std::string document = documentOfSize(size);
     if (name == "document")
         return document;
-    if (name == "encrypted")
-        return vqxmlEncrypted(document);
     const size_t dot = name.find('.');
+    if (name.compare(0, dot, "encrypted") == 0)
+        return vqxmlEncrypted(cipherOfKind(name.substr(dot + 1) + "-encrypt")->selector, document);
     const Recipe& recipe = recipeNamed(name.substr(0, dot));
     const std::string signer = name.substr(dot + 1);
     if (signer == "vqxml")

@@ -25,7 +25,7 @@ public:
 };
 
 // The kinds, in report order: RECIPE-sign and RECIPE-verify for each signature
-// recipe (Recipes.hpp), then "encrypt" and "decrypt".
+// recipe, then CIPHER-encrypt and CIPHER-decrypt for each cipher (Recipes.hpp).
 std::vector<std::string> kinds();
 
 // The document sizes a kind is measured at: "2k" is the tax invoice of
@@ -44,8 +44,8 @@ std::vector<std::string> implementationsOf(const std::string& kind);
 // with the square of the document.
 bool quadratic(const std::string& impl, const std::string& kind);
 
-// What an operation works on: "document", "encrypted" (by vqxml), or a signed
-// document "RECIPE.SIGNER" (SIGNER "vqxml", "xmlsec" or "xmlsec-enveloped").
+// What an operation works on: "document", "encrypted.CIPHER" (by vqxml), or a
+// signed document "RECIPE.SIGNER" (SIGNER "vqxml", "xmlsec" or "xmlsec-enveloped").
 std::string inputName(const std::string& impl, const std::string& kind);
 // That input at a size, made from the document.
 std::string makeInput(const std::string& name, const std::string& size);

@@ -4,6 +4,20 @@
 
 namespace compare {
 
+namespace {
+
+// The item whose kinds are NAME-first and NAME-second.
+template <class Item>
+const Item* itemOfKind(const std::vector<Item>& items, const std::string& kind, const char* first,
+                       const char* second) {
+    for (const Item& item : items)
+        if (kind == item.name + first || kind == item.name + second)
+            return &item;
+    return nullptr;
+}
+
+}  // namespace
+
 const std::vector<Recipe>& recipes() {
     static const std::vector<Recipe> all{
         // The national e-tax invoice: C14N 1.0 then an XPath that leaves out the
@@ -19,10 +33,7 @@ const std::vector<Recipe>& recipes() {
 }
 
 const Recipe* recipeOfKind(const std::string& kind) {
-    for (const Recipe& recipe : recipes())
-        if (kind == recipe.name + "-sign" || kind == recipe.name + "-verify")
-            return &recipe;
-    return nullptr;
+    return itemOfKind(recipes(), kind, "-sign", "-verify");
 }
 
 const Recipe& recipeNamed(const std::string& name) {
@@ -30,6 +41,19 @@ const Recipe& recipeNamed(const std::string& name) {
         if (recipe.name == name)
             return recipe;
     throw std::runtime_error("no recipe " + name);
+}
+
+const std::vector<Cipher>& ciphers() {
+    static const std::vector<Cipher> all{
+        {"3des", 1, xmlsecbench::SessionCipher::TripleDes},
+        {"aes128-cbc", 5, xmlsecbench::SessionCipher::Aes128Cbc},
+        {"aes128-gcm", 8, xmlsecbench::SessionCipher::Aes128Gcm},
+    };
+    return all;
+}
+
+const Cipher* cipherOfKind(const std::string& kind) {
+    return itemOfKind(ciphers(), kind, "-encrypt", "-decrypt");
 }
 
 namespace {

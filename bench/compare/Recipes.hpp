@@ -1,6 +1,8 @@
 // The signatures compared, each as vqxml's C interface and libxmlsec1 are told it.
 // Every one is enveloped: RSA-2048/SHA-256, one Reference URI="" with SHA-256, the
 // Signature before TaxInvoiceDocument, the signer's certificate in KeyInfo.
+// And the ciphers the document element is encrypted with, its session key
+// wrapped by RSA-OAEP for the recipient's certificate.
 #ifndef VQXML_BENCH_COMPARE_RECIPES_HPP
 #define VQXML_BENCH_COMPARE_RECIPES_HPP
 
@@ -8,6 +10,7 @@
 #include <vector>
 
 #include "dsig/XmlsecSigner.hpp"
+#include "xenc/XmlsecCipher.hpp"
 
 namespace compare {
 
@@ -35,6 +38,24 @@ const Recipe& recipeNamed(const std::string& name);
 
 inline bool isSigning(const std::string& kind) {
     return kind.size() > 5 && kind.compare(kind.size() - 5, 5, "-sign") == 0;
+}
+
+struct Cipher {
+    // Its kinds are NAME-encrypt and NAME-decrypt.
+    std::string name;
+    // vqxml's selector for VQTK_XMLENC_SetSymmAlg.
+    int selector;
+    xmlsecbench::SessionCipher xmlsec;
+};
+
+// In report order.
+const std::vector<Cipher>& ciphers();
+
+// The cipher of an encryption kind; nullptr for other kinds.
+const Cipher* cipherOfKind(const std::string& kind);
+
+inline bool isEncrypting(const std::string& kind) {
+    return kind.size() > 8 && kind.compare(kind.size() - 8, 8, "-encrypt") == 0;
 }
 
 // The recipe for libxmlsec1: its own transforms, or the enveloped-signature

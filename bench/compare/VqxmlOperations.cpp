@@ -63,12 +63,13 @@ std::string verify(const std::string& signedDoc) {
     return h.result();
 }
 
-// The document element encrypted with Triple DES CBC, its key wrapped by RSA-OAEP.
-std::string encrypt(const std::string& doc) {
+// The document element encrypted with the cipher of selector, its key wrapped by
+// RSA-OAEP.
+std::string encrypt(int selector, const std::string& doc) {
     Handle h;
     const Keys& k = keys();
     check(VQTK_XMLENC_SetXMLDocument(h.get(), chars(doc), size(doc)), "load");
-    check(VQTK_XMLENC_SetSymmAlg(h.get(), 1), "make a Triple DES key");
+    check(VQTK_XMLENC_SetSymmAlg(h.get(), selector), "make a session key of the cipher");
     check(VQTK_XMLENC_EncryptElement(h.get(), nullptr, 2), "encrypt the document element");
     check(VQTK_XMLENC_EncryptKeyWrapKey(h.get(), bytes(k.certDer), size(k.certDer), 3), "wrap the key");
     check(VQTK_XMLENC_Encrypt(h.get()), "encrypt");
@@ -105,18 +106,17 @@ std::string vqxmlSigned(const Recipe& recipe, const std::string& document) {
     return sign(recipe, document);
 }
 
-std::string vqxmlEncrypted(const std::string& document) {
-    return encrypt(document);
+std::string vqxmlEncrypted(int selector, const std::string& document) {
+    return encrypt(selector, document);
 }
 
 std::unique_ptr<Operation> makeVqxmlOperation(const std::string& kind, const std::string& input) {
     Work work;
     if (const Recipe* recipe = recipeOfKind(kind))
         work = isSigning(kind) ? Work([recipe](const std::string& doc) { return sign(*recipe, doc); }) : Work(verify);
-    else if (kind == "encrypt")
-        work = encrypt;
-    else if (kind == "decrypt")
-        work = decrypt;
+    else if (const Cipher* cipher = cipherOfKind(kind))
+        work = isEncrypting(kind) ? Work([cipher](const std::string& doc) { return encrypt(cipher->selector, doc); })
+                                  : Work(decrypt);
     else
         return nullptr;
     return std::make_unique<VqxmlOperation>(std::move(work), input);

@@ -47,17 +47,21 @@ private:
 // would keep it.
 class XmlsecCipherOperation : public Operation {
 public:
-    XmlsecCipherOperation(bool encrypting, const std::string& input)
-        : keys_(encrypting ? keys().certDer : keys().keyDer, encrypting), encrypting_(encrypting), input_(input) {}
+    XmlsecCipherOperation(const Cipher& cipher, bool encrypting, const std::string& input)
+        : keys_(encrypting ? keys().certDer : keys().keyDer, encrypting),
+          cipher_(cipher.xmlsec),
+          encrypting_(encrypting),
+          input_(input) {}
     void run() override {
         if (encrypting_)
-            xmlsecbench::encryptElement(input_, "TaxInvoice", keys_);
+            xmlsecbench::encryptElement(input_, "TaxInvoice", keys_, cipher_);
         else
             xmlsecbench::decrypt(input_, keys_);
     }
 
 private:
     xmlsecbench::Keys keys_;
+    xmlsecbench::SessionCipher cipher_;
     bool encrypting_;
     const std::string& input_;
 };
@@ -74,10 +78,8 @@ std::unique_ptr<Operation> makeXmlsecOperation(const std::string& kind, bool env
             return std::make_unique<XmlsecSign>(*recipe, enveloped, input);
         return std::make_unique<XmlsecVerify>(input);
     }
-    if (kind == "encrypt")
-        return std::make_unique<XmlsecCipherOperation>(true, input);
-    if (kind == "decrypt")
-        return std::make_unique<XmlsecCipherOperation>(false, input);
+    if (const Cipher* cipher = cipherOfKind(kind))
+        return std::make_unique<XmlsecCipherOperation>(*cipher, isEncrypting(kind), input);
     return nullptr;
 }
 

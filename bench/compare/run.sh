@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # Measures vqxml against libxmlsec1 and the OpenSSL floor and writes the table
 # into docs/performance.md.
-#   bench/compare/run.sh [--signatures] [BUILD_DIR]   (default: build; configured if needed)
-# --signatures: only the signature rows and the floor (a quicker run while working
-# on signatures; the tables written then have no encryption).
+#   bench/compare/run.sh [--signatures | --encryption] [BUILD_DIR]   (default: build; configured if needed)
+# --signatures: only the signature rows and the floor; --encryption: only the
+# encryption rows (quicker runs while working on one; the tables written then
+# have only those).
 # Speed: bench_compare (Google Benchmark), every implementation in the same run.
 # Memory: bench_compare_memory under /usr/bin/time -v, one process per kind,
 # implementation and size, and the same with no operation for the baseline.
@@ -14,6 +15,10 @@ kinds_wanted=.
 if [ "${1:-}" = --signatures ]; then
     filter='(sign|verify)/|^floor/'
     kinds_wanted='-(sign|verify)$'
+    shift
+elif [ "${1:-}" = --encryption ]; then
+    filter='(encrypt|decrypt)/'
+    kinds_wanted='-(encrypt|decrypt)$'
     shift
 fi
 build=${1:-build}
@@ -46,8 +51,11 @@ operations() {
     esac
 }
 
+# The peak, or nothing when the operation failed (an implementation without the
+# cipher): the row is then left out, and the report says why from the speed run.
 peak_kb() {
-    /usr/bin/time -v "$@" 2>&1 >/dev/null | awk -F': ' '/Maximum resident set size/ {print $2}'
+    { /usr/bin/time -v "$@" 2>&1 >/dev/null || true; } | awk -F': ' '/Exit status/ && $2 != 0 {failed = 1}
+        /Maximum resident set size/ {peak = $2} END {if (!failed) print peak}'
 }
 
 echo "memory: $driver" >&2
@@ -61,6 +69,7 @@ for size in $("$driver" sizes); do
             n=$(operations "$impl" "$kind" "$size")
             base=$(peak_kb "$driver" run "$work" "$impl" "$kind" "$size" 0)
             peak=$(peak_kb "$driver" run "$work" "$impl" "$kind" "$size" "$n")
+            [ -n "$base" ] && [ -n "$peak" ] || { echo "no memory row for $kind/$impl/$size" >&2; continue; }
             printf '%s\t%s\t%s\t%s\t%s\t%s\n' "$kind" "$impl" "$size" "$n" "$base" "$peak" | tee -a "$results/memory.tsv" >&2
         done
     done

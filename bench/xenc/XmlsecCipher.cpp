@@ -30,6 +30,23 @@ xmlNodePtr firstElementNamed(xmlNodePtr node, const char* name) {
     return nullptr;
 }
 
+struct CipherIds {
+    xmlSecTransformId transform;
+    xmlSecKeyDataId keyData;
+    xmlSecSize bits;
+};
+
+CipherIds idsOf(SessionCipher cipher) {
+    switch (cipher) {
+    case SessionCipher::Aes128Cbc:
+        return {xmlSecTransformAes128CbcId, xmlSecKeyDataAesId, 128};
+    case SessionCipher::Aes128Gcm:
+        return {xmlSecTransformAes128GcmId, xmlSecKeyDataAesId, 128};
+    default:
+        return {xmlSecTransformDes3CbcId, xmlSecKeyDataDesId, 192};
+    }
+}
+
 }  // namespace
 
 Keys::Keys(const std::string& der, bool isCertificate) {
@@ -49,11 +66,12 @@ Keys::~Keys() {
     xmlSecKeysMngrDestroy(static_cast<xmlSecKeysMngrPtr>(m_manager));
 }
 
-std::string encryptElement(const std::string& text, const char* target, const Keys& recipient) {
+std::string encryptElement(const std::string& text, const char* target, const Keys& recipient,
+                           SessionCipher cipher) {
+    const CipherIds ids = idsOf(cipher);
     xmlDocPtr doc = parse(text);
     xmlNodePtr node = firstElementNamed(xmlDocGetRootElement(doc), target);
-    xmlNodePtr data = xmlSecTmplEncDataCreate(doc, xmlSecTransformDes3CbcId, nullptr, xmlSecTypeEncElement, nullptr,
-                                              nullptr);
+    xmlNodePtr data = xmlSecTmplEncDataCreate(doc, ids.transform, nullptr, xmlSecTypeEncElement, nullptr, nullptr);
     xmlSecTmplEncDataEnsureCipherValue(data);
     xmlNodePtr key = xmlSecTmplKeyInfoAddEncryptedKey(xmlSecTmplEncDataEnsureKeyInfo(data, nullptr),
                                                       xmlSecTransformRsaOaepId, nullptr, nullptr, nullptr);
@@ -61,7 +79,7 @@ std::string encryptElement(const std::string& text, const char* target, const Ke
     xmlSecTmplX509DataAddCertificate(xmlSecTmplKeyInfoAddX509Data(xmlSecTmplEncDataEnsureKeyInfo(key, nullptr)));
 
     xmlSecEncCtxPtr ctx = xmlSecEncCtxCreate(static_cast<xmlSecKeysMngrPtr>(recipient.manager()));
-    ctx->encKey = xmlSecKeyGenerate(xmlSecKeyDataDesId, 192, xmlSecKeyDataTypeSession);
+    ctx->encKey = xmlSecKeyGenerate(ids.keyData, ids.bits, xmlSecKeyDataTypeSession);
     const bool ok = node != nullptr && ctx->encKey != nullptr && xmlSecEncCtxXmlEncrypt(ctx, data, node) >= 0;
     xmlSecEncCtxDestroy(ctx);
     if (!ok) {

@@ -22,9 +22,10 @@ const XMLCh* orEmpty(const XMLCh* text) {
     return text != nullptr ? text : kEmpty;
 }
 
+template <class Out>
 class Writer {
 public:
-    explicit Writer(std::string& out) : m_out(out) {}
+    explicit Writer(Out& out) : m_out(out) {}
 
     // Depth first without recursion: documents may nest deeply.
     bool write(const DOMNode* root) {
@@ -229,6 +230,9 @@ private:
         const XMLCh* run = orEmpty(value);
         const XMLCh* at = run;
         for (; *at != 0; ++at) {
+            // Every character escaped lies below '?': the rest pass at one compare.
+            if (*at >= u'?')
+                continue;
             const char* escape = escapeOf(*at, inAttribute);
             if (escape == nullptr)
                 continue;
@@ -248,7 +252,7 @@ private:
         return appendUtf8(text, len, m_out);
     }
 
-    std::string& m_out;
+    Out& m_out;
     std::vector<Binding> m_bindings;
     std::vector<std::size_t> m_scopes;  // size of m_bindings at each open element
 };
@@ -256,7 +260,11 @@ private:
 }  // namespace
 
 bool writeDom(const DOMNode* node, std::string& out) {
-    return node != nullptr && Writer(out).write(node);
+    return node != nullptr && Writer<std::string>(out).write(node);
+}
+
+bool writeDom(const DOMNode* node, GrowingBuffer& out) {
+    return node != nullptr && Writer<GrowingBuffer>(out).write(node);
 }
 
 }  // namespace vqxml

@@ -16,11 +16,15 @@
 
 #include <xercesc/dom/DOMNode.hpp>
 
+#include "core/GrowingBuffer.hpp"
+
 namespace vqxml {
 
 // Appends node (a document, element or any child node) to out; false, with out
 // unspecified, when the tree holds something this writer leaves to Xerces.
 bool writeDom(const XERCES_CPP_NAMESPACE::DOMNode* node, std::string& out);
+// The same into a buffer the result can be handed over in.
+bool writeDom(const XERCES_CPP_NAMESPACE::DOMNode* node, GrowingBuffer& out);
 
 }  // namespace vqxml
 

@@ -22,6 +22,7 @@
 // | RetrievalMethod, Manifest followed without bound; XSLT, | engine/KeyInfoGuard                   | HostileMessages.EveryEntryPointRefusesEachPieceAlikeWithoutReachingOut |
 // | RetrievalMethod and CipherReference transforms run      |                                       |                                                        |
 // | Decrypted content parsed into a second document         | engine/XencFragmentParser             | InPlace.NamesTakeTheNamespacesInScope                  |
+// | A text value is copied in (the CipherValue's megabytes) | adapter/TextRoom                      | XmlsecDecrypts.ToTheOriginalBytes                      |
 // | C14N dereferences a null attribute map (source fix)     | scripts/setup.sh                      | HostileSignatures.NodeSetsWithoutTheDocumentElement    |
 // | Namespace expander leaks its entries (source fix)       | scripts/setup.sh                      | transform_chain_fuzzer corpus under ASan               |
 // | Buffers grow 1 KB at a time, quadratic (source fix)     | scripts/setup.sh                      | LargeDocument.OneLongTextValueSignsAndVerifiesThroughTheEngine |

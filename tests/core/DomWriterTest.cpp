@@ -112,6 +112,23 @@ TEST_F(DomWriter, CdataHoldingItsOwnEndIsSplitWithoutLoss) {
     EXPECT_EQ(out, "<a><![CDATA[x]]]]><![CDATA[>y]]></a>");
 }
 
+// Text is written a run of 16384 units at a time: a pair across a run's end
+// stays whole, half of one at a run's end is still refused.
+TEST_F(DomWriter, TextOfManyRunsKeepsItsPairsWhole) {
+    ASSERT_EQ(ctx.load("<a/>"), 0);
+    std::u16string text(16383, u'a');
+    text += u"\U0001F600\u00e9&<";
+    text += std::u16string(40000, u'\ud55c');
+    DOMElement* root = ctx.m_document->getDocumentElement();
+    root->appendChild(ctx.m_document->createTextNode(text.c_str()));
+    EXPECT_TRUE(writesAsXerces(ctx.m_document, "long text"));
+    text.resize(16384);
+    text.back() = 0xD800;
+    root->replaceChild(ctx.m_document->createTextNode(text.c_str()), root->getFirstChild());
+    vqxml::GrowingBuffer out;
+    EXPECT_FALSE(vqxml::writeDom(root, out)) << "half a pair at the end of a run";
+}
+
 TEST_F(DomWriter, DeclinesWhatItLeavesToXerces) {
     std::string out;
     ASSERT_EQ(ctx.load("<!DOCTYPE a [<!ATTLIST a def CDATA 'dv'>]><a/>"), 0);

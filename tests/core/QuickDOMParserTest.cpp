@@ -119,8 +119,8 @@ TEST(RecyclingMemoryManager, KeepsLargeBlocksUpToItsBound) {
     memory.deallocate(small);
     memory.deallocate(larger);
     memory.deallocate(again);
-    // Blocks beyond the bound go back at once.
-    void* huge = memory.allocate(Memory::kMaxKeptBytes);
+    // Blocks larger than a document's node blocks go back at once.
+    void* huge = memory.allocate(Memory::kLargestKept + 1);
     memory.deallocate(huge);
     EXPECT_EQ(memory.keptBytes(), 3 * Memory::kSmallestKept + 1000);
     memory.clear();

@@ -149,6 +149,22 @@ TEST(SessionKey, CallerKeyOpensWithoutUnwrapping) {
     EXPECT_EQ(body(resultDocument(h)), body(kInvoice));
 }
 
+// The library reads the CipherValue where it stands in the document: text split
+// by a comment, with a character reference for a line feed, decodes as one.
+TEST(SessionKey, CipherValueSplitByACommentOpens) {
+    Encryption e;
+    e.targets = {"Amount"};
+    e.recipients = {kOaep};
+    std::string encrypted = encrypt(kInvoice, e);
+    const size_t close = encrypted.rfind("</xenc:CipherValue>");
+    ASSERT_NE(close, std::string::npos) << encrypted;
+    encrypted.insert(close - 9, "<!-- split -->&#10;");
+    encrypted.insert(close - 30, "<!---->");
+    std::string opened;
+    ASSERT_EQ(decrypt(encrypted, kOaep, &opened), 0) << opened;
+    EXPECT_EQ(body(opened), body(kInvoice));
+}
+
 // The document as the library writes it when it changes nothing.
 std::string reserialised(const std::string& text) {
     ScopedHandle h;
