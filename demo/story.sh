@@ -101,6 +101,21 @@ step 0 "the decrypted invoice is the original one, canonically" same_xml "$invoi
 step 150 "홍길동 is not the recipient: refused by the serial number (status 10310)" \
     "$vqxml" decrypt --cert "$pki/ee-rsa.crt.pem" --key "$pki/ee-rsa.key.pem" invoice-enc.xml
 
+echo "The invoice for a partner abroad: XML Signature 1.1 and XML Encryption 1.1"
+step 0 "sign it with ECDSA on P-256 (SHA-256) and verify it" \
+    sh -c '"$0" sign --alg ecdsa-sha256 --cert "$1" --key "$2" -o invoice-ec.xml "$3" && "$0" verify -q invoice-ec.xml' \
+    "$vqxml" "$root/tests/data/dsig/signer-ec256.crt.der" "$root/tests/data/dsig/signer-ec256.key.pem" "$invoice"
+step 0 "encrypt it with AES-256-GCM, the key wrapped by RSA-OAEP for ee-rsa-b" \
+    "$vqxml" encrypt --symm aes256-gcm --transport rsa-oaep --recipient "$pki/ee-rsa-b.crt.pem" -o invoice-gcm.xml "$invoice"
+if command -v xmlsec1 >/dev/null; then
+    step 0 "libxmlsec1 (xmlsec1) decrypts it to the original invoice" \
+        sh -c 'xmlsec1 --decrypt --privkey-pem "$0" --trusted-pem "$1" --output invoice-gcm-peer.xml invoice-gcm.xml 2>/dev/null' \
+        "$pki/ee-rsa-b.key.pem" "$pki/ca-rsa.crt.pem"
+    step 0 "and its plaintext is the invoice, canonically" same_xml "$invoice" invoice-gcm-peer.xml
+else
+    echo "  skip  libxmlsec1's decryption (no xmlsec1 here)"
+fi
+
 echo "A SOAP request secured and processed"
 step 0 "sign the request with a WS-Security header (RSA-SHA256, BinarySecurityToken)" \
     "$vqxml" soap-sign --cert "$pki/ee-rsa.crt.pem" --key "$pki/ee-rsa.key.pem" -o request-signed.xml \
