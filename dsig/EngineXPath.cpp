@@ -36,11 +36,14 @@ EngineXPathSelection::EngineXPathSelection(const DOMElement* xpath, const DOMDoc
     DOMElement* element = const_cast<DOMElement*>(xpath);
     const XPathContextDeclared declared({element});
     DOMDocument* tree = const_cast<DOMDocument*>(doc);
-    auto* source = new TXFMDocObject(tree);
-    m_chain = std::make_unique<TXFMChain>(source);
+    // Each transform is held until the chain owns it, so a failed allocation frees it.
+    auto source = std::make_unique<TXFMDocObject>(tree);
     source->setInput(tree);
-    auto* filter = new TXFMXPath(tree);
-    m_chain->appendTxfm(filter);
+    m_chain = std::make_unique<TXFMChain>(source.get());
+    source.release();
+    auto owned = std::make_unique<TXFMXPath>(tree);
+    TXFMXPath* filter = owned.get();
+    m_chain->appendTxfm(owned.release());
     filter->setNameSpace(element->getAttributes());
     safeBuffer expression;
     expression.sbTranscodeIn(element->getTextContent());

@@ -96,9 +96,11 @@ std::unique_ptr<TXFMChain> canonicalChain(const DOMElement* signedInfo, const Ca
     const std::string canonical = canonicalForm(signedInfo, how);
     safeBuffer bytes;
     bytes.sbMemcpyIn(canonical.data(), canonical.size());
-    TXFMSB* source = new TXFMSB(signedInfo->getOwnerDocument());
-    auto chain = std::make_unique<TXFMChain>(source);
+    auto source = std::make_unique<TXFMSB>(signedInfo->getOwnerDocument());
     source->setInput(bytes, static_cast<unsigned int>(canonical.size()));
+    // The chain owns its source once made; held until then, so a failed allocation frees it.
+    auto chain = std::make_unique<TXFMChain>(source.get());
+    source.release();
     return chain;
 }
 
