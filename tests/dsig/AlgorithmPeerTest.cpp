@@ -67,14 +67,6 @@ std::string librarySigned(const Algorithm& a) {
     return resultDocument(h);
 }
 
-std::string tampered(std::string text) {
-    const size_t at = text.find("1100000<");
-    EXPECT_NE(at, std::string::npos);
-    if (at != std::string::npos)
-        text[at + 6] = '9';
-    return text;
-}
-
 class SantuarioPeer : public testing::TestWithParam<Algorithm> {
 protected:
     void SetUp() override {

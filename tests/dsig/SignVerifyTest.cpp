@@ -105,14 +105,6 @@ std::string sign(const Case& c) {
     return resultDocument(h);
 }
 
-// Changes the signed amount 1100000 into 1100001.
-std::string tampered(std::string text) {
-    size_t at = text.find("1100000<");
-    EXPECT_NE(at, std::string::npos);
-    text[at + 6] = '1';
-    return text;
-}
-
 // xmlsec1 run on text with the case's keys and ids: "--verify", or "--sign",
 // which leaves the signed text in *out.
 int xmlsec(const Case& c, const std::string& mode, const std::string& text, std::string* out = nullptr) {

@@ -36,6 +36,15 @@ inline std::string signerFile(const std::string& kind, const std::string& part) 
     return testfiles::dataPath(part == "crt.der" ? "dsig/signer-cert.der" : "dsig/signer-" + part);
 }
 
+// The signed invoice with its amount 1100000 changed into 1100001.
+inline std::string tampered(std::string text) {
+    const size_t at = text.find("1100000<");
+    EXPECT_NE(at, std::string::npos);
+    if (at != std::string::npos)
+        text[at + 6] = '1';
+    return text;
+}
+
 inline const std::string& hmacKey() {
     static const std::string bytes = testfiles::read(testfiles::dataPath("dsig/hmac.bin"));
     return bytes;
