@@ -354,21 +354,8 @@ bool run(Pipeline& pipeline, const DOMElement* reference) {
 }  // namespace
 
 const EVP_MD* openSslDigest(const XMLCh* uri) {
-    struct Choice {
-        const XMLCh* uri;
-        const EVP_MD* (*md)();
-    };
-    static const Choice kChoices[] = {
-        {u"http://www.w3.org/2000/09/xmldsig#sha1", &EVP_sha1},
-        {u"http://www.w3.org/2001/04/xmldsig-more#sha224", &EVP_sha224},
-        {u"http://www.w3.org/2001/04/xmlenc#sha256", &EVP_sha256},
-        {u"http://www.w3.org/2001/04/xmldsig-more#sha384", &EVP_sha384},
-        {u"http://www.w3.org/2001/04/xmlenc#sha512", &EVP_sha512},
-    };
-    for (const Choice& c : kChoices)
-        if (XMLString::equals(c.uri, uri))
-            return c.md();
-    return nullptr;
+    const Algorithm* digest = algorithmByURI(AlgorithmKind::DIGEST, uri);
+    return digest != nullptr ? shaDigest(digest->methodCode) : nullptr;
 }
 
 std::unique_ptr<ReferenceNodeSet> referenceNodeSet(const DOMElement* reference, const DOMElement* signature) {

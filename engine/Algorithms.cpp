@@ -57,4 +57,21 @@ bool canonicalizationChoice(const XMLCh* uri, CanonicalizationChoice& out) {
     return true;
 }
 
+const EVP_MD* shaDigest(int hashCode) {
+    switch (hashCode) {
+    case 1:
+        return EVP_sha1();
+    case 3:
+        return EVP_sha224();
+    case 4:
+        return EVP_sha256();
+    case 5:
+        return EVP_sha384();
+    case 6:
+        return EVP_sha512();
+    default:
+        return nullptr;
+    }
+}
+
 }  // namespace vqxml

@@ -4,6 +4,7 @@
 #ifndef VQXML_ENGINE_ALGORITHMS_HPP
 #define VQXML_ENGINE_ALGORITHMS_HPP
 
+#include <openssl/evp.h>
 #include <xercesc/util/XercesDefs.hpp>
 
 namespace vqxml {
@@ -42,6 +43,11 @@ struct CanonicalizationChoice {
     bool version11;  // Canonical XML 1.1 (inclusive)
 };
 bool canonicalizationChoice(const XMLCh* uri, CanonicalizationChoice& out);
+
+// OpenSSL's digest for a hash code of the table (a signature's hash, a digest's
+// code): SHA-1 and the SHA-2 family only; null for MD5, which nothing here
+// reads, HAS-160, which is the library's own, and any other code.
+const EVP_MD* shaDigest(int hashCode);
 
 }  // namespace vqxml
 

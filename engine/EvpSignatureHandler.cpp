@@ -20,7 +20,6 @@
 #include "engine/Algorithms.hpp"
 #include "engine/Base64.hpp"
 #include "engine/ChainBytes.hpp"
-#include "engine/VQTKCryptoHash.hpp"
 
 XERCES_CPP_NAMESPACE_USE
 
@@ -43,13 +42,9 @@ const vqxml::Algorithm& rowFor(const XMLCh* uri) {
 }
 
 const EVP_MD* digestOf(const vqxml::Algorithm& a) {
-    static const XSECCryptoHash::HashType kTypes[] = {XSECCryptoHash::HASH_NONE,   XSECCryptoHash::HASH_SHA1,
-                                                      XSECCryptoHash::HASH_MD5,    XSECCryptoHash::HASH_SHA224,
-                                                      XSECCryptoHash::HASH_SHA256, XSECCryptoHash::HASH_SHA384,
-                                                      XSECCryptoHash::HASH_SHA512};
-    if (a.hash < 1 || a.hash > 6 || a.hash == 2)
-        throw XSECException(XSECException::AlgorithmMapperError, "The signature's hash is not offered");
-    return VQTKCryptoHash::digestFor(kTypes[a.hash]);
+    if (const EVP_MD* md = vqxml::shaDigest(a.hash))
+        return md;
+    throw XSECException(XSECException::AlgorithmMapperError, "The signature's hash is not offered");
 }
 
 using PKey = std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)>;

@@ -14,6 +14,7 @@
 #include <xsec/utils/XSECSafeBuffer.hpp>
 
 #include "core/adapter/Upstream.hpp"
+#include "engine/Algorithms.hpp"
 #include "engine/Base64.hpp"
 #include "engine/ChainBytes.hpp"
 #include "engine/korean/SecureBytes.hpp"
@@ -22,24 +23,12 @@ XERCES_CPP_NAMESPACE_USE
 
 namespace {
 
-struct HmacAlgorithm {
-    const XMLCh* uri;
-    const EVP_MD* (*md)();
-};
+constexpr int kHmac = 2;  // the table's signature method code
 
-const HmacAlgorithm kHmacs[] = {
-    {u"http://www.w3.org/2000/09/xmldsig#hmac-sha1", &EVP_sha1},
-    {u"http://www.w3.org/2001/04/xmldsig-more#hmac-sha224", &EVP_sha224},
-    {u"http://www.w3.org/2001/04/xmldsig-more#hmac-sha256", &EVP_sha256},
-    {u"http://www.w3.org/2001/04/xmldsig-more#hmac-sha384", &EVP_sha384},
-    {u"http://www.w3.org/2001/04/xmldsig-more#hmac-sha512", &EVP_sha512},
-};
-
+// The digest of an HMAC signature method of the table; null for any other URI.
 const EVP_MD* digestFor(const XMLCh* uri) {
-    for (const HmacAlgorithm& h : kHmacs)
-        if (XMLString::equals(h.uri, uri))
-            return h.md();
-    return nullptr;
+    const vqxml::Algorithm* a = vqxml::algorithmByURI(vqxml::AlgorithmKind::SIGNATURE, uri);
+    return a != nullptr && a->methodCode == kHmac ? vqxml::shaDigest(a->hash) : nullptr;
 }
 
 }  // namespace
@@ -52,8 +41,9 @@ bool acceptableHmacLength(unsigned int outputBits, unsigned int macBits) {
 
 void registerHmacHandler() {
     HMACSignatureHandler handler;
-    for (const HmacAlgorithm& h : kHmacs)
-        XSECPlatformUtils::registerAlgorithmHandler(h.uri, handler);
+    for (int hash = 1; hash <= 6; ++hash)
+        if (const Algorithm* a = algorithmByCode(AlgorithmKind::SIGNATURE, kHmac, hash); a != nullptr && shaDigest(hash))
+            XSECPlatformUtils::registerAlgorithmHandler(a->uri, handler);
 }
 
 }  // namespace vqxml
