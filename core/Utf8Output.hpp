@@ -4,8 +4,10 @@
 #ifndef VQXML_CORE_UTF8OUTPUT_HPP
 #define VQXML_CORE_UTF8OUTPUT_HPP
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include <xercesc/util/XercesDefs.hpp>
 
@@ -68,7 +70,7 @@ bool appendUtf8(const XMLCh* text, std::size_t n, Bytes& out) {
 // How c is written in character data (&, <, > and carriage return escaped) or in
 // an attribute value (&, <, the quote, tab, line feed and carriage return), as
 // canonical XML has it; null where c stands for itself.
-inline const char* escapeOf(XMLCh c, bool inAttribute) {
+constexpr const char* escapeOf(XMLCh c, bool inAttribute) {
     switch (c) {
     case u'&': return "&amp;";
     case u'<': return "&lt;";
@@ -79,6 +81,63 @@ inline const char* escapeOf(XMLCh c, bool inAttribute) {
     case u'\r': return "&#xD;";
     default: return nullptr;
     }
+}
+
+namespace detail {
+
+constexpr std::array<bool, 128> asciiStandingForItself(bool inAttribute) {
+    std::array<bool, 128> stands{};
+    for (XMLCh c = 0; c < 128; ++c)
+        stands[c] = escapeOf(c, inAttribute) == nullptr;
+    return stands;
+}
+
+inline constexpr std::array<bool, 128> kStandsInText = asciiStandingForItself(false);
+inline constexpr std::array<bool, 128> kStandsInAttribute = asciiStandingForItself(true);
+
+template <class Bytes>
+void appendAscii(const char* s, Bytes& out) {
+    const std::size_t at = out.size();
+    const std::size_t n = std::strlen(s);
+    out.resize(at + n);
+    std::memcpy(&out[at], s, n);
+}
+
+}  // namespace detail
+
+// Appends the n units at text to out as UTF-8 with the escapes of escapeOf(), in
+// one pass: ASCII that stands for itself (all of a base64 text, most of a
+// document) is stored a run at a time, the rest goes through appendUtf8().
+// Returns false at half a surrogate pair standing alone.
+template <class Bytes>
+bool appendEscapedUtf8(const XMLCh* text, std::size_t n, Bytes& out, bool inAttribute) {
+    using Byte = typename Bytes::value_type;
+    constexpr std::size_t kRun = 16384;
+    const bool* stands = inAttribute ? detail::kStandsInAttribute.data() : detail::kStandsInText.data();
+    std::size_t i = 0;
+    while (i < n) {
+        const std::size_t end = n - i > kRun ? i + kRun : n;
+        const std::size_t at = out.size();
+        out.resize(at + (end - i));
+        Byte* const start = reinterpret_cast<Byte*>(&out[at]);
+        Byte* w = start;
+        for (; i < end && text[i] < 0x80 && stands[text[i]]; ++i)
+            *w++ = static_cast<Byte>(text[i]);
+        out.resize(at + static_cast<std::size_t>(w - start));
+        if (i == end)
+            continue;
+        if (text[i] < 0x80) {
+            detail::appendAscii(escapeOf(text[i++], inAttribute), out);
+            continue;
+        }
+        std::size_t other = i;
+        while (other < n && text[other] >= 0x80)
+            ++other;
+        if (!appendUtf8(text + i, other - i, out))
+            return false;
+        i = other;
+    }
+    return true;
 }
 
 }  // namespace vqxml

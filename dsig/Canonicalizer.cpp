@@ -539,20 +539,8 @@ private:
 
     // Text escapes &, <, > and CR; attribute values &, <, ", TAB, LF and CR.
     void escaped(const XMLCh* text, bool attribute) {
-        if (text == nullptr)
-            return;
-        const XMLCh* run = text;
-        for (const XMLCh* p = text;; ++p) {
-            const XMLCh c = *p;
-            const char* replacement = escapeOf(c, attribute);
-            if (replacement == nullptr && c != 0)
-                continue;
-            appendUtf8(run, static_cast<size_t>(p - run), m_out);
-            if (c == 0)
-                return;
-            m_out += replacement;
-            run = p + 1;
-        }
+        if (text != nullptr)
+            appendEscapedUtf8(text, XMLString::stringLen(text), m_out, attribute);
     }
 
     static constexpr size_t kFlushAt = 1 << 16;

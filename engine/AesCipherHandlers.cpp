@@ -1,5 +1,6 @@
 #include "engine/AesCipherHandlers.hpp"
 
+#include <algorithm>
 #include <climits>
 #include <memory>
 
@@ -19,12 +20,6 @@ constexpr std::size_t kCbcIv = 16;
 constexpr std::size_t kGcmIv = 12;
 constexpr std::size_t kGcmTag = 16;
 
-std::vector<std::uint8_t> framedAs(const SecureBytes& iv, const SecureBytes& body) {
-    std::vector<std::uint8_t> framed(iv.begin(), iv.end());
-    framed.insert(framed.end(), body.begin(), body.end());
-    return framed;
-}
-
 }  // namespace
 
 XSECCryptoKey* AesCipherHandler::createKeyForURI(const XMLCh* uri, const unsigned char* keyBuffer,
@@ -37,16 +32,27 @@ XSECCryptoKey* AesCipherHandler::createKeyForURI(const XMLCh* uri, const unsigne
     return key.release();
 }
 
+// The IV, the plaintext's blocks and the padding's go straight into the framed
+// output: the plaintext of a large element is not copied to be padded.
 std::vector<std::uint8_t> AesCbcCipherHandler::encryptOctets(const XENCEncryptionMethod* method,
                                                              const XSECCryptoKey* key,
                                                              const SecureBytes& plain) const {
     const SecureBytes& k = AesKey::forMethod(method, key).bytes();
-    SecureBytes padded(plain);
+    if (plain.size() > INT_MAX - 64)
+        vqxml::cipherFailure("AES-CBC: the data is too long");
     const std::vector<std::uint8_t> padding = vqxml::korean::xmlEncPadding(plain.size(), kCbcIv);
-    padded.insert(padded.end(), padding.begin(), padding.end());
     const SecureBytes iv = vqxml::randomBytes(kCbcIv);
-    return framedAs(iv, vqxml::runCipher(vqxml::aesCipher(k.size(), vqxml::AesMode::Cbc), true, k, iv.data(),
-                                         padded.data(), padded.size()));
+    vqxml::CipherContext ctx = vqxml::startCipher(vqxml::aesCipher(k.size(), vqxml::AesMode::Cbc), true, k, iv.data());
+    std::vector<std::uint8_t> framed(kCbcIv + plain.size() + padding.size());
+    std::copy(iv.begin(), iv.end(), framed.begin());
+    int n = 0, tail = 0, last = 0;
+    if (EVP_EncryptUpdate(ctx.get(), framed.data() + kCbcIv, &n, plain.data(), static_cast<int>(plain.size())) != 1 ||
+        EVP_EncryptUpdate(ctx.get(), framed.data() + kCbcIv + n, &tail, padding.data(),
+                          static_cast<int>(padding.size())) != 1 ||
+        EVP_EncryptFinal_ex(ctx.get(), framed.data() + kCbcIv + n + tail, &last) != 1 ||
+        static_cast<std::size_t>(n + tail + last) != plain.size() + padding.size())
+        vqxml::cipherFailure("AES-CBC: OpenSSL cannot encrypt");
+    return framed;
 }
 
 SecureBytes AesCbcCipherHandler::decryptOctets(const XENCEncryptionMethod* method, const XSECCryptoKey* key,

@@ -27,6 +27,7 @@
 #include <xsec/xenc/XENCEncryptedKey.hpp>
 #include <xsec/xenc/XENCEncryptionMethod.hpp>
 
+#include "core/ElementWalk.hpp"
 #include "core/ParseLimits.hpp"
 #include "core/adapter/TextRoom.hpp"
 #include "engine/Base64.hpp"
@@ -53,9 +54,8 @@ std::atomic<unsigned long> g_ciphersMade{0};
 // namespace, wsu:Id included), so that a new identifier collides with none.
 std::set<XString> identifiersInUse(DOMDocument* doc) {
     std::set<XString> used;
-    DOMNodeList* elements = doc->getElementsByTagName(u"*");
-    for (XMLSize_t i = 0; i < elements->getLength(); ++i) {
-        DOMNamedNodeMap* attributes = elements->item(i)->getAttributes();
+    vqxml::forEachElement(doc, [&used](DOMElement* element) {
+        DOMNamedNodeMap* attributes = element->getAttributes();
         for (XMLSize_t a = 0; attributes != nullptr && a < attributes->getLength(); ++a) {
             DOMNode* attribute = attributes->item(a);
             const XMLCh* name = attribute->getLocalName() != nullptr ? attribute->getLocalName()
@@ -63,7 +63,7 @@ std::set<XString> identifiersInUse(DOMDocument* doc) {
             if (XMLString::compareIString(name, u"Id") == 0)
                 used.insert(attribute->getNodeValue());
         }
-    }
+    });
     return used;
 }
 
@@ -494,9 +494,7 @@ void VQXML_XENCCipher::findDocumentKeys() {
     std::vector<XENCEncryptedKey*> found;
     std::vector<XENCEncryptedKey*> handed = m_documentKeys;
     try {
-        DOMNodeList* elements = getDocument()->getElementsByTagNameNS(DSIGConstants::s_unicodeStrURIXENC, kEncryptedKey);
-        for (XMLSize_t i = 0; i < elements->getLength(); ++i) {
-            auto* element = static_cast<DOMElement*>(elements->item(i));
+        for (DOMElement* element : vqxml::xenc::xencElements(getDocument(), kEncryptedKey)) {
             if (vqxml::xenc::insideKeyInfo(element))
                 continue;
             auto mine = std::find_if(handed.begin(), handed.end(),

@@ -135,80 +135,38 @@ private:
         const XMLCh* from = s;
         for (const XMLCh* c = s; c != nullptr && *c != 0; ++c) {
             if (c[0] == u']' && c[1] == u']' && c[2] == u'>') {
-                encoded<noEscape>(from, static_cast<std::size_t>(c - from));
+                whole(from, static_cast<std::size_t>(c - from));
                 raw("]]]]><![CDATA[>");
                 c += 2;
                 from = c + 1;
             }
         }
         if (from != nullptr)
-            encoded<noEscape>(from, XMLString::stringLen(from));
+            whole(from, XMLString::stringLen(from));
         raw("]]>");
     }
 
     // Canonical XML's escapes: in attribute values also '"' and the whitespace
     // that attribute-value normalisation would change.
     void escaped(const XMLCh* s, bool attribute) {
-        if (s == nullptr)
-            return;
-        if (attribute)
-            encoded<attributeEscape>(s, XMLString::stringLen(s));
-        else
-            encoded<textEscape>(s, XMLString::stringLen(s));
+        if (s != nullptr && !appendEscapedUtf8(s, XMLString::stringLen(s), m_out, attribute))
+            halfAPair();
     }
 
     void utf8(const XMLCh* s) {
         if (s != nullptr)
-            encoded<noEscape>(s, XMLString::stringLen(s));
-    }
-
-    static const char* noEscape(XMLCh) { return nullptr; }
-
-    static const char* textEscape(XMLCh c) {
-        switch (c) {
-        case u'&': return "&amp;";
-        case u'<': return "&lt;";
-        case u'>': return "&gt;";
-        case u'\r': return "&#xD;";
-        default: return nullptr;
-        }
-    }
-
-    static const char* attributeEscape(XMLCh c) {
-        switch (c) {
-        case u'&': return "&amp;";
-        case u'<': return "&lt;";
-        case u'"': return "&quot;";
-        case u'\t': return "&#x9;";
-        case u'\n': return "&#xA;";
-        case u'\r': return "&#xD;";
-        default: return nullptr;
-        }
-    }
-
-    // Writes n UTF-16 units as UTF-8, a unit that escape() names as its text.
-    template <const char* (*escape)(XMLCh)>
-    void encoded(const XMLCh* s, std::size_t n) {
-        const XMLCh* run = s;
-        const XMLCh* const end = s + n;
-        for (const XMLCh* c = s; c < end; ++c) {
-            // Every character escaped lies below '?': the rest pass at one compare.
-            if (*c >= u'?')
-                continue;
-            if (const char* e = escape(*c)) {
-                whole(run, static_cast<std::size_t>(c - run));
-                raw(e);
-                run = c + 1;
-            }
-        }
-        whole(run, static_cast<std::size_t>(end - run));
+            whole(s, XMLString::stringLen(s));
     }
 
     // Text the DOM holds is whole UTF-16 unless a program put half a surrogate
     // pair into it; such text has no octets to encrypt.
     void whole(const XMLCh* s, std::size_t n) {
         if (!appendUtf8(s, n, m_out))
-            throw XSECException(XSECException::CipherError, "The content holds half a surrogate pair");
+            halfAPair();
+    }
+
+    [[noreturn]] static void halfAPair() {
+        throw XSECException(XSECException::CipherError, "The content holds half a surrogate pair");
     }
 
     void raw(const char* s) {

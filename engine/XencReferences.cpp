@@ -6,6 +6,8 @@
 #include <xsec/dsig/DSIGConstants.hpp>
 #include <xsec/xenc/XENCEncryptedKey.hpp>
 
+#include "core/ElementWalk.hpp"
+
 XERCES_CPP_NAMESPACE_USE
 
 namespace {
@@ -44,15 +46,21 @@ DOMElement* makeXencElement(const DOMElement* key, const XMLCh* localName) {
 
 namespace vqxml::xenc {
 
-
-
 void declareIds(DOMDocument* doc) {
-    DOMNodeList* elements = doc->getElementsByTagNameNS(DSIGConstants::s_unicodeStrURIXENC, u"*");
-    for (XMLSize_t i = 0, n = elements->getLength(); i < n; ++i) {
-        auto* element = static_cast<DOMElement*>(elements->item(i));
-        if (element->hasAttributeNS(nullptr, kIdAttribute))
+    forEachElement(doc, [](DOMElement* element) {
+        if (XMLString::equals(element->getNamespaceURI(), DSIGConstants::s_unicodeStrURIXENC) &&
+            element->hasAttributeNS(nullptr, kIdAttribute))
             element->setIdAttributeNS(nullptr, kIdAttribute, true);
-    }
+    });
+}
+
+std::vector<DOMElement*> xencElements(DOMNode* root, const XMLCh* localName) {
+    std::vector<DOMElement*> found;
+    forEachElement(root, [&found, localName](DOMElement* element) {
+        if (isXenc(element, localName))
+            found.push_back(element);
+    });
+    return found;
 }
 
 bool insideKeyInfo(const DOMElement* element) {

@@ -4,11 +4,14 @@
 #ifndef VQXML_ENGINE_XENCREFERENCES_HPP
 #define VQXML_ENGINE_XENCREFERENCES_HPP
 
+#include <vector>
+
 #include <xercesc/util/XercesDefs.hpp>
 
 XERCES_CPP_NAMESPACE_BEGIN
 class DOMDocument;
 class DOMElement;
+class DOMNode;
 XERCES_CPP_NAMESPACE_END
 
 class XENCEncryptedKey;
@@ -24,6 +27,11 @@ inline constexpr XMLCh kIdAttribute[] = u"Id";
 // document-level key) as the library's own checks do (SameDocumentIds.hpp).
 void declareIds(XERCES_CPP_NAMESPACE::DOMDocument* doc);
 
+// The elements of XML Encryption's namespace named localName under root, in
+// document order.
+std::vector<XERCES_CPP_NAMESPACE::DOMElement*> xencElements(XERCES_CPP_NAMESPACE::DOMNode* root,
+                                                           const XMLCh* localName);
+
 // Whether element stands somewhere inside a ds:KeyInfo.
 bool insideKeyInfo(const XERCES_CPP_NAMESPACE::DOMElement* element);
 
@@ -34,7 +42,6 @@ void addDataReference(XENCEncryptedKey& key, const XMLCh* id, bool prettyPrint);
 
 // Whether the key's ReferenceList holds a DataReference to "#id".
 bool refersTo(const XENCEncryptedKey& key, const XMLCh* id);
-
 
 }  // namespace vqxml::xenc
 

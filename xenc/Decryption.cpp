@@ -20,6 +20,7 @@
 
 #include "core/ErrorFrame.hpp"
 #include "engine/VQXMLXENCCipher.hpp"
+#include "engine/XencReferences.hpp"
 #include "xenc/XencAlgorithms.hpp"
 
 XERCES_CPP_NAMESPACE_USE
@@ -38,14 +39,6 @@ bool holdsOctets(const XENCEncryptedData* data) {
            !XMLString::equals(data->getType(), DSIGConstants::s_unicodeStrURIXENC_ELEMENT);
 }
 
-std::vector<DOMElement*> xencElements(DOMDocument* doc, const XMLCh* localName) {
-    DOMNodeList* found = doc->getElementsByTagNameNS(DSIGConstants::s_unicodeStrURIXENC, localName);
-    std::vector<DOMElement*> elements;
-    for (XMLSize_t i = 0, n = found->getLength(); i < n; ++i)
-        elements.push_back(static_cast<DOMElement*>(found->item(i)));
-    return elements;
-}
-
 bool inDocument(const DOMNode* node) {
     while (node->getParentNode() != nullptr)
         node = node->getParentNode();
@@ -60,8 +53,8 @@ public:
     explicit XencElementsLeft(DOMDocument* doc) : m_doc(doc) { walk(); }
 
     void walk() {
-        m_data = xencElements(m_doc, u"EncryptedData");
-        m_keys = xencElements(m_doc, u"EncryptedKey");
+        m_data = vqxml::xenc::xencElements(m_doc, u"EncryptedData");
+        m_keys = vqxml::xenc::xencElements(m_doc, u"EncryptedKey");
         m_next = 0;
     }
 

@@ -227,21 +227,8 @@ private:
     // Character data with Xerces' escapes: in text &, <, > and carriage return;
     // in attribute values &, <, the quote, tab, line feed and carriage return.
     bool text(const XMLCh* value, bool inAttribute) {
-        const XMLCh* run = orEmpty(value);
-        const XMLCh* at = run;
-        for (; *at != 0; ++at) {
-            // Every character escaped lies below '?': the rest pass at one compare.
-            if (*at >= u'?')
-                continue;
-            const char* escape = escapeOf(*at, inAttribute);
-            if (escape == nullptr)
-                continue;
-            if (!utf8(run, static_cast<XMLSize_t>(at - run)))
-                return false;
-            m_out += escape;
-            run = at + 1;
-        }
-        return utf8(run, static_cast<XMLSize_t>(at - run));
+        const XMLCh* text = orEmpty(value);
+        return appendEscapedUtf8(text, XMLString::stringLen(text), m_out, inAttribute);
     }
 
     bool utf8(const XMLCh* text) {
