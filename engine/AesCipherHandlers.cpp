@@ -35,22 +35,22 @@ XSECCryptoKey* AesCipherHandler::createKeyForURI(const XMLCh* uri, const unsigne
 // The IV, the plaintext's blocks and the padding's go straight into the framed
 // output: the plaintext of a large element is not copied to be padded.
 std::vector<std::uint8_t> AesCbcCipherHandler::encryptOctets(const XENCEncryptionMethod* method,
-                                                             const XSECCryptoKey* key,
-                                                             const SecureBytes& plain) const {
+                                                             const XSECCryptoKey* key, const std::uint8_t* plain,
+                                                             std::size_t size) const {
     const SecureBytes& k = AesKey::forMethod(method, key).bytes();
-    if (plain.size() > INT_MAX - 64)
+    if (size > INT_MAX - 64)
         vqxml::cipherFailure("AES-CBC: the data is too long");
-    const std::vector<std::uint8_t> padding = vqxml::korean::xmlEncPadding(plain.size(), kCbcIv);
+    const std::vector<std::uint8_t> padding = vqxml::korean::xmlEncPadding(size, kCbcIv);
     const SecureBytes iv = vqxml::randomBytes(kCbcIv);
     vqxml::CipherContext ctx = vqxml::startCipher(vqxml::aesCipher(k.size(), vqxml::AesMode::Cbc), true, k, iv.data());
-    std::vector<std::uint8_t> framed(kCbcIv + plain.size() + padding.size());
+    std::vector<std::uint8_t> framed(kCbcIv + size + padding.size());
     std::copy(iv.begin(), iv.end(), framed.begin());
     int n = 0, tail = 0, last = 0;
-    if (EVP_EncryptUpdate(ctx.get(), framed.data() + kCbcIv, &n, plain.data(), static_cast<int>(plain.size())) != 1 ||
+    if (EVP_EncryptUpdate(ctx.get(), framed.data() + kCbcIv, &n, plain, static_cast<int>(size)) != 1 ||
         EVP_EncryptUpdate(ctx.get(), framed.data() + kCbcIv + n, &tail, padding.data(),
                           static_cast<int>(padding.size())) != 1 ||
         EVP_EncryptFinal_ex(ctx.get(), framed.data() + kCbcIv + n + tail, &last) != 1 ||
-        static_cast<std::size_t>(n + tail + last) != plain.size() + padding.size())
+        static_cast<std::size_t>(n + tail + last) != size + padding.size())
         vqxml::cipherFailure("AES-CBC: OpenSSL cannot encrypt");
     return framed;
 }
@@ -70,20 +70,20 @@ SecureBytes AesCbcCipherHandler::decryptOctets(const XENCEncryptionMethod* metho
 }
 
 std::vector<std::uint8_t> AesGcmCipherHandler::encryptOctets(const XENCEncryptionMethod* method,
-                                                             const XSECCryptoKey* key,
-                                                             const SecureBytes& plain) const {
+                                                             const XSECCryptoKey* key, const std::uint8_t* plain,
+                                                             std::size_t size) const {
     const SecureBytes& k = AesKey::forMethod(method, key).bytes();
-    if (plain.size() > INT_MAX - 64)
+    if (size > INT_MAX - 64)
         vqxml::cipherFailure("AES-GCM: the data is too long");
     const SecureBytes iv = vqxml::randomBytes(kGcmIv);
     vqxml::CipherContext ctx = vqxml::startCipher(vqxml::aesCipher(k.size(), vqxml::AesMode::Gcm), true, k, iv.data());
     std::vector<std::uint8_t> framed(iv.begin(), iv.end());
-    framed.resize(kGcmIv + plain.size() + kGcmTag);
+    framed.resize(kGcmIv + size + kGcmTag);
     int n = 0, last = 0;
-    if (EVP_EncryptUpdate(ctx.get(), framed.data() + kGcmIv, &n, plain.data(), static_cast<int>(plain.size())) != 1 ||
+    if (EVP_EncryptUpdate(ctx.get(), framed.data() + kGcmIv, &n, plain, static_cast<int>(size)) != 1 ||
         EVP_EncryptFinal_ex(ctx.get(), framed.data() + kGcmIv + n, &last) != 1 ||
-        static_cast<std::size_t>(n + last) != plain.size() ||
-        EVP_CIPHER_CTX_ctrl(ctx.get(), EVP_CTRL_AEAD_GET_TAG, kGcmTag, framed.data() + kGcmIv + plain.size()) != 1)
+        static_cast<std::size_t>(n + last) != size ||
+        EVP_CIPHER_CTX_ctrl(ctx.get(), EVP_CTRL_AEAD_GET_TAG, kGcmTag, framed.data() + kGcmIv + size) != 1)
         vqxml::cipherFailure("AES-GCM: OpenSSL cannot encrypt");
     return framed;
 }

@@ -31,11 +31,11 @@ const VQTKCryptoSymmetricKey& keyForMethod(const XENCEncryptionMethod* method, c
 
 std::vector<std::uint8_t> KoreanCipherHandler::encryptOctets(const XENCEncryptionMethod* method,
                                                              const XSECCryptoKey* key,
-                                                             const vqxml::korean::SecureBytes& plain) const {
+                                                             const std::uint8_t* plain, std::size_t size) const {
     const VQTKCryptoSymmetricKey& k = keyForMethod(method, key);
     return vqxml::asCryptoException(XSECCryptoException::SymmetricError, [&] {
         return vqxml::korean::xmlEncEncrypt(k.getCipher(), k.getKeyBytes().data(), k.getKeyBytes().size(),
-                                            plain.data(), plain.size());
+                                            plain, size);
     });
 }
 

@@ -16,7 +16,7 @@ public:
 protected:
     const char* handlerName() const override { return "Korean block cipher handler"; }
     std::vector<std::uint8_t> encryptOctets(const XENCEncryptionMethod* method, const XSECCryptoKey* key,
-                                            const vqxml::korean::SecureBytes& plain) const override;
+                                            const std::uint8_t* plain, std::size_t size) const override;
     vqxml::korean::SecureBytes decryptOctets(const XENCEncryptionMethod* method, const XSECCryptoKey* key,
                                              const vqxml::korean::SecureBytes& framed) const override;
 };

@@ -28,11 +28,11 @@ std::unique_ptr<XSECCryptoSymmetricKey> workingCopy(const XSECCryptoKey* key) {
 
 std::vector<std::uint8_t> TripleDesCipherHandler::encryptOctets(const XENCEncryptionMethod*,
                                                                 const XSECCryptoKey* key,
-                                                                const vqxml::korean::SecureBytes& plain) const {
+                                                                const std::uint8_t* plain, std::size_t size) const {
     std::unique_ptr<XSECCryptoSymmetricKey> k = workingCopy(key);
-    std::vector<std::uint8_t> framed(plain.size() + 3 * kBlock);
+    std::vector<std::uint8_t> framed(size + 3 * kBlock);
     k->encryptInit(true, XSECCryptoSymmetricKey::MODE_CBC, nullptr);
-    unsigned int n = k->encrypt(plain.data(), framed.data(), unsigned(plain.size()), unsigned(framed.size()));
+    unsigned int n = k->encrypt(plain, framed.data(), unsigned(size), unsigned(framed.size()));
     n += k->encryptFinish(framed.data() + n, unsigned(framed.size() - n));
     framed.resize(n);
     return framed;

@@ -31,6 +31,7 @@
 #include "core/ParseLimits.hpp"
 #include "core/adapter/TextRoom.hpp"
 #include "engine/Base64.hpp"
+#include "engine/korean/PagedBytes.hpp"
 #include "engine/KeyInfoGuard.hpp"
 #include "engine/WholeBufferCipherHandler.hpp"
 #include "engine/XencFragmentParser.hpp"
@@ -319,9 +320,9 @@ XENCEncryptedData* VQXML_XENCCipher::loadEncryptedData(DOMElement* dataNode) {
 // ---- encryption of elements and content, with the plaintext of XencPlaintext.hpp ----
 
 DOMNode* VQXML_XENCCipher::encryptElementDetached(DOMElement* element, const XMLCh* algorithmURI) {
-    vqxml::korean::SecureBytes plain;
+    vqxml::korean::PagedBytes plain;
     vqxml::xenc::appendPlaintext(element, element->getParentNode(), plain);
-    XENCEncryptedData* data = encryptOctets(std::move(plain), algorithmURI);
+    XENCEncryptedData* data = encryptOctets(plain.data(), plain.size(), algorithmURI);
     data->setType(DSIGConstants::s_unicodeStrURIXENC_ELEMENT);
     return data->getElement();
 }
@@ -337,10 +338,10 @@ DOMDocument* VQXML_XENCCipher::encryptElement(DOMElement* element, const XMLCh* 
 }
 
 DOMNode* VQXML_XENCCipher::encryptElementContentDetached(DOMElement* element, const XMLCh* algorithmURI) {
-    vqxml::korean::SecureBytes plain;
+    vqxml::korean::PagedBytes plain;
     for (DOMNode* child = element->getFirstChild(); child != nullptr; child = child->getNextSibling())
         vqxml::xenc::appendPlaintext(child, element, plain);
-    XENCEncryptedData* data = encryptOctets(std::move(plain), algorithmURI);
+    XENCEncryptedData* data = encryptOctets(plain.data(), plain.size(), algorithmURI);
     data->setType(DSIGConstants::s_unicodeStrURIXENC_CONTENT);
     return data->getElement();
 }
@@ -356,7 +357,7 @@ DOMDocument* VQXML_XENCCipher::encryptElementContent(DOMElement* element, const 
 // The library's ciphers write the CipherValue's base64 straight into the text
 // node of a new EncryptedData, with no copy on the way and none kept by the
 // engine's object; others go through the engine's transforms.
-XENCEncryptedData* VQXML_XENCCipher::encryptOctets(vqxml::korean::SecureBytes&& plain,
+XENCEncryptedData* VQXML_XENCCipher::encryptOctets(const std::uint8_t* plain, std::size_t size,
                                                    const XMLCh* algorithmURI) {
     const auto* handler = algorithmURI != nullptr ? dynamic_cast<const WholeBufferCipherHandler*>(
                                                         XSECPlatformUtils::g_algorithmMapper->mapURIToHandler(algorithmURI))
@@ -364,7 +365,7 @@ XENCEncryptedData* VQXML_XENCCipher::encryptOctets(vqxml::korean::SecureBytes&& 
     if (handler != nullptr && m_key != nullptr) {
         XENCEncryptedData* data = m_engine->createEncryptedData(XENCCipherData::VALUE_TYPE, algorithmURI, u"");
         const std::vector<std::uint8_t> octets =
-            handler->encryptToCipherValue(data->getEncryptionMethod(), m_key, std::move(plain));
+            handler->encryptOctets(data->getEncryptionMethod(), m_key, plain, size);
         DOMNode* text = data->getCipherData()->getCipherValue()->getElement()->getFirstChild();
         XMLCh* room = text != nullptr && text->getNodeType() == DOMNode::TEXT_NODE
                           ? vqxml::textRoom(static_cast<DOMText*>(text), vqxml::base64TextLength(octets.size()))
@@ -376,10 +377,10 @@ XENCEncryptedData* VQXML_XENCCipher::encryptOctets(vqxml::korean::SecureBytes&& 
     }
     safeBuffer octets;
     octets.isSensitive();
-    octets.sbMemcpyIn(plain.data(), plain.size());
+    octets.sbMemcpyIn(plain, size);
     auto* source = new TXFMSB(getDocument());
     TXFMChain chain(source);
-    source->setInput(octets, static_cast<unsigned int>(plain.size()));
+    source->setInput(octets, static_cast<unsigned int>(size));
     return m_engine->encryptTXFMChain(&chain, algorithmURI);
 }
 

@@ -108,8 +108,8 @@ public:
 
 private:
     void findDocumentKeys();
-    // Takes plain, to let go of it as soon as it is encrypted.
-    XENCEncryptedData* encryptOctets(vqxml::korean::SecureBytes&& plain, const XMLCh* algorithmURI);
+    // A new EncryptedData holding the size bytes at plain, encrypted.
+    XENCEncryptedData* encryptOctets(const std::uint8_t* plain, std::size_t size, const XMLCh* algorithmURI);
     // Decrypts element in place if it can; false leaves it to the engine.
     bool decryptInPlace(XERCES_CPP_NAMESPACE::DOMElement* element);
     void checkDecryptedShape(XERCES_CPP_NAMESPACE::DOMElement* encryptedData);

@@ -14,7 +14,7 @@ bool WholeBufferCipherHandler::encryptToSafeBuffer(TXFMChain* plainText, XENCEnc
                                                    const XSECCryptoKey* key, XERCES_CPP_NAMESPACE::DOMDocument*,
                                                    safeBuffer& result) const {
     const vqxml::korean::SecureBytes plain = vqxml::readAllBytes(plainText);
-    result.sbStrcpyIn(vqxml::base64Text(encryptOctets(encryptionMethod, key, plain)).c_str());
+    result.sbStrcpyIn(vqxml::base64Text(encryptOctets(encryptionMethod, key, plain.data(), plain.size())).c_str());
     return true;
 }
 
@@ -51,12 +51,4 @@ vqxml::korean::SecureBytes WholeBufferCipherHandler::decryptCipherValue(const XE
     if (!vqxml::base64Decode(base64, framed))
         throw XSECException(XSECException::CipherError, "The CipherValue is not base64 text");
     return decryptOctets(method, key, framed);
-}
-
-std::vector<std::uint8_t> WholeBufferCipherHandler::encryptToCipherValue(const XENCEncryptionMethod* method,
-                                                                         const XSECCryptoKey* key,
-                                                                         vqxml::korean::SecureBytes&& plain) const {
-    std::vector<std::uint8_t> framed = encryptOctets(method, key, plain);
-    vqxml::korean::SecureBytes().swap(plain);
-    return framed;
 }

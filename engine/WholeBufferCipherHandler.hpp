@@ -5,6 +5,7 @@
 #ifndef VQXML_ENGINE_WHOLEBUFFERCIPHERHANDLER_HPP
 #define VQXML_ENGINE_WHOLEBUFFERCIPHERHANDLER_HPP
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -24,10 +25,11 @@ public:
                                  const XSECCryptoKey* key,
                                  XERCES_CPP_NAMESPACE::DOMDocument* doc) const override;
 
-    // The CipherValue's octets for plain, without the engine's transforms; plain
-    // is let go of as soon as they are made. Raises as below.
-    std::vector<std::uint8_t> encryptToCipherValue(const XENCEncryptionMethod* method, const XSECCryptoKey* key,
-                                                   vqxml::korean::SecureBytes&& plain) const;
+    // The CipherValue's octets (IV, then ciphertext) for the size bytes at
+    // plain, without the engine's transforms. Raises XSECException for a key
+    // that does not fit the method.
+    virtual std::vector<std::uint8_t> encryptOctets(const XENCEncryptionMethod* method, const XSECCryptoKey* key,
+                                                    const std::uint8_t* plain, std::size_t size) const = 0;
     // The plaintext of a CipherValue's base64 text, decoded and decrypted in one
     // piece rather than through the engine's transforms. Raises as below, and
     // XSECException for text that is not base64.
@@ -35,11 +37,9 @@ public:
                                                   const XMLCh* base64) const;
 
 protected:
-    // The CipherValue's octets (IV, then ciphertext) for plain, and back. They
-    // raise XSECException for a key that does not fit the method and
-    // XSECCryptoException for octets that do not decrypt.
-    virtual std::vector<std::uint8_t> encryptOctets(const XENCEncryptionMethod* method, const XSECCryptoKey* key,
-                                                    const vqxml::korean::SecureBytes& plain) const = 0;
+    // The plaintext of the CipherValue's octets. Raises XSECException for a key
+    // that does not fit the method and XSECCryptoException for octets that do
+    // not decrypt.
     virtual vqxml::korean::SecureBytes decryptOctets(const XENCEncryptionMethod* method, const XSECCryptoKey* key,
                                                      const vqxml::korean::SecureBytes& framed) const = 0;
 };

@@ -22,6 +22,7 @@
 
 #include "core/adapter/Upstream.hpp"
 #include "core/adapter/DomLinking.hpp"
+#include "core/adapter/ElementMaker.hpp"
 #include "core/ParseLimits.hpp"
 #include "core/VQXMLException.hpp"
 #include "vqxml/vqxml.h"
@@ -151,7 +152,7 @@ class FragmentBuilder : public DefaultHandler {
 public:
     // levelsAbove: the elements around the place the nodes go.
     FragmentBuilder(DOMDocument* doc, std::size_t levelsAbove)
-        : m_doc(doc), m_fragment(doc->createDocumentFragment()), m_levelsAbove(levelsAbove) {}
+        : m_doc(doc), m_elements(doc), m_fragment(doc->createDocumentFragment()), m_levelsAbove(levelsAbove) {}
     ~FragmentBuilder() override {
         if (m_fragment != nullptr)
             m_fragment->release();
@@ -171,7 +172,7 @@ public:
         if (!broken.empty())
             throw VQXML_XSECException(VQXML_ERR_PARSE, ("Decrypted content: " + broken).c_str());
         m_holdsXenc = m_holdsXenc || XMLString::equals(uri, DSIGConstants::s_unicodeStrURIXENC);
-        DOMElement* element = m_doc->createElementNS(orNull(uri), qname);
+        DOMElement* element = m_elements.make(uri, qname);
         for (XMLSize_t i = 0; i < attributes.getLength(); ++i) {
             const XMLCh* name = attributes.getQName(i);
             element->setAttributeNS(isDeclaration(name) ? kXmlnsNamespace : orNull(attributes.getURI(i)), name,
@@ -234,6 +235,7 @@ private:
     }
 
     DOMDocument* m_doc;
+    ElementMaker m_elements;
     DOMDocumentFragment* m_fragment;
     std::vector<DOMElement*> m_open;  // started, not yet ended
     std::size_t m_levelsAbove;

@@ -28,7 +28,7 @@ const XMLCh* orEmpty(const XMLCh* s) {
 
 class Writer {
 public:
-    Writer(const DOMNode* context, korean::SecureBytes& out) : m_context(context), m_out(out) {}
+    Writer(const DOMNode* context, korean::PagedBytes& out) : m_context(context), m_out(out) {}
 
     void node(const DOMNode* n) {
         switch (n->getNodeType()) {
@@ -170,17 +170,20 @@ private:
     }
 
     void raw(const char* s) {
-        m_out.insert(m_out.end(), s, s + std::strlen(s));
+        const std::size_t at = m_out.size();
+        const std::size_t n = std::strlen(s);
+        m_out.resize(at + n);
+        std::memcpy(&m_out[at], s, n);
     }
 
     const DOMNode* m_context;
-    korean::SecureBytes& m_out;
+    korean::PagedBytes& m_out;
     std::vector<std::pair<XString, XString>> m_declared;
 };
 
 }  // namespace
 
-void appendPlaintext(const DOMNode* node, const DOMNode* context, korean::SecureBytes& out) {
+void appendPlaintext(const DOMNode* node, const DOMNode* context, korean::PagedBytes& out) {
     Writer(context, out).node(node);
 }
 

@@ -17,7 +17,7 @@
 
 #include <xercesc/util/XercesDefs.hpp>
 
-#include "engine/korean/SecureBytes.hpp"
+#include "engine/korean/PagedBytes.hpp"
 
 XERCES_CPP_NAMESPACE_BEGIN
 class DOMNode;
@@ -28,7 +28,7 @@ namespace vqxml::xenc {
 // context: the element the node is (or will be read) in; null for none, as for
 // the document element. The octets are appended to out.
 void appendPlaintext(const XERCES_CPP_NAMESPACE::DOMNode* node, const XERCES_CPP_NAMESPACE::DOMNode* context,
-                     korean::SecureBytes& out);
+                     korean::PagedBytes& out);
 
 }  // namespace vqxml::xenc
 

@@ -63,17 +63,20 @@ bool vqxml::QuickDOMParser::startQuickly(const XMLElementDecl& decl, unsigned in
     return true;
 }
 
+void vqxml::QuickDOMParser::startDocument() {
+    XercesDOMParser::startDocument();
+    m_elements.emplace(fDocument);
+}
+
 DOMElement* vqxml::QuickDOMParser::makeElement(const XMLElementDecl& decl, unsigned int urlId, const XMLCh* prefix) {
     const XMLCh* localName = decl.getBaseName();
-    if (urlId == fScanner->getEmptyNamespaceId())
-        return createElementNS(nullptr, nullptr, localName, localName);
-    const XMLCh* uri = fScanner->getURIText(urlId);
+    const XMLCh* uri = urlId == fScanner->getEmptyNamespaceId() ? nullptr : fScanner->getURIText(urlId);
     if (prefix == nullptr || *prefix == 0)
-        return createElementNS(uri, nullptr, localName, localName);
+        return m_elements->make(uri, localName);
     m_qname.assign(prefix);
     m_qname += chColon;
     m_qname += localName;
-    return createElementNS(uri, prefix, localName, m_qname.c_str());
+    return m_elements->make(uri, m_qname.c_str());
 }
 
 void vqxml::QuickDOMParser::addAttributes(DOMElement* element, const RefVectorOf<XMLAttr>& attributes,

@@ -10,7 +10,10 @@
 #include <xercesc/parsers/XercesDOMParser.hpp>
 #include <xercesc/util/XMLString.hpp>
 
+#include <optional>
 #include <string>
+
+#include "core/adapter/ElementMaker.hpp"
 
 namespace vqxml {
 
@@ -26,6 +29,7 @@ public:
     void endElement(const XERCES_CPP_NAMESPACE::XMLElementDecl& decl, unsigned int urlId, bool isRoot,
                     const XMLCh* prefix) override;
     void docCharacters(const XMLCh* chars, XMLSize_t length, bool cdataSection) override;
+    void startDocument() override;
 
 protected:
     // The line the scanner has reached, for messages.
@@ -43,6 +47,7 @@ private:
     bool endQuickly();
 
     std::basic_string<XMLCh> m_qname;
+    std::optional<ElementMaker> m_elements;  // the parse's
 };
 
 }  // namespace vqxml
