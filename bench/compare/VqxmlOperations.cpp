@@ -1,8 +1,8 @@
 // The operations through vqxml's C interface. Each run starts from the input's
 // bytes with a fresh handle and ends with the result's bytes, as an application
 // would; one extra handle keeps the engines started across runs. The key and the
-// certificate go in as bytes on every signature, as the interface has it (the
-// library keeps the parsed key).
+// certificate go in as bytes on every operation, as the interface has it; the
+// library keeps them parsed from the first time, which the setup does.
 #include <functional>
 #include <stdexcept>
 #include <utility>
@@ -89,9 +89,22 @@ std::string decrypt(const std::string& encryptedDoc) {
 
 using Work = std::function<std::string(const std::string&)>;
 
+// The key and the certificate handed to the library once, which decodes and
+// keeps them, as libxmlsec1's side loads them into its keys manager before it
+// is measured.
+void loadKeysOnce() {
+    Handle h;
+    const Keys& k = keys();
+    char document[] = "<a/>";
+    check(VQTK_XMLDSIG_SetXMLDocument(h.get(), document, sizeof document - 1), "load a document");
+    check(VQTK_XMLDSIG_SignatureMethod(h.get(), 5, 0), "choose RSA-SHA256");
+    check(VQTK_XMLDSIG_SetSigner(h.get(), bytes(k.certDer), size(k.certDer), bytes(k.keyDer), size(k.keyDer)),
+          "take the key");
+}
+
 class VqxmlOperation : public Operation {
 public:
-    VqxmlOperation(Work work, const std::string& input) : work_(std::move(work)), input_(input) {}
+    VqxmlOperation(Work work, const std::string& input) : work_(std::move(work)), input_(input) { loadKeysOnce(); }
     void run() override { work_(input_); }
 
 private:
