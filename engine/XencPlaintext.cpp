@@ -17,7 +17,6 @@ namespace vqxml::xenc {
 
 namespace {
 
-using XString = std::basic_string<XMLCh>;
 
 const XMLCh kXmlnsNamespace[] = u"http://www.w3.org/2000/xmlns/";
 const XMLCh kXmlNamespace[] = u"http://www.w3.org/XML/1998/namespace";
@@ -65,11 +64,9 @@ public:
     }
 
 private:
-    // The namespace prefix ("": the default) stands for where the octets are read.
-    const XMLCh* inScope(const XMLCh* prefix) const {
-        for (auto it = m_declared.rbegin(); it != m_declared.rend(); ++it)
-            if (XMLString::equals(it->first.c_str(), prefix))
-                return it->second.c_str();
+    // What the prefix ("": the default) stands for around the octets, outside
+    // what they declare themselves.
+    const XMLCh* outside(const XMLCh* prefix) const {
         if (XMLString::equals(prefix, u"xml"))
             return kXmlNamespace;
         if (m_context == nullptr || m_context->getNodeType() != DOMNode::ELEMENT_NODE)
@@ -79,7 +76,19 @@ private:
 
     // Writes a declaration unless the binding already holds there.
     void bind(const XMLCh* prefix, const XMLCh* uri) {
-        if (XMLString::equals(inScope(prefix), uri))
+        bool declaredHere = false;
+        for (auto it = m_declared.rbegin(); it != m_declared.rend() && !declaredHere; ++it) {
+            if (!XMLString::equals(it->first, prefix))
+                continue;
+            declaredHere = true;
+            if (XMLString::equals(it->second, uri)) {
+                // The same text: keeping the element's own (interned) string lets
+                // the next elements of the namespace match by address.
+                it->second = uri;
+                return;
+            }
+        }
+        if (!declaredHere && XMLString::equals(outside(prefix), uri))
             return;
         raw(*prefix == 0 ? " xmlns=\"" : " xmlns:");
         if (*prefix != 0) {
@@ -178,7 +187,7 @@ private:
 
     const DOMNode* m_context;
     korean::PagedBytes& m_out;
-    std::vector<std::pair<XString, XString>> m_declared;
+    std::vector<std::pair<const XMLCh*, const XMLCh*>> m_declared;  // prefix, namespace; the DOM's strings
 };
 
 }  // namespace
