@@ -100,6 +100,8 @@ TEST_F(CliSignature, HmacThroughStdinAndStdoutAndOnlyTheSameSecretVerifies) {
     EXPECT_EQ(vqxml({"verify", "-q", "--hmac-key", key, "-"}, sign.out).exitCode, 0);
     auto wrong = vqxml({"verify", "--hmac-key", other}, sign.out);
     EXPECT_EQ(wrong.exitCode, 213);
+    EXPECT_EQ(wrong.out, "");
+    EXPECT_TRUE(contains(wrong.err, "vqxml verify: XMLDSIG_verify > ")) << wrong.err;
     EXPECT_TRUE(contains(wrong.err, "(status 11213)")) << wrong.err;
     unlink(other.c_str());
 }
@@ -114,19 +116,6 @@ TEST_F(CliSignature, EnvelopingSignatureGivesItsObjectBack) {
     EXPECT_EQ(verify.exitCode, 0) << verify.err;
     EXPECT_TRUE(contains(verify.out, content)) << verify.out;
     EXPECT_TRUE(contains(verify.err, "key name: ee-rsa")) << verify.err;
-}
-
-TEST_F(CliSignature, AChangedAmountFailsWithTheLibrarysReason) {
-    ASSERT_EQ(vqxml({"sign", "-c", testpki("ee-rsa.crt.der"), "-k", testpki("ee-rsa.key.der"), "-o", signedFile,
-                     clitest::invoice()})
-                  .exitCode,
-              0);
-    std::string forged = testfiles::read(signedFile);
-    forged.replace(forged.find("<GrandTotalAmount>1100000"), 25, "<GrandTotalAmount>1900000");
-    auto verify = vqxml({"verify", "-"}, forged);
-    EXPECT_EQ(verify.exitCode, 213);
-    EXPECT_EQ(verify.out, "");
-    EXPECT_TRUE(contains(verify.err, "vqxml verify: XMLDSIG_verify > ")) << verify.err;
 }
 
 }  // namespace
