@@ -279,15 +279,9 @@ TEST(Verification, SignerDataComesFromKeyInfo) {
 namespace {
 
 std::string signEnvelopedText(const std::string& doc) {
-    ScopedHandle h;
-    EXPECT_EQ(VQTK_XMLDSIG_SetXMLDocument(h, chars(doc), static_cast<int>(doc.size())), 0);
-    EXPECT_EQ(VQTK_XMLDSIG_SignatureMethod(h, 5, 1), 0);
-    EXPECT_EQ(VQTK_XMLDSIG_createReference(h, nullptr, 3, 0, const_cast<char*>(kEnvelopedXPath)), 0);
-    EXPECT_EQ(VQTK_XMLDSIG_SetSigner(h, bytes(signerCert()), static_cast<int>(signerCert().size()),
-                                     bytes(signerKey()), static_cast<int>(signerKey().size())),
-              0);
-    EXPECT_EQ(VQTK_XMLDSIG_sign(h), 0) << errorText(h);
-    return resultDocument(h);
+    Signing s;
+    s.c14n = 1;
+    return signedText(doc, s);
 }
 
 int count(const std::string& text, const std::string& what) {
