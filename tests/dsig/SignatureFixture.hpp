@@ -83,11 +83,10 @@ inline std::string signedText(const std::string& doc, const Signing& s = Signing
 // Verifies signed text on a fresh handle; the status, and the result document in *out.
 inline int verify(const std::string& signedText, std::string* out = nullptr, const std::string& hmac = "") {
     ScopedHandle h;
-    int rc = VQTK_XMLDSIG_SetSignXMLDocument(h, chars(signedText), static_cast<int>(signedText.size()));
-    if (rc == 0 && !hmac.empty())
-        rc = VQTK_XMLDSIG_SetHMACKey(h, bytes(hmac), static_cast<unsigned>(hmac.size()));
-    if (rc == 0)
-        rc = VQTK_XMLDSIG_Verify(h);
+    int rc = 0;
+    (rc = VQTK_XMLDSIG_SetSignXMLDocument(h, chars(signedText), static_cast<int>(signedText.size()))) ||
+        (rc = hmac.empty() ? 0 : VQTK_XMLDSIG_SetHMACKey(h, bytes(hmac), static_cast<unsigned>(hmac.size()))) ||
+        (rc = VQTK_XMLDSIG_Verify(h));
     if (out != nullptr)
         *out = rc == 0 ? resultDocument(h) : errorText(h);
     return rc;
