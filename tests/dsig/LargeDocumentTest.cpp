@@ -12,14 +12,6 @@
 
 namespace {
 
-using dsigtest::bytes;
-using dsigtest::chars;
-using dsigtest::errorText;
-
-int size(const std::string& s) {
-    return static_cast<int>(s.size());
-}
-
 std::string documentElement(const std::string& text) {
     const size_t from = text.find("<TaxInvoice");
     const size_t to = text.rfind("</TaxInvoice>");

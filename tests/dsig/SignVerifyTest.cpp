@@ -154,8 +154,9 @@ TEST_P(SignVerify, VerifiesAndDetectsTampering) {
     EXPECT_EQ(verify(signedText, &result, isHmac(c) ? hmacKey() : ""), 0) << result;
     EXPECT_EQ(verify(tampered(signedText), &result, isHmac(c) ? hmacKey() : ""), 11213);
     EXPECT_EQ(result.rfind("XMLDSIG_verify > ", 0), 0u) << result;
-    if (isHmac(c))
+    if (isHmac(c)) {
         EXPECT_EQ(verify(signedText, &result, "another secret"), 11213);
+    }
 }
 
 TEST_P(SignVerify, XmlsecAgrees) {
