@@ -112,6 +112,8 @@ inline const std::vector<Document>& documents() {
              "declared encoding is not UTF-8"},
             {"ISO-8859-1 declared", "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><a/>", VQXML_ERR_ENCODING, ""},
             {"UTF-8 spelled otherwise", "<?xml version=\"1.0\" encoding=\"Utf-8\"?><a/>", VQXML_ERR_ENCODING, ""},
+            {"external general entity", "<!DOCTYPE a [<!ENTITY x SYSTEM \"file:///etc/hostname\">]><a>&x;</a>",
+             VQXML_ERR_PARSE, "External entities are not loaded"},
             {"external parameter entity", "<!DOCTYPE a [<!ENTITY % p SYSTEM \"file:///etc/passwd\"> %p;]><a/>",
              VQXML_ERR_PARSE, ""},
             {"entity expansion", entityExpansion(10), VQXML_ERR_PARSE, ""},

@@ -1,9 +1,5 @@
-// Process-wide start-up and teardown under sequential and concurrent use.
+// Process-wide start-up and teardown (under concurrent use: ConcurrencyStress).
 #include <gtest/gtest.h>
-
-#include <atomic>
-#include <thread>
-#include <vector>
 
 #include <xsec/utils/XSECPlatformUtils.hpp>
 
@@ -36,38 +32,6 @@ TEST(EngineLifecycle, EnginesLiveFromTheFirstContextToTheLast) {
     EXPECT_NE(dynamic_cast<VQTKCryptoProvider*>(XSECPlatformUtils::g_cryptoProvider), nullptr)
         << "with the library's own crypto provider again";
     EXPECT_EQ(g_InitCount.load(), 1);
-}
-
-// Many threads create and finish handles at once, so that the engines are
-// started and torn down again and again under contention.
-TEST(EngineLifecycle, ConcurrentCreationAndFinishing) {
-    constexpr int kThreads = 8;
-    constexpr int kRounds = 300;
-    std::atomic<int> failures{0};
-    std::vector<std::thread> threads;
-    for (int t = 0; t < kThreads; ++t) {
-        threads.emplace_back([&, t] {
-            for (int i = 0; i < kRounds; ++i) {
-                void* h = nullptr;
-                if (VQTK_XMLAPI_init(&h) != VQXML_OK) {
-                    ++failures;
-                    continue;
-                }
-                if ((i + t) % 3 == 0) {
-                    if (loadText(*static_cast<VQXML_XMLSecurity*>(h), "<a><b/></a>") != 0)
-                        ++failures;
-                }
-                if (VQTK_XMLAPI_Finish(&h) != VQXML_OK)
-                    ++failures;
-            }
-        });
-    }
-    for (auto& th : threads)
-        th.join();
-    EXPECT_EQ(failures.load(), 0);
-    EXPECT_EQ(g_InitCount.load(), 0);
-    EXPECT_EQ(g_Init.load(), 0);
-    EXPECT_EQ(g_provider, nullptr);
 }
 
 }  // namespace

@@ -53,18 +53,13 @@ const Algorithm kAlgorithms[] = {
 };
 
 std::string librarySigned(const Algorithm& a) {
-    const std::string cert = testfiles::read(signerFile(a.signer, "crt.der")), key = testfiles::read(signerFile(a.signer, "key.pk8.der"));
-    ScopedHandle h;
-    EXPECT_EQ(VQTK_XMLDSIG_SetXMLDocument(h, chars(kDocument), sizeof kDocument - 1), 0);
-    EXPECT_EQ(VQTK_XMLDSIG_SignatureMethod(h, a.selector, a.c14n), 0) << errorText(h);
-    EXPECT_EQ(VQTK_XMLDSIG_createReference(h, chars(""), a.digest, a.c14n, chars("not(ancestor-or-self::ds:Signature)")),
-              0);
-    EXPECT_EQ(VQTK_XMLDSIG_SetSigner(h, bytes(cert), static_cast<int>(cert.size()), bytes(key),
-                                     static_cast<int>(key.size())),
-              0)
-        << errorText(h);
-    EXPECT_EQ(VQTK_XMLDSIG_sign(h), 0) << errorText(h);
-    return resultDocument(h);
+    Signing s;
+    s.method = a.selector;
+    s.c14n = s.referenceC14n = a.c14n;
+    s.digest = a.digest;
+    s.cert = testfiles::read(signerFile(a.signer, "crt.der"));
+    s.key = testfiles::read(signerFile(a.signer, "key.pk8.der"));
+    return signedText(kDocument, s);
 }
 
 class SantuarioPeer : public testing::TestWithParam<Algorithm> {

@@ -154,8 +154,9 @@ TEST_P(SignVerify, VerifiesAndDetectsTampering) {
     EXPECT_EQ(verify(signedText, &result, isHmac(c) ? hmacKey() : ""), 0) << result;
     EXPECT_EQ(verify(tampered(signedText), &result, isHmac(c) ? hmacKey() : ""), 11213);
     EXPECT_EQ(result.rfind("XMLDSIG_verify > ", 0), 0u) << result;
-    if (isHmac(c))
+    if (isHmac(c)) {
         EXPECT_EQ(verify(signedText, &result, "another secret"), 11213);
+    }
 }
 
 TEST_P(SignVerify, XmlsecAgrees) {
@@ -206,14 +207,6 @@ INSTANTIATE_TEST_SUITE_P(
                     Case{"hmac_sha384_element_id", 18, 5, 0, 5, Shape::ElementId},
                     Case{"hmac_sha512_enveloped_c14n11", 19, 5, 5, 6, Shape::Enveloped}),
     [](const testing::TestParamInfo<Case>& info) { return std::string(info.param.name); });
-
-TEST(Verification, EnvelopedResultIsTheDocumentWithoutItsSignature) {
-    const std::string signedText = sign({"x", 5, 3, 0, 3, Shape::Enveloped});
-    std::string result;
-    ASSERT_EQ(verify(signedText, &result), 0) << result;
-    EXPECT_EQ(result.find("Signature"), std::string::npos);
-    EXPECT_NE(result.find("<NameText>테스트상사 주식회사</NameText>"), std::string::npos);
-}
 
 // Content in no namespace inside a Signature whose default namespace is XML
 // Signature's: the digest must cover the xmlns="" the returned document carries.
@@ -279,15 +272,9 @@ TEST(Verification, SignerDataComesFromKeyInfo) {
 namespace {
 
 std::string signEnvelopedText(const std::string& doc) {
-    ScopedHandle h;
-    EXPECT_EQ(VQTK_XMLDSIG_SetXMLDocument(h, chars(doc), static_cast<int>(doc.size())), 0);
-    EXPECT_EQ(VQTK_XMLDSIG_SignatureMethod(h, 5, 1), 0);
-    EXPECT_EQ(VQTK_XMLDSIG_createReference(h, nullptr, 3, 0, const_cast<char*>(kEnvelopedXPath)), 0);
-    EXPECT_EQ(VQTK_XMLDSIG_SetSigner(h, bytes(signerCert()), static_cast<int>(signerCert().size()),
-                                     bytes(signerKey()), static_cast<int>(signerKey().size())),
-              0);
-    EXPECT_EQ(VQTK_XMLDSIG_sign(h), 0) << errorText(h);
-    return resultDocument(h);
+    Signing s;
+    s.c14n = 1;
+    return signedText(doc, s);
 }
 
 int count(const std::string& text, const std::string& what) {

@@ -34,22 +34,12 @@ const std::string kDocument = "<r><a>1100000</a></r>";
 
 // Signed by the signer of signerFile's kind, or with the HMAC key for nullptr.
 std::string signedBy(int selector, const char* signer) {
-    ScopedHandle h;
-    EXPECT_EQ(VQTK_XMLDSIG_SetXMLDocument(h, chars(kDocument), static_cast<int>(kDocument.size())), 0);
-    EXPECT_EQ(VQTK_XMLDSIG_SignatureMethod(h, selector, 1), 0) << errorText(h);
-    EXPECT_EQ(VQTK_XMLDSIG_createReference(h, chars(""), 3, 0, chars("not(ancestor-or-self::ds:Signature)")), 0);
-    if (signer == nullptr) {
-        EXPECT_EQ(VQTK_XMLDSIG_SetHMACKey(h, bytes(hmacKey()), static_cast<unsigned>(hmacKey().size())), 0);
-    } else {
-        const std::string cert = testfiles::read(signerFile(signer, "crt.der"));
-        const std::string key = testfiles::read(signerFile(signer, "key.pk8.der"));
-        EXPECT_EQ(VQTK_XMLDSIG_SetSigner(h, bytes(cert), static_cast<int>(cert.size()), bytes(key),
-                                         static_cast<int>(key.size())),
-                  0)
-            << errorText(h);
-    }
-    EXPECT_EQ(VQTK_XMLDSIG_sign(h), 0) << errorText(h);
-    return resultDocument(h);
+    Signing s;
+    s.method = selector;
+    s.c14n = 1;
+    s.cert = signer != nullptr ? testfiles::read(signerFile(signer, "crt.der")) : "";
+    s.key = signer != nullptr ? testfiles::read(signerFile(signer, "key.pk8.der")) : hmacKey();
+    return signedText(kDocument, s);
 }
 
 // The canonical SignedInfo of signed text, as the library checks it.

@@ -110,17 +110,14 @@ inline int sign(const std::string& data, std::string* out, int digestSelector = 
     const std::string cert = testfiles::read(dsigtest::signerFile(signer.kind, "crt.der"));
     const std::string key = testfiles::read(dsigtest::signerFile(signer.kind, "key.pk8.der"));
     ScopedHandle h;
-    int rc = VQTK_EBXML_SetSOAPDocument(h, chars(data), static_cast<int>(data.size()));
-    if (rc == 0)
-        rc = VQTK_EBXML_SignatureMethod(h, signer.selector, signedInfoC14nSelector);
-    if (rc == 0)
-        rc = VQTK_EBXML_createReference(h, const_cast<char*>(""), digestSelector, c14nSelector,
-                                        const_cast<char*>(xpath));
-    if (rc == 0)
-        rc = VQTK_EBXML_SetSigner(h, bytes(cert), static_cast<int>(cert.size()), bytes(key),
-                                  static_cast<int>(key.size()));
-    if (rc == 0)
-        rc = VQTK_EBXML_Sign(h);
+    int rc = 0;  // each call runs only when the ones before returned 0
+    (rc = VQTK_EBXML_SetSOAPDocument(h, chars(data), static_cast<int>(data.size()))) ||
+        (rc = VQTK_EBXML_SignatureMethod(h, signer.selector, signedInfoC14nSelector)) ||
+        (rc = VQTK_EBXML_createReference(h, const_cast<char*>(""), digestSelector, c14nSelector,
+                                         const_cast<char*>(xpath))) ||
+        (rc = VQTK_EBXML_SetSigner(h, bytes(cert), static_cast<int>(cert.size()), bytes(key),
+                                   static_cast<int>(key.size()))) ||
+        (rc = VQTK_EBXML_Sign(h));
     *out = rc == 0 ? resultDocument(h) : errorText(h);
     return rc;
 }
@@ -128,20 +125,19 @@ inline int sign(const std::string& data, std::string* out, int digestSelector = 
 // Signs what h holds with the test HMAC key (HMAC-SHA1, C14N); the status.
 inline int signWithHmac(void* h, const char* xpath = kEnvelopeXPath) {
     const std::string& key = dsigtest::hmacKey();
-    int rc = VQTK_EBXML_SignatureMethod(h, 1, 1);
-    if (rc == 0)
-        rc = VQTK_EBXML_createReference(h, const_cast<char*>(""), 1, 1, const_cast<char*>(xpath));
-    if (rc == 0)
-        rc = VQTK_XMLDSIG_SetHMACKey(h, bytes(key), static_cast<unsigned>(key.size()));
-    return rc == 0 ? VQTK_EBXML_Sign(h) : rc;
+    int rc = 0;
+    (rc = VQTK_EBXML_SignatureMethod(h, 1, 1)) ||
+        (rc = VQTK_EBXML_createReference(h, const_cast<char*>(""), 1, 1, const_cast<char*>(xpath))) ||
+        (rc = VQTK_XMLDSIG_SetHMACKey(h, bytes(key), static_cast<unsigned>(key.size()))) || (rc = VQTK_EBXML_Sign(h));
+    return rc;
 }
 
 // Verifies data on a fresh handle; the result document or the error text in *out.
 inline int verify(const std::string& data, std::string* out = nullptr) {
     ScopedHandle h;
-    int rc = VQTK_EBXML_SetSOAPSecXMLDocument(h, chars(data), static_cast<int>(data.size()));
-    if (rc == 0)
-        rc = VQTK_EBXML_Verify(h);
+    int rc = 0;
+    (rc = VQTK_EBXML_SetSOAPSecXMLDocument(h, chars(data), static_cast<int>(data.size()))) ||
+        (rc = VQTK_EBXML_Verify(h));
     if (out != nullptr)
         *out = rc == 0 ? resultDocument(h) : errorText(h);
     return rc;

@@ -34,16 +34,6 @@ struct CipherDeleter {
 };
 using Cipher = std::unique_ptr<XENCCipher, CipherDeleter>;
 
-struct Algorithm {
-    int keyType;
-    const XMLCh* uri;
-    const char* name;
-};
-
-const Algorithm kAlgorithms[] = {{vqxml::kKeySeed, vqxml::uri::kSeedCbc, "SEED"},
-                                 {vqxml::kKeyNeat, vqxml::uri::kNeatCbc, "NEAT"},
-                                 {vqxml::kKeyAria, vqxml::uri::kAria128Cbc, "ARIA"}};
-
 const unsigned char kKey[16] = {0x10, 0x21, 0x32, 0x43, 0x54, 0x65, 0x76, 0x87,
                                 0x98, 0xa9, 0xba, 0xcb, 0xdc, 0xed, 0xfe, 0x0f};
 
@@ -78,21 +68,6 @@ protected:
         return key;
     }
     Cipher cipherFor(DOMDocument* doc) { return Cipher(g_provider->newCipher(doc)); }
-
-    // kDocument with one element (or the root's content) encrypted under kKey;
-    // the cipher is handed back for further work on the same document.
-    Document encrypted(const Algorithm& alg, const char* element, Cipher* cipher = nullptr) {
-        Document doc = parse(kDocument);
-        Cipher enc = cipherFor(doc.get());
-        enc->setKey(sessionKey(alg.keyType));
-        if (element != nullptr)
-            enc->encryptElement(find(doc.get(), element), alg.uri);
-        else
-            enc->encryptElementContent(doc->getDocumentElement(), alg.uri);
-        if (cipher != nullptr)
-            *cipher = std::move(enc);
-        return doc;
-    }
 };
 
 }  // namespace
@@ -128,8 +103,10 @@ TEST_F(XmlEncryptionHandlers, WrongKeysAreRefusedCleanly) {
 }
 
 TEST_F(XmlEncryptionHandlers, UnwrappedKeysOfTheWrongLengthAreRefused) {
-    Cipher enc;
-    Document doc = encrypted(kAlgorithms[2], "Note", &enc);
+    Document doc = parse(kDocument);
+    Cipher enc = cipherFor(doc.get());
+    enc->setKey(sessionKey(vqxml::kKeyAria));
+    enc->encryptElement(find(doc.get(), "Note"), vqxml::uri::kAria128Cbc);
     enc->setKEK(rsaKey("ee-rsa.crt.pem", false));
     const unsigned char longKey[24] = {7};
     enc->getEncryptedData()->appendEncryptedKey(

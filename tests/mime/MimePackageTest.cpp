@@ -124,25 +124,6 @@ TEST(MimePackage, BuiltPackagesRoundTripByteForByte) {
     EXPECT_STREQ(attachments.front()->GetContentId(), "<invoice@example.kr>");
 }
 
-TEST(MimePackage, LineFeedPackagesRoundTrip) {
-    CMimeMessage built;
-    built.SetLineBreakMode(2);
-    built.SetContentType("multipart/mixed");
-    built.SetBoundary();
-    for (const char* text : {"first\nline", "second"}) {
-        CMimeBody* part = built.CreatePart();
-        part->SetLineBreakMode(2);
-        part->SetContentId("<p@x>");
-        part->SetText(text);
-    }
-    const std::string first = Stored(built);
-    EXPECT_EQ(first.find('\r'), std::string::npos);
-    CMimeMessage loaded;
-    EXPECT_EQ(LoadExact(loaded, first), static_cast<int>(first.size()));
-    EXPECT_EQ(Stored(loaded), first);
-    EXPECT_EQ(LeafTexts(loaded), LeafTexts(built));
-}
-
 TEST(MimePackage, GetLengthBoundsStoreWithAutoFoldingAndCharsets) {
     CMimeEnvironment::SetAutoFolding(true);
     CMimeEnvironment::SetDefaultCharset("utf-8");

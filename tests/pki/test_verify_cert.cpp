@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "ScopedHandle.hpp"
+#include "dsig/SignatureFixture.hpp"
 #include "toolkit/ToolkitTestSupport.hpp"
 
 using namespace vqtktest;
@@ -135,18 +136,11 @@ namespace {
 
 // The invoice signed by the test leaf, with extra certificates in its X509Data.
 std::string signedByTheTestLeaf(const std::vector<ByteVector>& inKeyInfo) {
-    const std::string invoice = testfiles::read(testfiles::dataPath("dsig/taxinvoice.xml"));
-    ByteVector cert = fixture("leaf.der"), key = fixture("leaf.key");
-    ScopedHandle h;
-    EXPECT_EQ(VQTK_XMLDSIG_SetXMLDocument(h, apitest::chars(invoice), apitest::size(invoice)), VQXML_OK);
-    EXPECT_EQ(VQTK_XMLDSIG_SignatureMethod(h, 5, 3), VQXML_OK);
-    EXPECT_EQ(VQTK_XMLDSIG_createReference(h, nullptr, 3, 0, const_cast<char*>("not(ancestor-or-self::ds:Signature)")),
-              VQXML_OK);
-    EXPECT_EQ(VQTK_XMLDSIG_SetSigner(h, cert.data(), static_cast<int>(cert.size()), key.data(),
-                                     static_cast<int>(key.size())),
-              VQXML_OK);
-    EXPECT_EQ(VQTK_XMLDSIG_sign(h), VQXML_OK) << errorText(h);
-    std::string signedText = apitest::resultDocument(h);
+    dsigtest::Signing s;
+    const ByteVector cert = fixture("leaf.der"), key = fixture("leaf.key");
+    s.cert.assign(cert.begin(), cert.end());
+    s.key.assign(key.begin(), key.end());
+    std::string signedText = dsigtest::signedText(dsigtest::invoice(), s);
     const size_t end = signedText.rfind("X509Certificate>") + 16;  // the signer's, in the default namespace
     for (const ByteVector& extra : inKeyInfo)
         signedText.insert(end, "<X509Certificate>" + toBase64(extra) + "</X509Certificate>");

@@ -36,7 +36,7 @@ inline int digestFor(int alg) {
 
 // Signs the Body with signature selector alg (digestFor's references) and SOAP
 // SignedInfo canonicalization c14n, naming the signer by issuer and serial or
-// carrying its certificate as a token.
+// carrying its certificate as a token; without a certificate, key is the HMAC secret.
 inline std::string sign(const std::string& envelope, int alg, bool issuerSerial, std::string cert, std::string key,
                         int c14n = 0) {
     ScopedHandle h;
@@ -47,7 +47,12 @@ inline std::string sign(const std::string& envelope, int alg, bool issuerSerial,
     if (issuerSerial) {
         EXPECT_EQ(VQTK_SOAPSEC_SetIssuerSerial(h), 0);
     }
-    EXPECT_EQ(VQTK_SOAPSEC_SetSigner(h, bytes(cert), size(cert), bytes(key), size(key)), 0) << apitest::errorText(h);
+    if (cert.empty()) {
+        EXPECT_EQ(VQTK_SOAPSEC_SetHMACKey(h, bytes(key), static_cast<unsigned>(key.size())), 0);
+    } else {
+        EXPECT_EQ(VQTK_SOAPSEC_SetSigner(h, bytes(cert), size(cert), bytes(key), size(key)), 0)
+            << apitest::errorText(h);
+    }
     EXPECT_EQ(VQTK_SOAPSEC_Sign(h), 0) << apitest::errorText(h);
     return resultDocument(h);
 }

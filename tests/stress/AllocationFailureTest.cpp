@@ -14,88 +14,27 @@
 #include <vector>
 
 #include "ScopedHandle.hpp"
-#include "dsig/SignatureFixture.hpp"
 #include "stress/FailingAllocators.hpp"
 #include "stress/Workload.hpp"
-#include "vqxml/vqxml.h"
 
 namespace {
 
-using dsigtest::bytes;
-using dsigtest::chars;
-using dsigtest::errorText;
-using dsigtest::resultDocument;
+using apitest::errorText;
+using apitest::resultDocument;
 using failing::Allocator;
 
 // Enough points to reach every phase of an operation while keeping the run short.
 constexpr long kMaxPoints = 500;
 
-// The test itself allocates nothing while an allocator is armed: inputs are
-// static arrays or strings made beforehand.
-char kSmallInvoice[] =
-    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-    "<Invoice xmlns=\"urn:example:invoice\"><Head>세금계산서</Head><Amount>1100000</Amount></Invoice>";
-
-int size(const std::string& s) {
-    return static_cast<int>(s.size());
-}
-
-int sign(void* h, int selector, const stress::KeyPair& signer) {
-    const std::string& document = stress::taxInvoice();
-    char enveloped[] = "not(ancestor-or-self::ds:Signature)";
-    int rc = VQTK_XMLDSIG_SetXMLDocument(h, chars(document), size(document));
-    if (rc == 0)
-        rc = VQTK_XMLDSIG_SignatureMethod(h, selector, 3);
-    if (rc == 0)
-        rc = VQTK_XMLDSIG_createReference(h, nullptr, 3, 0, enveloped);
-    if (rc == 0)
-        rc = VQTK_XMLDSIG_SetSigner(h, bytes(signer.cert), size(signer.cert), bytes(signer.key), size(signer.key));
-    return rc == 0 ? VQTK_XMLDSIG_sign(h) : rc;
-}
-
-int verify(void* h, const std::string& signedText) {
-    int rc = VQTK_XMLDSIG_SetSignXMLDocument(h, chars(signedText), size(signedText));
-    return rc == 0 ? VQTK_XMLDSIG_Verify(h) : rc;
-}
-
-int encrypt(void* h) {
-    const stress::KeyPair& recipient = stress::rsaRecipient();
-    char target[] = "Amount";
-    int rc = VQTK_XMLENC_SetXMLDocument(h, kSmallInvoice, static_cast<int>(sizeof kSmallInvoice - 1));
-    if (rc == 0)
-        rc = VQTK_XMLENC_SetSymmAlg(h, 2);
-    if (rc == 0)
-        rc = VQTK_XMLENC_EncryptElement(h, target, 2);
-    if (rc == 0)
-        rc = VQTK_XMLENC_EncryptKeyWrapKey(h, bytes(recipient.cert), size(recipient.cert), 2);
-    return rc == 0 ? VQTK_XMLENC_Encrypt(h) : rc;
-}
-
-int decrypt(void* h, const std::string& encrypted) {
-    const stress::KeyPair& recipient = stress::rsaRecipient();
-    int rc = VQTK_XMLENC_SetEncXMLDocument(h, chars(encrypted), size(encrypted));
-    if (rc == 0)
-        rc = VQTK_XMLENC_GetEncKeyInfo(h);
-    if (rc == 0)
-        rc = VQTK_XMLENC_DecryptKeyWrapKey(h, bytes(recipient.cert), size(recipient.cert), bytes(recipient.key),
-                                           size(recipient.key));
-    return rc == 0 ? VQTK_XMLENC_Decrypt(h) : rc;
-}
-
 // The result checks run on a handle of their own, never armed.
 bool verifies(const std::string& signedText) {
     ScopedHandle h;
-    return verify(h, signedText) == 0;
+    return stress::verify(h, signedText) == 0;
 }
 
 bool opensToTheOriginal(const std::string& encrypted) {
     ScopedHandle h;
-    if (decrypt(h, encrypted) != 0)
-        return false;
-    const std::string opened = resultDocument(h);
-    const std::string original = kSmallInvoice;
-    const size_t root = opened.find("<Invoice");
-    return root != std::string::npos && opened.substr(root) == original.substr(original.find("<Invoice"));
+    return stress::decrypt(h, encrypted) == 0 && stress::isSmallInvoice(resultDocument(h));
 }
 
 struct Operation {
@@ -110,39 +49,31 @@ struct Operation {
     int refusalWhenOpenSSLFails = 0;
 };
 
-const std::string& signedInvoice() {
-    static const std::string text = [] {
+// Made before any allocator is armed: the test itself allocates nothing then.
+const std::string& made(int (*op)(void*)) {
+    static std::map<int (*)(void*), std::string> texts;
+    auto it = texts.find(op);
+    if (it == texts.end()) {
         ScopedHandle h;
-        EXPECT_EQ(sign(h, 5, stress::rsaSigner()), 0) << errorText(h);
-        return resultDocument(h);
-    }();
-    return text;
+        EXPECT_EQ(op(h), 0) << errorText(h);
+        it = texts.emplace(op, resultDocument(h)).first;
+    }
+    return it->second;
 }
 
-const std::string& encryptedInvoice() {
-    static const std::string text = [] {
-        ScopedHandle h;
-        EXPECT_EQ(encrypt(h), 0) << errorText(h);
-        return resultDocument(h);
-    }();
-    return text;
-}
+int signRsa(void* h) { return stress::sign(h, 5, stress::rsaSigner()); }
+int encryptSeed(void* h) { return stress::encrypt(h, 2, 2); }
 
 std::vector<Operation> operations() {
     return {
-        {"RSA sign", [](void* h) { return sign(h, 5, stress::rsaSigner()); },
+        {"RSA sign", signRsa, [](void* h) { return verifies(resultDocument(h)); }},
+        {"KCDSA sign", [](void* h) { return stress::sign(h, 3, stress::kcdsaSigner()); },
          [](void* h) { return verifies(resultDocument(h)); }},
-        {"KCDSA sign", [](void* h) { return sign(h, 3, stress::kcdsaSigner()); },
-         [](void* h) { return verifies(resultDocument(h)); }},
-        {"verify", [](void* h) { return verify(h, signedInvoice()); },
+        {"verify", [](void* h) { return stress::verify(h, made(signRsa)); },
          [](void* h) { return resultDocument(h).find("GrandTotalAmount") != std::string::npos; }, 11213},
-        {"encrypt", [](void* h) { return encrypt(h); }, [](void* h) { return opensToTheOriginal(resultDocument(h)); }},
-        {"decrypt", [](void* h) { return decrypt(h, encryptedInvoice()); },
-         [](void* h) {
-             const std::string opened = resultDocument(h);
-             return opened.find("<Amount>1100000</Amount>") != std::string::npos;
-         },
-         46},
+        {"encrypt", encryptSeed, [](void* h) { return opensToTheOriginal(resultDocument(h)); }},
+        {"decrypt", [](void* h) { return stress::decrypt(h, made(encryptSeed)); },
+         [](void* h) { return stress::isSmallInvoice(resultDocument(h)); }, 46},
     };
 }
 
@@ -155,8 +86,9 @@ void sweep(Allocator which, const char* allocatorName) {
     stress::rsaSigner();
     stress::kcdsaSigner();
     stress::rsaRecipient();
-    signedInvoice();
-    encryptedInvoice();
+    stress::smallInvoice();
+    made(signRsa);
+    made(encryptSeed);
     for (const Operation& op : operations()) {
         SCOPED_TRACE(op.name);
         ScopedHandle h;

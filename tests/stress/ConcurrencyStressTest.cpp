@@ -7,6 +7,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
+#include <functional>
 #include <iostream>
 #include <mutex>
 #include <string>
@@ -62,15 +63,6 @@ void loadTestData() {
     stress::taxInvoice();
 }
 
-// One round of every operation the workload has.
-void fullRound(stress::Workload& work, Failures& failures) {
-    failures.add(work.signAndVerify(5, stress::rsaSigner()));
-    failures.add(work.signAndVerify(3, stress::kcdsaSigner()));
-    failures.add(work.encryptAndDecrypt(2, 2));
-    failures.add(work.encryptAndDecrypt(1, 3));
-    failures.add(work.secureAndProcessSoap());
-}
-
 // Makes a handle, loads a small document into it and finishes it, until stop.
 void churnHandles(const std::atomic<bool>& stop, std::atomic<long>& made, Failures& failures) {
     char xml[] = "<a><b>1</b></a>";
@@ -88,25 +80,26 @@ void churnHandles(const std::atomic<bool>& stop, std::atomic<long>& made, Failur
     }
 }
 
-TEST(ConcurrencyStress, SeparateHandlesShareTheEnginesCorrectly) {
+struct Load {
+    long rounds = 0;
+    long made = 0;
+    double seconds = 0;
+};
+
+// Runs workers threads, each calling round(stop) until stop, beside kChurners
+// threads making and finishing handles, for duration.
+Load runLoad(int workers, std::chrono::milliseconds duration, Failures& failures,
+             const std::function<void(const std::atomic<bool>&)>& round) {
     loadTestData();
-    // One handle of the test's own keeps the engines up, as a long-lived
-    // application would; the churners then only move the count.
-    ScopedHandle anchor;
-    const auto duration = loadDuration();
-    Failures failures;
     std::atomic<bool> stop{false};
     std::atomic<long> rounds{0};
     std::atomic<long> made{0};
     std::vector<std::thread> threads;
-    for (int i = 0; i < kWorkers; ++i)
+    for (int i = 0; i < workers; ++i)
         threads.emplace_back([&] {
-            stress::Workload work;
-            for (int round = 1; !stop.load(); ++round) {
-                fullRound(work, failures);
+            while (!stop.load()) {
+                round(stop);
                 ++rounds;
-                if (round % kRoundsPerHandle == 0)
-                    work.renewHandles();
             }
         });
     for (int i = 0; i < kChurners; ++i)
@@ -116,44 +109,43 @@ TEST(ConcurrencyStress, SeparateHandlesShareTheEnginesCorrectly) {
     stop.store(true);
     for (std::thread& t : threads)
         t.join();
-    const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
+    return {rounds.load(), made.load(), std::chrono::duration<double>(Clock::now() - start).count()};
+}
 
-    std::cout << "[ stress   ] " << kWorkers << " workers, " << seconds << " s: " << rounds.load()
-              << " rounds (" << rounds.load() / seconds << " per s; each 2 signatures, 3 encryptions, "
-              << "their checks and forgeries), " << made.load() << " handles made and finished by "
+TEST(ConcurrencyStress, SeparateHandlesShareTheEnginesCorrectly) {
+    // One handle of the test's own keeps the engines up, as a long-lived
+    // application would; the churners then only move the count.
+    ScopedHandle anchor;
+    Failures failures;
+    const Load load = runLoad(kWorkers, loadDuration(), failures, [&](const std::atomic<bool>& stop) {
+        stress::Workload work;
+        for (int round = 0; round < kRoundsPerHandle && !stop.load(); ++round) {
+            failures.add(work.signAndVerify(5, stress::rsaSigner()));
+            failures.add(work.signAndVerify(3, stress::kcdsaSigner()));
+            failures.add(work.encryptAndDecrypt(2, 2));
+            failures.add(work.encryptAndDecrypt(1, 3));
+            failures.add(work.secureAndProcessSoap());
+        }
+    });
+    std::cout << "[ stress   ] " << kWorkers << " workers, " << load.seconds << " s: " << load.rounds
+              << " runs of up to " << kRoundsPerHandle << " rounds on one pair of handles (each round 2 signatures, "
+              << "3 encryptions, their checks and forgeries), " << load.made << " handles made and finished by "
               << kChurners << " other threads\n";
     EXPECT_EQ(failures.count(), 0) << failures.text();
-    EXPECT_GE(rounds.load(), kWorkers) << "every worker should finish at least one round";
+    EXPECT_GE(load.rounds, kWorkers) << "every worker should finish at least one run";
 }
 
 // Here every thread finishes its handles after each round, so the count of live
 // handles keeps falling to 0: the engines stop and start again while other
 // threads are making handles or waiting for them.
 TEST(ConcurrencyStress, EnginesRestartWhileOtherThreadsWork) {
-    loadTestData();
-    const auto duration = loadDuration() / 4;
     Failures failures;
-    std::atomic<bool> stop{false};
-    std::atomic<long> rounds{0};
-    std::atomic<long> made{0};
-    std::vector<std::thread> threads;
-    for (int i = 0; i < kWorkers / 2; ++i)
-        threads.emplace_back([&] {
-            while (!stop.load()) {
-                stress::Workload work;
-                failures.add(work.signAndVerify(5, stress::rsaSigner()));
-                failures.add(work.encryptAndDecrypt(2, 2));
-                ++rounds;
-            }
-        });
-    for (int i = 0; i < kChurners; ++i)
-        threads.emplace_back([&] { churnHandles(stop, made, failures); });
-    std::this_thread::sleep_for(duration);
-    stop.store(true);
-    for (std::thread& t : threads)
-        t.join();
-
-    std::cout << "[ stress   ] engine restarts: " << rounds.load() << " short-lived worker rounds, " << made.load()
+    const Load load = runLoad(kWorkers / 2, loadDuration() / 4, failures, [&](const std::atomic<bool>&) {
+        stress::Workload work;
+        failures.add(work.signAndVerify(5, stress::rsaSigner()));
+        failures.add(work.encryptAndDecrypt(2, 2));
+    });
+    std::cout << "[ stress   ] engine restarts: " << load.rounds << " short-lived worker rounds, " << load.made
               << " churned handles\n";
     EXPECT_EQ(failures.count(), 0) << failures.text();
     // All handles are gone: a new one must start the engines afresh and work.

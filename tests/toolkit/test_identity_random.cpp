@@ -1,4 +1,6 @@
-// The identity-verification random of a private key, and RSA encryption for a recipient.
+// The identity-verification random of a private key, and RSA encryption for a
+// recipient. The randoms of RSA and KCDSA keys, and a key without one, are
+// checked through the C interface (pki's GetRandomFromPriKey tests).
 #include <gtest/gtest.h>
 
 #include <openssl/rsa.h>
@@ -19,31 +21,12 @@ protected:
         String recipient(recipientCert), in(data);
         return VQTK_CRYPT_AsymEncrypt(tk.get(), selector, recipient.get(), in.get(), out.get());
     }
-    ByteVector decrypted(const char* encryptedFixture) {
-        String in(fixture(encryptedFixture)), plain;
-        EXPECT_EQ(VQTK_PRIKEY_Decrypt(tk.get(), "vqxml-test-1234", in.get(), plain.get()), VQTK_OK);
-        return plain.bytes();
-    }
 
     Toolkit tk;
     String random, out;
 };
 
 }  // namespace
-
-TEST_F(IdentityRandom, TakesTheRandomNumAttributeOutOfRsaAndKcdsaKeys) {
-    ASSERT_EQ(randomOf(fixture("user_key_plain.der")), VQTK_OK) << tk.error();
-    EXPECT_EQ(random.bytes(), fixture("user_random.bin"));
-    ASSERT_EQ(randomOf(decrypted("user_key_pbes2_seed.der")), VQTK_OK) << tk.error();
-    EXPECT_EQ(random.bytes(), fixture("user_random.bin"));
-    ASSERT_EQ(randomOf(decrypted("kcdsa_key_seedsha1.der")), VQTK_OK) << tk.error();
-    EXPECT_EQ(random.bytes(), fixture("kcdsa_random.bin"));
-}
-
-TEST_F(IdentityRandom, AKeyWithoutTheAttributeIsRefusedWithAReason) {
-    EXPECT_EQ(randomOf(decrypted("openssl_seed.der")), VQTK_ERR_NOT_FOUND);
-    EXPECT_NE(tk.error().find("no identity-verification random"), std::string::npos) << tk.error();
-}
 
 TEST_F(IdentityRandom, AStillEncryptedOrMalformedKeyIsRefused) {
     EXPECT_EQ(randomOf(fixture("user_key_seedsha1.der")), VQTK_ERR_FORMAT);

@@ -72,7 +72,9 @@ TEST(BinaryString, SetDataCopiesAndTreatsNullOrNegativeAsEmpty) {
     EXPECT_EQ(VQTK_BINSTR_Delete(nullptr), VQTK_ERR_ARGUMENT);
 }
 
-TEST(Base64, MatchesTheRfc4648Examples) {
+// The RFC 4648 examples exactly; every length to 69 and every byte value back
+// again, on one line, decoded in place.
+TEST(Base64, Rfc4648ExamplesAndRoundTrips) {
     const char* const pairs[][2] = {{"", ""},         {"f", "Zg=="},         {"fo", "Zm8="},
                                     {"foo", "Zm9v"},  {"foob", "Zm9vYg=="},  {"fooba", "Zm9vYmE="},
                                     {"foobar", "Zm9vYmFy"}};
@@ -81,13 +83,7 @@ TEST(Base64, MatchesTheRfc4648Examples) {
         String in(ByteVector(pair[0], pair[0] + std::strlen(pair[0]))), out;
         ASSERT_EQ(VQTK_BASE64_Encode(tk.get(), in.get(), out.get()), VQTK_OK);
         EXPECT_EQ(text(out.bytes()), pair[1]);
-        ASSERT_EQ(VQTK_BASE64_Decode(tk.get(), out.get(), out.get()), VQTK_OK);  // in place
-        EXPECT_EQ(text(out.bytes()), pair[0]);
     }
-}
-
-TEST(Base64, RoundTripsEveryByteValueAndLengthOnOneLine) {
-    Toolkit tk;
     for (size_t n = 0; n < 70; ++n) {
         ByteVector data(n);
         for (size_t i = 0; i < n; ++i)
