@@ -1,6 +1,7 @@
 #include "xenc/RecipientNames.hpp"
 
 #include <algorithm>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -154,8 +155,9 @@ int recipientMismatch(XENCEncryptedKey& key, const ReadRecipient* read, const VQ
     const XString subject = XMLT("UTF-8", caller.subjectName().c_str());
     const IssuerSerial mine{XMLT("UTF-8", caller.issuerName().c_str()), XMLT("UTF-8", caller.serialNumber().c_str())};
     const int pair = closestPair(stated.issuerSerials, mine, codes);
-    const bool subjectStated = stated.subjects.empty() ||
-                               std::find(stated.subjects.begin(), stated.subjects.end(), subject) != stated.subjects.end();
+    const std::vector<XString>& subjects = stated.subjects;
+    const bool subjectStated =
+        subjects.empty() || std::find(subjects.begin(), subjects.end(), subject) != subjects.end();
     // The order of one name of each kind: issuer, subject, serial.
     return pair == codes.issuerDiffers || subjectStated ? pair : codes.subjectDiffers;
 }
