@@ -100,9 +100,23 @@ void checkNameLength(const DOMElement* name) {
                    .c_str());
 }
 
+// An EncryptedKey's names choose among recipients and are read from the
+// document (xenc/RecipientNames.hpp); everywhere else one name of each kind is
+// what the signer's key binding reads and checks.
+bool namesARecipient(const DOMElement* data) {
+    const DOMNode* keyInfo = data->getParentNode();
+    const DOMNode* holder = keyInfo != nullptr ? keyInfo->getParentNode() : nullptr;
+    return holder != nullptr && holder->getNodeType() == DOMNode::ELEMENT_NODE &&
+           isElement(static_cast<const DOMElement*>(keyInfo), DSIGConstants::s_unicodeStrURIDSIG, u"KeyInfo") &&
+           isElement(static_cast<const DOMElement*>(holder), DSIGConstants::s_unicodeStrURIXENC, u"EncryptedKey");
+}
+
 void checkX509Data(const DOMElement* data) {
-    if (dsigChildren(data, u"X509SubjectName") > 1 || dsigChildren(data, u"X509IssuerSerial") > 1)
-        refuse("An X509Data with several X509SubjectName or X509IssuerSerial elements is not read");
+    if ((dsigChildren(data, u"X509SubjectName") > 1 || dsigChildren(data, u"X509IssuerSerial") > 1 ||
+         dsigChildren(data, u"X509SKI") > 1) &&
+        !namesARecipient(data))
+        refuse("An X509Data with several X509SubjectName, X509IssuerSerial or X509SKI elements is read only in an "
+               "EncryptedKey");
 }
 
 bool namesTheDocument(const XMLCh* uri) {

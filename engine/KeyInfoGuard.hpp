@@ -21,9 +21,12 @@
 //    with a parser that follows external entities). The engine may run a
 //    Reference's transforms when verifying or when the loaded signature is
 //    signed again, a Manifest's included.
-//  - An X509Data with more than one X509SubjectName or X509IssuerSerial. The
-//    engine keeps the last and loses the memory of the others, which a document
-//    could repeat at will.
+//  - An X509Data with more than one X509SubjectName, X509IssuerSerial or
+//    X509SKI, except in the ds:KeyInfo of an xenc:EncryptedKey. The engine keeps
+//    one of each, which is all a signer's key binding (dsig/KeyBinding.hpp)
+//    checks against the key; the others would pass unchecked. An EncryptedKey
+//    may name its recipient's certificate beside others, and the recipient is
+//    chosen among them all (xenc/RecipientNames.hpp).
 //  - An X509SubjectName, X509IssuerName or KeyName longer than kMaxNameLength
 //    (core/ParseLimits.hpp): the engine reads names in quadratic time.
 // The RetrievalMethods and Manifest references seen from one element, counted

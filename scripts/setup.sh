@@ -33,7 +33,7 @@ if [ "${#missing[@]}" -gt 0 ]; then
 fi
 
 # Bumped whenever the fixes below change, so that an older build is replaced.
-FIXES_STAMP="$PREFIX/vqxml-fixes-3"
+FIXES_STAMP="$PREFIX/vqxml-fixes-4"
 if [ -f "$PREFIX/lib/libxml-security-c.so.20" ] && [ -f "$FIXES_STAMP" ] && \
    grep -q '^#define XSEC_HAVE_XALAN' "$PREFIX/include/xsec/framework/XSECConfig.hpp" 2>/dev/null; then
   exit 0
@@ -88,6 +88,15 @@ buffer="$src/xsec/utils/XSECSafeBuffer.cpp"
 grep -q '^	XMLSize_t newBufferSize = size + DEFAULT_SAFE_BUFFER_SIZE;$' "$buffer" ||
   failed "the source differs from the one the fixes were made for"
 sed -i 's/^	XMLSize_t newBufferSize = size + DEFAULT_SAFE_BUFFER_SIZE;$/	XMLSize_t newBufferSize = size + (size \/ 2 > DEFAULT_SAFE_BUFFER_SIZE \&\& size \/ 2 < XERCES_SIZE_MAX - size ? size \/ 2 : DEFAULT_SAFE_BUFFER_SIZE);/' "$buffer"
+# An X509Data may name several certificates (an EncryptedKey's recipient with
+# the CAs above it). The engine keeps one subject name and one issuer and serial,
+# and overwrote the decoded copy for every further one without freeing it. It
+# keeps the first instead; the library reads the others from the document.
+keyinfo="$src/xsec/dsig/DSIGKeyInfoX509.cpp"
+[ "$(grep -c '^				mp_X509\(SubjectName\|IssuerName\) = decodeDName(child->getNodeValue());$' "$keyinfo")" = 2 ] &&
+  grep -q '^				mp_X509SerialNumber = child->getNodeValue();$' "$keyinfo" ||
+  failed "the source differs from the one the fixes were made for"
+sed -i 's/^\(\t*\)\(mp_X509\(SubjectName\|IssuerName\|SerialNumber\)\) = \(decodeDName(child->getNodeValue())\|child->getNodeValue()\);$/\1if (\2 == NULL)\n\1\t\2 = \4;/' "$keyinfo"
 (
   cd "$src"
   ./configure --prefix="$PREFIX" --with-xalan=/usr --without-nss --disable-static || exit 1

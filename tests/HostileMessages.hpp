@@ -14,11 +14,12 @@
 namespace hostile {
 
 // Where a piece goes: the ds:KeyInfo of the element under test (a signature,
-// EncryptedData or EncryptedKey), the Transforms of a signature's Reference,
-// References added to its SignedInfo, or the CipherData of an EncryptedData or
-// EncryptedKey. The prefixes ds, xenc and wsu are declared on every document
-// element.
-enum class Spot { KeyInfo, ReferenceTransforms, References, CipherData };
+// EncryptedData or EncryptedKey), that of a signature or EncryptedData only
+// (an EncryptedKey's may name several certificates, to choose its recipient
+// among), the Transforms of a signature's Reference, References added to its
+// SignedInfo, or the CipherData of an EncryptedData or EncryptedKey. The
+// prefixes ds, xenc and wsu are declared on every document element.
+enum class Spot { KeyInfo, SignerKeyInfo, ReferenceTransforms, References, CipherData };
 
 constexpr int kRefused = XSECException::UnsupportedFunction;
 
@@ -116,6 +117,7 @@ inline std::vector<Piece> pieces(const Outside& outside) {
     const char* const kLoop = "leads back to itself";
     const char* const kOutside = "outside the document is not followed";
     const char* const kTransforms = "with Transforms is not followed";
+    const char* const kRepeated = "is read only in an EncryptedKey";
     return {
         {"RetrievalMethod loop through an Id attribute", Spot::KeyInfo, retrievalMethod("#k"), looping, "", kRefused,
          kLoop},
@@ -151,8 +153,14 @@ inline std::vector<Piece> pieces(const Outside& outside) {
          target, "", kRefused, kTransforms},
         {"RetrievalMethod with a transform after base64", Spot::KeyInfo, retrieving(afterBase64), target, "", kRefused,
          kTransforms},
-        {"X509Data with repeated names", Spot::KeyInfo, "<ds:X509Data>" + issuerSerial + issuerSerial +
-         "</ds:X509Data>", "", "", kRefused, "several X509SubjectName or X509IssuerSerial"},
+        {"X509Data with repeated issuer serials", Spot::SignerKeyInfo,
+         "<ds:X509Data>" + issuerSerial + issuerSerial + "</ds:X509Data>", "", "", kRefused, kRepeated},
+        {"X509Data with repeated subject names", Spot::SignerKeyInfo,
+         "<ds:X509Data><ds:X509SubjectName>CN=a</ds:X509SubjectName><ds:X509SubjectName>CN=b</ds:X509SubjectName>"
+         "</ds:X509Data>", "", "", kRefused, kRepeated},
+        {"X509Data with repeated SKIs", Spot::SignerKeyInfo,
+         "<ds:X509Data><ds:X509SKI>AA==</ds:X509SKI><ds:X509SKI>AQ==</ds:X509SKI></ds:X509Data>", "", "", kRefused,
+         kRepeated},
 
         {"Reference with XSLT reading a file", Spot::ReferenceTransforms, readingXslt(file), "", "", kRefused,
          "XSLT transforms are not run"},

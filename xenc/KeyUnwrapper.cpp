@@ -1,17 +1,12 @@
 #include "xenc/KeyUnwrapper.hpp"
 
 #include <algorithm>
-#include <cstdlib>
-#include <cstring>
 #include <exception>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include <xercesc/dom/DOM.hpp>
 #include <xsec/dsig/DSIGKeyInfoList.hpp>
-#include <xsec/dsig/DSIGKeyInfoX509.hpp>
-#include <xsec/enc/XSECCryptoException.hpp>
 #include <xsec/framework/XSECException.hpp>
 #include <xsec/xenc/XENCCipherData.hpp>
 #include <xsec/xenc/XENCCipherValue.hpp>
@@ -22,12 +17,10 @@
 #include "core/Transcode.hpp"
 #include "core/VQXMLException.hpp"
 #include "engine/Base64.hpp"
-#include "engine/CertificateNames.hpp"
-#include "engine/NameComparison.hpp"
 #include "engine/VQTKCryptoKeyRSA.hpp"
-#include "engine/VQTKCryptoX509.hpp"
 #include "engine/VQXMLXENCCipher.hpp"
 #include "xenc/KeyBuffer.hpp"
+#include "xenc/RecipientNames.hpp"
 #include "xenc/XencAlgorithms.hpp"
 #include "vqxml/VQXML_XMLSecurity.h"
 
@@ -40,101 +33,8 @@ using vqxml::xenc::UnwrapCodes;
 constexpr int kRsa15 = 9;
 constexpr int kMaxUnwrappedKey = 32;
 
-struct FreeDeleter {
-    void operator()(char* text) const { std::free(text); }
-};
-using CText = std::unique_ptr<char, FreeDeleter>;
-
 const XMLCh* algorithmOf(const XENCEncryptionMethod* method) {
     return method != nullptr ? method->getAlgorithm() : nullptr;
-}
-
-// Recipient names as the key information reader stores them: the subject in
-// subjectEncoding, issuer and serial in the local code page.
-struct RecipientNames {
-    CText subject, issuer, serial;
-};
-
-CText converted(const std::string& utf8, const char* encoding) {
-    return CText(vqxml::transcodeOut(vqxml::XMLT("UTF-8", utf8.c_str()).c_str(), encoding));
-}
-
-CText copyOf(const char* text) {
-    return CText(text != nullptr ? strdup(text) : nullptr);
-}
-
-RecipientNames namesOf(const VQTKCryptoKeyRSA& key, const char* subjectEncoding) {
-    return {converted(key.subjectName(), subjectEncoding), converted(key.issuerName(), nullptr),
-            converted(key.serialNumber(), nullptr)};
-}
-
-// A recipient the document names by its certificate alone is told apart by the
-// names in that certificate. Names the document states are compared as they are.
-void fillFromCertificate(RecipientNames& names, const X509* cert, const char* subjectEncoding) {
-    if (cert == nullptr || names.subject || names.issuer || names.serial)
-        return;
-    names.subject = converted(vqxml::certificateSubject(cert), subjectEncoding);
-    names.issuer = converted(vqxml::certificateIssuer(cert), nullptr);
-    names.serial = converted(vqxml::certificateSerialDecimal(cert), nullptr);
-}
-
-const X509* firstCertificateOf(const DSIGKeyInfoX509* x509) {
-    return x509->getCertificateListSize() > 0 ? vqxml::opensslCertificate(x509->getCertificateCryptoItem(0)) : nullptr;
-}
-
-RecipientNames namesIn(XENCEncryptedKey* key, const char* subjectEncoding) {
-    RecipientNames names;
-    const X509* cert = nullptr;
-    DSIGKeyInfoList* list = key->getKeyInfoList();
-    for (DSIGKeyInfoList::size_type i = 0; i < list->getSize(); ++i) {
-        if (list->item(i)->getKeyInfoType() != DSIGKeyInfo::KEYINFO_X509)
-            continue;
-        auto* x509 = static_cast<DSIGKeyInfoX509*>(list->item(i));
-        if (x509->getX509SubjectName() != nullptr)
-            names.subject.reset(vqxml::transcodeOut(x509->getX509SubjectName(), subjectEncoding));
-        if (x509->getX509IssuerName() != nullptr)
-            names.issuer.reset(vqxml::transcodeOut(x509->getX509IssuerName(), nullptr));
-        if (x509->getX509IssuerSerialNumber() != nullptr)
-            names.serial.reset(vqxml::transcodeOut(x509->getX509IssuerSerialNumber(), nullptr));
-        if (cert == nullptr)
-            cert = firstCertificateOf(x509);
-    }
-    fillFromCertificate(names, cert, subjectEncoding);
-    return names;
-}
-
-// The names read for the EncryptedKey read last, completed from its certificate.
-RecipientNames namesRead(const char* subject, const char* issuer, const char* serial, const unsigned char* cert,
-                         int certLen, const char* subjectEncoding) {
-    RecipientNames names{copyOf(subject), copyOf(issuer), copyOf(serial)};
-    if (cert != nullptr && certLen > 0) {
-        // Decoded once for every decryption that reads the same certificate.
-        std::shared_ptr<X509> x509;
-        try {
-            x509 = vqxml::sharedCertificate(cert, static_cast<std::size_t>(certLen));
-        } catch (const XSECCryptoException&) {
-            // Not a certificate: no names to complete from it.
-        }
-        fillFromCertificate(names, x509.get(), subjectEncoding);
-    }
-    return names;
-}
-
-bool differs(const CText& stated, const CText& actual) {
-    return stated && std::strcmp(stated.get(), actual.get()) != 0;
-}
-
-// 0, or the code of the first name the document states that the caller's
-// certificate does not carry.
-int recipientMismatch(const RecipientNames& stated, const RecipientNames& caller, const UnwrapCodes& codes) {
-    if (stated.issuer && !vqxml::sameDistinguishedName(vqxml::XMLT(stated.issuer.get()).c_str(),
-                                                       vqxml::XMLT(caller.issuer.get()).c_str()))
-        return codes.issuerDiffers;
-    if (differs(stated.subject, caller.subject))
-        return codes.subjectDiffers;
-    if (differs(stated.serial, caller.serial))
-        return codes.serialDiffers;
-    return 0;
 }
 
 struct Candidate {
@@ -283,12 +183,10 @@ void VQXML_XMLSecurity::unwrapSessionKey(VQXML_XENCCipher& cipher, bool readKeyI
             } else {
                 requireModulusLength(*c.key, caller.rsa(), codes);
                 if (byCertificate) {
-                    const RecipientNames mine = namesOf(caller.rsa(), encoding.c_str());
-                    const RecipientNames stated =
-                        c.key == m_encryptedKey ? namesRead(m_subjectName, m_issuer, m_serialNumber, m_cert,
-                                                            m_certLen, encoding.c_str())
-                                                : namesIn(c.key, encoding.c_str());
-                    if (const int mismatch = recipientMismatch(stated, mine, codes))
+                    const vqxml::xenc::ReadRecipient read{m_subjectName, m_issuer, m_serialNumber, m_cert, m_certLen};
+                    if (const int mismatch =
+                            vqxml::xenc::recipientMismatch(*c.key, c.key == m_encryptedKey ? &read : nullptr,
+                                                           caller.rsa(), encoding.c_str(), codes))
                         throw VQXML_XSECException(mismatch);
                 }
             }

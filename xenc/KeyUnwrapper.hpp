@@ -6,10 +6,12 @@
 //  - The key read last must still be one the family holds: a document-level key,
 //    or one in the ds:KeyInfo of the EncryptedData loaded now. Otherwise (none
 //    read, or one of an EncryptedData let go since) nothing is unwrapped.
-//  - Recipient check: the names the document states for the key (subject, issuer,
-//    serial; when it names its recipient by certificate alone, the names in that
-//    certificate, provided the caller gives its own) must be the caller
-//    certificate's. The first mismatch is refused by its own status.
+//  - Recipient check (xenc/RecipientNames.hpp): the names the document states
+//    for the key (subject, issuer and serial, one of several where an X509Data
+//    names several certificates; when it names its recipient by certificate
+//    alone, the names in that certificate), provided the caller gives its own
+//    certificate, must be that certificate's. A mismatch is refused by its own
+//    status.
 //  - Candidates: when the key read last is not the caller's (its names differ, or
 //    it does not unwrap), the other EncryptedKeys of the same ds:KeyInfo are tried
 //    in document order, so that every recipient of a document with several can

@@ -102,7 +102,8 @@ std::string at(const Piece& p, Spot spot, const std::string& otherwise) {
 }
 
 std::string keyInfo(const Piece& p) {
-    return "<ds:KeyInfo>" + at(p, Spot::KeyInfo, "<ds:KeyName>k</ds:KeyName>") + "</ds:KeyInfo>";
+    return "<ds:KeyInfo>" + at(p, Spot::KeyInfo, at(p, Spot::SignerKeyInfo, "<ds:KeyName>k</ds:KeyName>")) +
+           "</ds:KeyInfo>";
 }
 
 // The KeyInfo and CipherData of an encrypted element under test.
@@ -179,32 +180,46 @@ int readEncrypted(void* h, std::string& d) {
 
 struct EntryPoint {
     const char* name;
-    bool signature;  // takes pieces for References, else pieces for CipherData
+    bool signature;     // takes pieces for References, else pieces for CipherData
+    bool encryptedKey;  // the element under test is an EncryptedKey
     std::string (*document)(const Piece&);
     int (*read)(void*, std::string&);
 };
 
+bool stands(const Piece& p, const EntryPoint& e) {
+    switch (p.spot) {
+    case Spot::KeyInfo:
+        return true;
+    case Spot::SignerKeyInfo:
+        return !e.encryptedKey;
+    case Spot::CipherData:
+        return !e.signature;
+    default:
+        return e.signature;
+    }
+}
+
 const EntryPoint kEntryPoints[] = {
-    {"XMLDSIG", true, [](const Piece& p) { return plain(p, signature(p, "")); }, readSignature},
-    {"EBXML", true,
+    {"XMLDSIG", true, false, [](const Piece& p) { return plain(p, signature(p, "")); }, readSignature},
+    {"EBXML", true, false,
      [](const Piece& p) {
          return ebxmltest::makePackage(
              {{"text/xml; charset=UTF-8", "<soap-part@example.kr>", plain(p, signature(p, "")), ""}});
      },
      readPackage},
-    {"SOAPSEC signature", true, [](const Piece& p) { return soap(p, signature(p, "#body"), "<m xmlns=\"urn:m\"/>"); },
-     readSoap},
-    {"SOAPSEC EncryptedKey", false, [](const Piece& p) { return soap(p, encryptedKey(p), encryptedData(kCipherData)); },
-     readSoap},
-    {"SOAPSEC EncryptedData", false,
+    {"SOAPSEC signature", true, false,
+     [](const Piece& p) { return soap(p, signature(p, "#body"), "<m xmlns=\"urn:m\"/>"); }, readSoap},
+    {"SOAPSEC EncryptedKey", false, true,
+     [](const Piece& p) { return soap(p, encryptedKey(p), encryptedData(kCipherData)); }, readSoap},
+    {"SOAPSEC EncryptedData", false, false,
      [](const Piece& p) {
          return soap(p, "<xenc:ReferenceList><xenc:DataReference URI=\"#d\"/></xenc:ReferenceList>",
                      encryptedData(keyAndCipherData(p)));
      },
      readSoap},
-    {"XMLENC EncryptedData", false, [](const Piece& p) { return plain(p, encryptedData(keyAndCipherData(p))); },
-     readEncrypted},
-    {"XMLENC EncryptedKey", false,
+    {"XMLENC EncryptedData", false, false,
+     [](const Piece& p) { return plain(p, encryptedData(keyAndCipherData(p))); }, readEncrypted},
+    {"XMLENC EncryptedKey", false, true,
      [](const Piece& p) { return plain(p, encryptedKey(p) + encryptedData(kCipherData)); },
      readEncrypted},
 };
@@ -214,7 +229,7 @@ TEST(HostileMessages, EveryEntryPointRefusesEachPieceAlikeWithoutReachingOut) {
     const WatchedFile file;
     for (const Piece& p : hostile::pieces({file.path(), listener.url()}))
         for (const EntryPoint& e : kEntryPoints) {
-            if (p.spot != Spot::KeyInfo && (p.spot != Spot::CipherData) != e.signature)
+            if (!stands(p, e))
                 continue;
             std::string document = e.document(p);
             ScopedHandle h;

@@ -72,14 +72,23 @@ int unwrap(Context& ctx, const Recipient& r) {
     return ctx.XMLENC_decryptKeyWrapKey(cert.empty() ? nullptr : bytes(cert), size(cert), bytes(key), size(key));
 }
 
-// Names the document states, or, when it carries only the certificate, the
-// names in that certificate: someone else's key is refused before any unwrapping.
+// Names the document states (any of several, where the X509Data names other
+// certificates first), or, when it carries only the certificate, the names in
+// that certificate: someone else's key is refused before any unwrapping, with
+// the status one name of each kind would give.
 TEST(CertificateChecks, AnotherRecipientLeavesTheSessionKeyAlone) {
     struct Case {
         std::string cert, key;
         bool names;        // the EncryptedKey states subject and issuer-serial
         std::string edit;  // an X509SerialNumber to write instead of the real one
         int code;
+        bool others = false;  // names of another certificate before the recipient's
+    };
+    const auto withOthers = [](const std::string& text) {
+        return replaced(text, "", "<ds:X509Data>",
+                        "<ds:X509Data><ds:X509SubjectName>CN=a</ds:X509SubjectName><ds:X509IssuerSerial>"
+                        "<ds:X509IssuerName>CN=a</ds:X509IssuerName><ds:X509SerialNumber>4097</ds:X509SerialNumber>"
+                        "</ds:X509IssuerSerial>");
     };
     const std::string otherIssuerCert = testfiles::read(testfiles::dataPath("dsig/signer-cert.der"));
     const std::string otherIssuerKey = testfiles::read(testfiles::dataPath("dsig/signer-key.pk8.der"));
@@ -89,11 +98,16 @@ TEST(CertificateChecks, AnotherRecipientLeavesTheSessionKeyAlone) {
         {pki("ee-rsa.crt.der"), pki("ee-rsa.key.der"), true, "4099", 10310},
         {otherIssuerCert, otherIssuerKey, false, "", 10308},
         {pki("ee-rsa-b.crt.der"), pki("ee-rsa-b.key.der"), false, "", 10309},
+        {otherIssuerCert, otherIssuerKey, true, "", 10308, true},
+        {pki("ee-rsa-b.crt.der"), pki("ee-rsa-b.key.der"), true, "", 10309, true},
+        {pki("ee-rsa.crt.der"), pki("ee-rsa.key.der"), true, "4099", 10310, true},
     };
     for (const Case& c : cases) {
         std::string text = encryptedFor(kRsa, 1, c.names);
         if (!c.edit.empty())
             text = replaced(text, "<ds:X509SerialNumber>", "4097", c.edit);
+        if (c.others)
+            text = withOthers(text);
         Context ctx;
         ASSERT_EQ(load(ctx, text), 0);
         ASSERT_EQ(ctx.XMLENC_setSymmKey(bytes(kPlaceholder), 24, 1), 0);
@@ -101,9 +115,11 @@ TEST(CertificateChecks, AnotherRecipientLeavesTheSessionKeyAlone) {
             << ctx.error();
         EXPECT_EQ(ctx.sessionKey(), kPlaceholder);
     }
-    std::string opened;
-    EXPECT_EQ(decrypt(encryptedFor(kRsa, 2, false), kRsa, &opened), 0) << opened;
-    EXPECT_NE(opened.find("<Amount>1100000</Amount>"), std::string::npos);
+    for (const std::string& text : {encryptedFor(kRsa, 2, false), withOthers(encryptedFor(kRsa, 2, true))}) {
+        std::string opened;
+        EXPECT_EQ(decrypt(text, kRsa, &opened), 0) << opened;
+        EXPECT_NE(opened.find("<Amount>1100000</Amount>"), std::string::npos);
+    }
 }
 
 // A key-encryption key that is not the sender's fails its integrity check
