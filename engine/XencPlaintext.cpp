@@ -17,7 +17,6 @@ namespace vqxml::xenc {
 
 namespace {
 
-
 const XMLCh kXmlnsNamespace[] = u"http://www.w3.org/2000/xmlns/";
 const XMLCh kXmlNamespace[] = u"http://www.w3.org/XML/1998/namespace";
 
