@@ -9,6 +9,7 @@
 // top of the document and names its EncryptedData in a ReferenceList, which
 // xmlsec1 1.2 does not follow: libxmlsec1 itself (python3-xmlsec) unwraps the
 // session key, and xmlsec1 --decrypt then opens each EncryptedData with it.
+// The large rows (a plaintext of 400 KB) are opened by the library too.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -25,6 +26,17 @@ const char kOrder[] =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
     "<Order xmlns=\"urn:example:po\"><Item id=\"1\">spade</Item>"
     "<Pay><Card type=\"visa\">4000-1234</Card><Holder>홍길동</Holder></Pay></Order>";
+
+// The same order with a card text of about 400 KB (ASCII, escapes and Hangul),
+// so that the plaintext outgrows its first buffer several times.
+std::string largeOrder() {
+    std::string text;
+    while (text.size() < 400000)
+        text += "4000-1234 &amp; &lt;visa&gt; 홍길동 ";
+    std::string order = kOrder;
+    order.replace(order.find("4000-1234"), 9, text);
+    return order;
+}
 
 bool havePythonXmlsec() {
     return testfiles::run("/usr/bin/python3 -c 'import xmlsec'") == 0;
@@ -52,11 +64,13 @@ struct Case {
     Recipient recipient;
     bool twoElements;
     int mode;
+    bool large = false;
 };
 
 std::string name(const Case& c) {
     std::string n = std::string(kCipherNames[c.symmetric]) + "_" + kTransportNames[c.recipient.transport] +
-                    (c.twoElements ? "_two" : "_one") + (c.mode == 1 ? "_content" : "_element");
+                    (c.twoElements ? "_two" : "_one") + (c.mode == 1 ? "_content" : "_element") +
+                    (c.large ? "_large" : "");
     for (char& ch : n)
         if (ch == '-')
             ch = '_';
@@ -82,8 +96,14 @@ TEST_P(XmlsecDecrypts, ToTheOriginalBytes) {
     if (c.mode == 1 && c.twoElements)
         e.targets = {"Pay", "Item"};
     e.recipients = {c.recipient};
-    const std::string encrypted = encrypt(kOrder, e);
+    const std::string original = c.large ? largeOrder() : kOrder;
+    const std::string encrypted = encrypt(original, e);
     ASSERT_EQ(encrypted.find("4000-1234"), std::string::npos);
+    if (c.large) {
+        std::string opened;
+        ASSERT_EQ(decrypt(encrypted, c.recipient, &opened), 0) << opened;
+        EXPECT_EQ(comparable(opened), comparable(original));
+    }
 
     testfiles::ScratchDir dir;
     testfiles::write(dir("doc.xml"), encrypted);
@@ -108,7 +128,7 @@ TEST_P(XmlsecDecrypts, ToTheOriginalBytes) {
         ASSERT_EQ(testfiles::run(command), 0) << command;
         input = dir("out.xml");
     }
-    EXPECT_EQ(comparable(testfiles::read(input)), comparable(kOrder));
+    EXPECT_EQ(comparable(testfiles::read(input)), comparable(original));
 }
 
 const Recipient kRsa15{2, "ee-rsa", ""}, kOaep{3, "ee-rsa-b", ""}, kTripleDesWrap{1, "", sharedKek()};
@@ -122,6 +142,9 @@ std::vector<Case> xmlsecCases() {
     for (int symmetric = 5; symmetric <= 10; ++symmetric)
         for (const Recipient& r : {kRsa15, kOaep, aesKeyWrap(5 + (symmetric - 5) % 3)})
             cases.push_back({symmetric, r, symmetric == 7, symmetric % 2 == 0 ? 1 : 2});
+    cases.push_back({5, kOaep, false, 2, true});
+    cases.push_back({8, kOaep, false, 1, true});
+    cases.push_back({1, kRsa15, false, 2, true});
     return cases;
 }
 
