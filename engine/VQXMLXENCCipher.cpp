@@ -68,6 +68,13 @@ std::set<XString> identifiersInUse(DOMDocument* doc) {
     return used;
 }
 
+bool holdsElement(const DOMNode* nodes) {
+    for (const DOMNode* n = nodes->getFirstChild(); n != nullptr; n = n->getNextSibling())
+        if (n->getNodeType() == DOMNode::ELEMENT_NODE)
+            return true;
+    return false;
+}
+
 // A Type other than these is the engine's to refuse.
 bool holdsNodes(const XENCEncryptedData* data) {
     const XMLCh* type = data->getType();
@@ -410,6 +417,10 @@ bool VQXML_XENCCipher::decryptInPlace(DOMElement* element) {
     bool holdsXenc = false;
     const std::unique_ptr<DOMDocumentFragment, NodeRelease> nodes(
         vqxml::xenc::parseInPlace(plain, element, &holdsXenc));
+    // An encrypted element decrypts to an element: nothing at all, or text only,
+    // is what a wrong key gives now and then (a last block of valid padding).
+    if (XMLString::equals(data->getType(), DSIGConstants::s_unicodeStrURIXENC_ELEMENT) && !holdsElement(nodes.get()))
+        throw XSECException(XSECException::CipherError, "An encrypted element decrypts to no element");
     m_newXencElements = m_newXencElements || holdsXenc;
     if (parent->getNodeType() == DOMNode::DOCUMENT_NODE)
         replaceDocumentElement(static_cast<DOMDocument*>(parent), element, nodes.get());

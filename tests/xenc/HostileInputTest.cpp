@@ -334,13 +334,23 @@ TEST(Unwrapping, UnknownTransportIsRecordedThenRefused) {
 TEST(Ciphertext, BrokenEncryptedDataFailsCleanly) {
     for (int symmetric : {1, 2, 3, 4}) {
         const std::string good = encryptedFor(kKeyWrap, symmetric);
+        const bool eightByteBlocks = symmetric == 1;  // Triple DES
+        Encryption emptyMemo;
+        emptyMemo.symmetric = symmetric;
+        emptyMemo.mode = 1;
+        emptyMemo.targets = {"Memo"};
+        emptyMemo.recipients = {kKeyWrap};
         const std::string cases[] = {
             replaced(good, "<xenc:EncryptedData", "Algorithm=\"", "Algorithm=\"urn:unknown:"),
             withDataCipherValue(good, "!!not*base64!!"),
-            withDataCipherValue(good, "AAECAwQFBgcICQoLDA0ODxAREhMUFRYX"),  // 24 bytes: no whole block after the IV
-            withDataCipherValue(good, "AAECAwQFBgcICQoLDA0ODw=="),          // an IV alone
+            // no whole block after the IV
+            withDataCipherValue(good, eightByteBlocks ? "AAECAwQFBgcICQoL" : "AAECAwQFBgcICQoLDA0ODxAREhMUFRYX"),
+            // an IV and one block, whose plaintext (under the right key) is empty or a few random bytes
+            withDataCipherValue(good, eightByteBlocks ? "AAECAwQFBgcICQoLDA0ODw==" : "AAECAwQFBgcICQoLDA0ODxAREhMUFRYXGBkaGxwdHh8="),
             withDataCipherValue(good, ""),
             replaced(good, "<xenc:EncryptedData", "#Element", "#Elephant"),
+            // the empty content of an element, claimed to be an element
+            replaced(encrypt("<Root><Memo/></Root>", emptyMemo), "<xenc:EncryptedData", "#Content", "#Element"),
         };
         for (const std::string& text : cases) {
             Context ctx;
