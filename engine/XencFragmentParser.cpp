@@ -23,6 +23,8 @@
 #include "core/adapter/Upstream.hpp"
 #include "core/adapter/DomLinking.hpp"
 #include "core/adapter/ElementMaker.hpp"
+#include "core/adapter/QuickDOMParser.hpp"
+#include "core/RecyclingMemoryManager.hpp"
 #include "core/ParseLimits.hpp"
 #include "core/VQXMLException.hpp"
 #include "vqxml/vqxml.h"
@@ -251,7 +253,10 @@ private:
 DOMDocumentFragment* parseInPlace(const korean::SecureBytes& plain, const DOMElement* encryptedData, bool* holdsXenc) {
     const std::string start = wrapperStart(encryptedData->getParentNode());
 
-    std::unique_ptr<SAX2XMLReader> reader(XMLReaderFactory::createXMLReader());
+    // The document parser's memory: the reader's buffers it kept are taken again.
+    std::unique_ptr<SAX2XMLReader> reader(XMLReaderFactory::createXMLReader(&RecyclingMemoryManager::instance()));
+    // Long texts in pieces, as the document parser has them, not in one buffer doubled.
+    reader->setInputBufferSize(QuickDOMParser::kTextPiece);
     reader->setFeature(XMLUni::fgSAX2CoreNameSpaces, true);
     reader->setFeature(XMLUni::fgSAX2CoreNameSpacePrefixes, true);
     reader->setFeature(XMLUni::fgSAX2CoreValidation, false);

@@ -1,5 +1,7 @@
 #include "core/adapter/QuickDOMParser.hpp"
 
+#include <cstring>
+
 #include <xercesc/dom/DOMText.hpp>
 #include <xercesc/dom/impl/DOMAttrImpl.hpp>
 #include <xercesc/dom/impl/DOMAttrMapImpl.hpp>
@@ -11,17 +13,21 @@
 #include <xercesc/util/XMLUni.hpp>
 
 #include "core/adapter/DomLinking.hpp"
+#include "core/adapter/TextRoom.hpp"
 #include "core/adapter/Upstream.hpp"
 #include "core/RecyclingMemoryManager.hpp"
 
 XERCES_CPP_NAMESPACE_USE
 
 vqxml::QuickDOMParser::QuickDOMParser()
-    : XercesDOMParser(nullptr, &RecyclingMemoryManager::instance(), nullptr) {}
+    : XercesDOMParser(nullptr, &RecyclingMemoryManager::instance(), nullptr) {
+    fScanner->setInputBufferSize(kTextPiece);
+}
 
 void vqxml::QuickDOMParser::startElement(const XMLElementDecl& decl, unsigned int urlId, const XMLCh* prefix,
                                          const RefVectorOf<XMLAttr>& attributes, XMLSize_t attributeCount,
                                          bool isEmpty, bool isRoot) {
+    finishLongText();
     if (!startQuickly(decl, urlId, prefix, attributes, attributeCount))
         XercesDOMParser::startElement(decl, urlId, prefix, attributes, attributeCount, false, isRoot);
     if (isEmpty)
@@ -30,20 +36,48 @@ void vqxml::QuickDOMParser::startElement(const XMLElementDecl& decl, unsigned in
 
 void vqxml::QuickDOMParser::endElement(const XMLElementDecl& decl, unsigned int urlId, bool isRoot,
                                        const XMLCh* prefix) {
+    finishLongText();
     if (!endQuickly())
         XercesDOMParser::endElement(decl, urlId, isRoot, prefix);
 }
 
 void vqxml::QuickDOMParser::docCharacters(const XMLCh* chars, XMLSize_t length, bool cdataSection) {
-    // Text that follows text joins it; XercesDOMParser does that without casts.
-    if (!fWithinElement || cdataSection || fCurrentNode->getNodeType() == DOMNode::TEXT_NODE ||
-        fCurrentParent->getNodeType() != DOMNode::ELEMENT_NODE) {
+    if (m_longText != nullptr && m_longText == fCurrentNode && !cdataSection) {
+        m_pieces.emplace_back(chars, length);
+        m_piecesLength += length;
+        return;
+    }
+    finishLongText();
+    if (!fWithinElement || cdataSection || fCurrentParent->getNodeType() != DOMNode::ELEMENT_NODE) {
         XercesDOMParser::docCharacters(chars, length, cdataSection);
+        return;
+    }
+    // Text that follows text joins it: the next piece of a long one.
+    if (fCurrentNode->getNodeType() == DOMNode::TEXT_NODE) {
+        m_longText = static_cast<DOMText*>(fCurrentNode);
+        docCharacters(chars, length, cdataSection);
         return;
     }
     DOMText* text = createText(chars, length);
     appendNewChild(fCurrentParent, text);
     fCurrentNode = text;
+}
+
+void vqxml::QuickDOMParser::finishLongText() {
+    if (m_longText == nullptr)
+        return;
+    XMLCh* room = textRoomAfter(m_longText, m_piecesLength);
+    for (const std::basic_string<XMLCh>& piece : m_pieces) {
+        if (room == nullptr) {
+            m_longText->appendData(piece.c_str());  // not a node of ours: the DOM's way
+            continue;
+        }
+        std::memcpy(room, piece.data(), piece.size() * sizeof(XMLCh));
+        room += piece.size();
+    }
+    m_longText = nullptr;
+    m_pieces.clear();
+    m_piecesLength = 0;
 }
 
 bool vqxml::QuickDOMParser::startQuickly(const XMLElementDecl& decl, unsigned int urlId, const XMLCh* prefix,
@@ -64,6 +98,9 @@ bool vqxml::QuickDOMParser::startQuickly(const XMLElementDecl& decl, unsigned in
 }
 
 void vqxml::QuickDOMParser::startDocument() {
+    m_longText = nullptr;
+    m_pieces.clear();
+    m_piecesLength = 0;
     XercesDOMParser::startDocument();
     m_elements.emplace(fDocument);
 }

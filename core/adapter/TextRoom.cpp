@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include <xercesc/util/XMLString.hpp>
+#include <xercesc/dom/impl/DOMDocumentImpl.hpp>
 #include <xercesc/dom/impl/DOMStringPool.hpp>
 #include <xercesc/dom/impl/DOMTextImpl.hpp>
 
@@ -10,21 +10,37 @@
 
 XERCES_CPP_NAMESPACE_USE
 
-namespace vqxml {
+namespace {
 
-XMLCh* textRoom(DOMText* text, std::size_t length) {
+// Keeps the first kept units of text's value and makes room for length in all.
+XMLCh* roomAfter(DOMText* text, std::size_t kept, std::size_t length) {
     auto* impl = text != nullptr && text->getNodeType() == DOMNode::TEXT_NODE ? dynamic_cast<DOMTextImpl*>(text)
                                                                               : nullptr;
     DOMBuffer* buffer = impl != nullptr ? impl->fCharacterData.fDataBuf : nullptr;
     if (buffer == nullptr)
         return nullptr;
-    buffer->reset();
-    if (length >= buffer->getCapacity())
-        buffer->expandCapacity(length);
+    if (length > buffer->getCapacity()) {
+        DOMDocumentImpl* document = impl->fCharacterData.fDoc;
+        auto* larger = new (document) DOMBuffer(document, length);
+        larger->set(buffer->getRawBuffer(), kept);
+        // A value's own block (any but the shortest) goes back to the document's
+        // memory manager; the small DOMBuffer object stays with the document.
+        document->release(const_cast<XMLCh*>(buffer->getRawBuffer()));
+        impl->fCharacterData.fDataBuf = buffer = larger;
+    }
     // The buffer is the document's memory, writable; the interface hands it out const.
-    auto* room = const_cast<XMLCh*>(buffer->getRawBuffer());
+    auto* room = const_cast<XMLCh*>(buffer->getRawBuffer()) + kept;
     buffer->chop(length);
     return room;
 }
 
-}  // namespace vqxml
+}  // namespace
+
+XMLCh* vqxml::textRoom(DOMText* text, std::size_t length) {
+    return roomAfter(text, 0, length);
+}
+
+XMLCh* vqxml::textRoomAfter(DOMText* text, std::size_t extra) {
+    const std::size_t kept = text != nullptr ? text->getLength() : 0;
+    return roomAfter(text, kept, kept + extra);
+}

@@ -81,6 +81,19 @@ INSTANTIATE_TEST_SUITE_P(
         "<!DOCTYPE r [<!ATTLIST e id ID #IMPLIED d CDATA 'dflt'><!ENTITY ent 'expanded'>]>"
         "<r><e id='x1'>&ent;</e><e d='given'/><g>&ent;&ent;</g></r>"));
 
+// A long text reaches the parser in pieces; it must come out whole, a
+// character split between two pieces included, and end where markup starts.
+TEST(QuickDOMParserLongText, ComesOutAsOneTextNode) {
+    InspectableContext engines;
+    const std::size_t piece = vqxml::QuickDOMParser::kTextPiece;
+    std::string split(piece - 1, 'a');
+    split += "\xf0\x9f\x98\x80";  // a surrogate pair across the first boundary
+    split += std::string(2 * piece, 'b');
+    const std::string xml = "<!DOCTYPE r [<!ENTITY e 'ent'>]><r><a>" + split + "</a><b>" + split + "&e;" + split +
+                            "<!--c-->" + split + "<![CDATA[cd]]>" + split + "<?p?></b><c>" + split + "</c></r>";
+    EXPECT_EQ(tree<vqxml::QuickDOMParser>(xml), tree<XercesDOMParser>(xml));
+}
+
 TEST(QuickDOMParserEditing, TheTreeCanBeEditedAfterwards) {
     InspectableContext engines;
     vqxml::QuickDOMParser parser;
