@@ -1,7 +1,9 @@
 // The quick parser must build the very tree XercesDOMParser builds: the same
 // nodes, names, namespaces and values, linked both ways, and a tree the DOM can
 // go on editing.
+#include <algorithm>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 #include <xercesc/dom/DOM.hpp>
@@ -112,30 +114,32 @@ TEST(QuickDOMParserEditing, TheTreeCanBeEditedAfterwards) {
     EXPECT_EQ(utf8(root->getTextContent()), "tend");
 }
 
-TEST(RecyclingMemoryManager, KeepsLargeBlocksUpToItsBound) {
+// Released blocks wait for the next document, as many as were in use at once;
+// a smaller document afterwards takes one and the surplus goes back.
+TEST(RecyclingMemoryManager, KeepsWhatTheLastDocumentsNeeded) {
     using Memory = vqxml::RecyclingMemoryManager;
     InspectableContext engines;
     Memory& memory = Memory::instance();
     memory.clear();
-    void* big = memory.allocate(Memory::kSmallestKept + 1000);
-    memory.deallocate(big);
-    EXPECT_EQ(memory.keptBytes(), Memory::kSmallestKept + 1000);
-    // A request a little smaller takes the kept block; a much larger one does
-    // not, nor does a small one.
+    const std::size_t block = Memory::kLeastKeptBytes / 4;
+    std::vector<void*> large;
+    for (int i = 0; i < 8; ++i)  // twice the least kept
+        large.push_back(memory.allocate(block));
+    for (void* p : large)
+        memory.deallocate(p);
+    EXPECT_EQ(memory.keptBytes(), 8 * block);
+    // A request it fits with a quarter to spare takes a kept block; a small or
+    // much smaller one does not.
+    void* again = memory.allocate(block - block / 5);
     void* small = memory.allocate(Memory::kSmallestKept - 1);
-    void* larger = memory.allocate(2 * Memory::kSmallestKept);
-    EXPECT_NE(small, big);
-    EXPECT_NE(larger, big);
-    void* again = memory.allocate(Memory::kSmallestKept);
-    EXPECT_EQ(again, big);
-    EXPECT_EQ(memory.keptBytes(), 0u);
+    void* smaller = memory.allocate(block / 2);
+    EXPECT_EQ(memory.keptBytes(), 7 * block);
+    EXPECT_TRUE(std::find(large.begin(), large.end(), again) != large.end());
+    EXPECT_TRUE(std::find(large.begin(), large.end(), smaller) == large.end());
     memory.deallocate(small);
-    memory.deallocate(larger);
+    memory.deallocate(smaller);
     memory.deallocate(again);
-    // Blocks larger than a document's node blocks go back at once.
-    void* huge = memory.allocate(Memory::kLargestKept + 1);
-    memory.deallocate(huge);
-    EXPECT_EQ(memory.keptBytes(), 3 * Memory::kSmallestKept + 1000);
+    EXPECT_EQ(memory.keptBytes(), Memory::kLeastKeptBytes);
     memory.clear();
     EXPECT_EQ(memory.keptBytes(), 0u);
 }
