@@ -50,7 +50,8 @@ using BatchFunction = void (*)(const TripleDesRoundKeys&, const std::uint8_t*, s
 
 // CBC over the batches: each batch is decrypted into a buffer, then XORed with
 // the ciphertext blocks before, last block first, so that out may be in (the
-// ciphertext block before the batch is kept aside).
+// ciphertext block before the batch is kept aside). A last batch that 64 blocks
+// hold takes the 64-block form, which costs less than a wider one.
 void cbcDecrypt(BatchFunction batch, std::size_t batchBlocks, const std::uint8_t key[kTripleDesKeySize],
                 const std::uint8_t iv[kDesBlockSize], const std::uint8_t* in, std::size_t len, std::uint8_t* out) {
     if (len % kDesBlockSize != 0)
@@ -62,7 +63,7 @@ void cbcDecrypt(BatchFunction batch, std::size_t batchBlocks, const std::uint8_t
     for (std::size_t at = 0; at < len; at += batchBlocks * kDesBlockSize) {
         const std::size_t blocks = std::min(batchBlocks, (len - at) / kDesBlockSize);
         const std::uint8_t* c = in + at;
-        batch(keys, c, blocks, plain);
+        (blocks <= kPortableBatch ? decryptBatchPortable : batch)(keys, c, blocks, plain);
         std::memcpy(next, c + (blocks - 1) * kDesBlockSize, kDesBlockSize);
         for (std::size_t i = blocks; i-- > 0;) {
             const std::uint8_t* chain = i > 0 ? c + (i - 1) * kDesBlockSize : before;
