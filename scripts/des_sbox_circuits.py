@@ -171,7 +171,7 @@ def emit(index, net, outputs):
     spell = {"and": "{a} & {b}", "or": "{a} | {b}", "xor": "{a} ^ {b}", "andnot": "{a} & ~{b}", "not": "~{a}"}
     lines = [f"// S{index + 1}: {len(net.gates)} gates.",
              "template <class W>",
-             f"inline void s{index + 1}(W x0, W x1, W x2, W x3, W x4, W x5, W& y0, W& y1, W& y2, W& y3) {{"]
+             f"inline __attribute__((always_inline)) void s{index + 1}(W x0, W x1, W x2, W x3, W x4, W x5, W& y0, W& y1, W& y2, W& y3) {{"]
     for n, (table, op, a, b) in enumerate(net.gates):
         expr = spell[op].format(a=name(a), b=name(b) if b is not None else "")
         lines.append(f"    const W t{n} = {expr};")

@@ -81,48 +81,50 @@ __attribute__((noinline)) void sixteenRounds(W* l, W* r, const std::uint64_t (*k
     }
 }
 
-// Transposes a 64 x 64 bit matrix in place: bit c of row r trades places with
-// bit r of row c. Each step swaps one bit of the row number with the same bit of
-// the column number, on all elements where the two differ.
-inline void transpose(std::uint64_t rows[64]) {
+// Transposes 64 x 64 bit matrices in place, one in each 64-bit part of W: bit
+// c of row r trades places with bit r of row c. Each step swaps one bit of the
+// row number with the same bit of the column number, on all elements where the
+// two differ.
+template <class W>
+inline void transpose(W rows[64]) {
     constexpr std::uint64_t kLowHalves[6] = {0x00000000FFFFFFFFull, 0x0000FFFF0000FFFFull, 0x00FF00FF00FF00FFull,
                                              0x0F0F0F0F0F0F0F0Full, 0x3333333333333333ull, 0x5555555555555555ull};
     for (int step = 0; step < 6; ++step) {
         const int s = 32 >> step;
+        const W low = broadcast<W>(kLowHalves[step]);
         for (int lo = 0; lo < 64; ++lo) {
             if (lo & s)
                 continue;
-            const std::uint64_t t = ((rows[lo] >> s) ^ rows[lo + s]) & kLowHalves[step];
+            const W t = ((rows[lo] >> s) ^ rows[lo + s]) & low;
             rows[lo + s] ^= t;
             rows[lo] ^= t << s;
         }
     }
 }
 
+// Block q * 64 + i of the batch is row i of part q: transposed, row b holds bit b
+// of every block, which is the state's word for it.
 template <class W>
 void decryptBatch(const TripleDesRoundKeys& keys, const std::uint8_t* in, std::size_t blocks, std::uint8_t* out) {
     constexpr std::size_t kParts = sizeof(W) / sizeof(std::uint64_t);
-    alignas(W) std::uint64_t words[64][kParts];  // word b, its 64-block parts
-    std::uint64_t rows[64];
-    for (std::size_t part = 0; part < kParts; ++part) {
-        for (std::size_t i = 0; i < 64; ++i) {
-            const std::size_t block = part * 64 + i;
+    W rows[64];
+    std::uint64_t parts[kParts];
+    for (std::size_t i = 0; i < 64; ++i) {
+        for (std::size_t q = 0; q < kParts; ++q) {
+            const std::size_t block = q * 64 + i;
             std::uint64_t v = 0;
-            if (block < blocks) {
+            if (block < blocks)
                 std::memcpy(&v, in + 8 * block, 8);
-                v = __builtin_bswap64(v);
-            }
-            rows[i] = v;
+            parts[q] = __builtin_bswap64(v);
         }
-        transpose(rows);
-        for (int b = 0; b < 64; ++b)
-            words[b][part] = rows[b];
+        std::memcpy(&rows[i], parts, sizeof(W));
     }
+    transpose(rows);
 
     // After IP, state[0..31] is L0 and state[32..63] R0.
     W state[64];
     for (int i = 0; i < 64; ++i)
-        std::memcpy(&state[i], words[wordOfBit(kIP[i])], sizeof(W));
+        state[i] = rows[wordOfBit(kIP[i])];
     W* a = state;
     W* b = state + 32;
     sixteenRounds(a, b, keys.mask);       // D_K3
@@ -130,20 +132,22 @@ void decryptBatch(const TripleDesRoundKeys& keys, const std::uint8_t* in, std::s
     sixteenRounds(a, b, keys.mask + 32);  // D_K1
     // The output R16 || L16 = b || a goes through FP, the inverse of IP.
     for (int i = 0; i < 64; ++i)
-        std::memcpy(words[wordOfBit(kIP[i])], &state[(i + 32) % 64], sizeof(W));
+        rows[wordOfBit(kIP[i])] = state[(i + 32) % 64];
 
-    for (std::size_t part = 0; part < kParts && part * 64 < blocks; ++part) {
-        for (int b = 0; b < 64; ++b)
-            rows[b] = words[b][part];
-        transpose(rows);
-        for (std::size_t i = 0; i < 64 && part * 64 + i < blocks; ++i) {
-            const std::uint64_t v = __builtin_bswap64(rows[i]);
-            std::memcpy(out + 8 * (part * 64 + i), &v, 8);
+    transpose(rows);
+    for (std::size_t i = 0; i < 64; ++i) {
+        std::memcpy(parts, &rows[i], sizeof(W));
+        for (std::size_t q = 0; q < kParts; ++q) {
+            const std::size_t block = q * 64 + i;
+            if (block < blocks) {
+                const std::uint64_t v = __builtin_bswap64(parts[q]);
+                std::memcpy(out + 8 * block, &v, 8);
+            }
         }
     }
-    OPENSSL_cleanse(words, sizeof words);
-    OPENSSL_cleanse(state, sizeof state);
     OPENSSL_cleanse(rows, sizeof rows);
+    OPENSSL_cleanse(state, sizeof state);
+    OPENSSL_cleanse(parts, sizeof parts);
 }
 
 }  // namespace bitsliced
