@@ -102,22 +102,36 @@ inline void transpose(W rows[64]) {
     }
 }
 
-// Block q * 64 + i of the batch is row i of part q: transposed, row b holds bit b
-// of every block, which is the state's word for it.
+// Blocks are big-endian integers: each 64-bit part of W turned around.
+inline std::uint64_t bigEndianParts(std::uint64_t w) {
+    return __builtin_bswap64(w);
+}
+
+template <class W>
+inline W bigEndianParts(W w) {
+    static_assert(sizeof(W) == 32, "a vector of four 64-bit parts");
+    using Bytes = std::uint8_t __attribute__((vector_size(32)));
+    const Bytes turn = {7,  6,  5,  4,  3,  2,  1,  0,  15, 14, 13, 12, 11, 10, 9,  8,
+                        23, 22, 21, 20, 19, 18, 17, 16, 31, 30, 29, 28, 27, 26, 25, 24};
+    return W(__builtin_shuffle(Bytes(w), turn));
+}
+
+// Row i holds blocks kParts * i to kParts * i + kParts - 1, one in each part;
+// transposed, row b holds bit b of every block, which is the state's word for
+// it. out has room for a whole batch.
 template <class W>
 void decryptBatch(const TripleDesRoundKeys& keys, const std::uint8_t* in, std::size_t blocks, std::uint8_t* out) {
-    constexpr std::size_t kParts = sizeof(W) / sizeof(std::uint64_t);
+    constexpr std::size_t kBatchBytes = 64 * sizeof(W);
+    std::uint8_t padded[kBatchBytes];  // ciphertext, nothing to wipe
+    if (blocks * 8 < kBatchBytes) {
+        std::memcpy(padded, in, blocks * 8);
+        std::memset(padded + blocks * 8, 0, kBatchBytes - blocks * 8);
+        in = padded;
+    }
     W rows[64];
-    std::uint64_t parts[kParts];
     for (std::size_t i = 0; i < 64; ++i) {
-        for (std::size_t q = 0; q < kParts; ++q) {
-            const std::size_t block = q * 64 + i;
-            std::uint64_t v = 0;
-            if (block < blocks)
-                std::memcpy(&v, in + 8 * block, 8);
-            parts[q] = __builtin_bswap64(v);
-        }
-        std::memcpy(&rows[i], parts, sizeof(W));
+        std::memcpy(&rows[i], in + i * sizeof(W), sizeof(W));
+        rows[i] = bigEndianParts(rows[i]);
     }
     transpose(rows);
 
@@ -136,18 +150,11 @@ void decryptBatch(const TripleDesRoundKeys& keys, const std::uint8_t* in, std::s
 
     transpose(rows);
     for (std::size_t i = 0; i < 64; ++i) {
-        std::memcpy(parts, &rows[i], sizeof(W));
-        for (std::size_t q = 0; q < kParts; ++q) {
-            const std::size_t block = q * 64 + i;
-            if (block < blocks) {
-                const std::uint64_t v = __builtin_bswap64(parts[q]);
-                std::memcpy(out + 8 * block, &v, 8);
-            }
-        }
+        const W plain = bigEndianParts(rows[i]);
+        std::memcpy(out + i * sizeof(W), &plain, sizeof(W));
     }
     OPENSSL_cleanse(rows, sizeof rows);
     OPENSSL_cleanse(state, sizeof state);
-    OPENSSL_cleanse(parts, sizeof parts);
 }
 
 }  // namespace bitsliced

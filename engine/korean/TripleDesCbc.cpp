@@ -66,9 +66,11 @@ void cbcDecrypt(BatchFunction batch, std::size_t batchBlocks, const std::uint8_t
         (blocks <= kPortableBatch ? decryptBatchPortable : batch)(keys, c, blocks, plain);
         std::memcpy(next, c + (blocks - 1) * kDesBlockSize, kDesBlockSize);
         for (std::size_t i = blocks; i-- > 0;) {
-            const std::uint8_t* chain = i > 0 ? c + (i - 1) * kDesBlockSize : before;
-            for (std::size_t j = 0; j < kDesBlockSize; ++j)
-                out[at + i * kDesBlockSize + j] = plain[i * kDesBlockSize + j] ^ chain[j];
+            std::uint64_t p, chain;
+            std::memcpy(&p, plain + i * kDesBlockSize, kDesBlockSize);
+            std::memcpy(&chain, i > 0 ? c + (i - 1) * kDesBlockSize : before, kDesBlockSize);
+            p ^= chain;
+            std::memcpy(out + at + i * kDesBlockSize, &p, kDesBlockSize);
         }
         std::memcpy(before, next, kDesBlockSize);
     }

@@ -24,7 +24,8 @@ struct TripleDesRoundKeys {
 };
 
 // EDE3 decryption without chaining of blocks (1 to the batch's size) blocks of
-// in into out; the missing blocks of a batch are zeros, whose results are dropped.
+// in into out, which has room for a whole batch: the missing blocks of a batch
+// are zeros, whose results land after the others.
 constexpr std::size_t kPortableBatch = 64;
 constexpr std::size_t kAvx2Batch = 256;
 void decryptBatchPortable(const TripleDesRoundKeys& keys, const std::uint8_t* in, std::size_t blocks,
