@@ -6,7 +6,7 @@
 
 #include <xsec/enc/XSECCryptoException.hpp>
 
-#include "engine/AesKey.hpp"
+#include "engine/KeyWithBytes.hpp"
 #include "engine/Algorithms.hpp"
 #include "engine/CryptoErrorTranslation.hpp"
 #include "engine/EvpCipher.hpp"
@@ -27,7 +27,7 @@ XSECCryptoKey* AesCipherHandler::createKeyForURI(const XMLCh* uri, const unsigne
     const vqxml::Algorithm* row = vqxml::algorithmByURI(vqxml::AlgorithmKind::CIPHER, uri);
     if (row == nullptr)
         throw XSECCryptoException(XSECCryptoException::SymmetricError, "AES: no cipher for this URI");
-    std::unique_ptr<AesKey> key(new AesKey(static_cast<XSECCryptoSymmetricKey::SymmetricKeyType>(row->keyType)));
+    std::unique_ptr<KeyWithBytes> key(new KeyWithBytes(static_cast<XSECCryptoSymmetricKey::SymmetricKeyType>(row->keyType)));
     key->setKey(keyBuffer, keyLen);
     return key.release();
 }
@@ -37,7 +37,7 @@ XSECCryptoKey* AesCipherHandler::createKeyForURI(const XMLCh* uri, const unsigne
 std::vector<std::uint8_t> AesCbcCipherHandler::encryptOctets(const XENCEncryptionMethod* method,
                                                              const XSECCryptoKey* key, const std::uint8_t* plain,
                                                              std::size_t size) const {
-    const SecureBytes& k = AesKey::forMethod(method, key).bytes();
+    const SecureBytes& k = KeyWithBytes::forMethod(method, key).bytes();
     if (size > INT_MAX - 64)
         vqxml::cipherFailure("AES-CBC: the data is too long");
     const std::vector<std::uint8_t> padding = vqxml::korean::xmlEncPadding(size, kCbcIv);
@@ -57,7 +57,7 @@ std::vector<std::uint8_t> AesCbcCipherHandler::encryptOctets(const XENCEncryptio
 
 SecureBytes AesCbcCipherHandler::decryptOctets(const XENCEncryptionMethod* method, const XSECCryptoKey* key,
                                                const SecureBytes& framed) const {
-    const SecureBytes& k = AesKey::forMethod(method, key).bytes();
+    const SecureBytes& k = KeyWithBytes::forMethod(method, key).bytes();
     if (framed.size() < 2 * kCbcIv || framed.size() % kCbcIv != 0)
         vqxml::cipherFailure("AES-CBC: the CipherValue is not an IV and whole blocks");
     SecureBytes plain = vqxml::runCipher(vqxml::aesCipher(k.size(), vqxml::AesMode::Cbc), false, k, framed.data(),
@@ -72,7 +72,7 @@ SecureBytes AesCbcCipherHandler::decryptOctets(const XENCEncryptionMethod* metho
 std::vector<std::uint8_t> AesGcmCipherHandler::encryptOctets(const XENCEncryptionMethod* method,
                                                              const XSECCryptoKey* key, const std::uint8_t* plain,
                                                              std::size_t size) const {
-    const SecureBytes& k = AesKey::forMethod(method, key).bytes();
+    const SecureBytes& k = KeyWithBytes::forMethod(method, key).bytes();
     if (size > INT_MAX - 64)
         vqxml::cipherFailure("AES-GCM: the data is too long");
     const SecureBytes iv = vqxml::randomBytes(kGcmIv);
@@ -92,7 +92,7 @@ std::vector<std::uint8_t> AesGcmCipherHandler::encryptOctets(const XENCEncryptio
 // tag matched.
 SecureBytes AesGcmCipherHandler::decryptOctets(const XENCEncryptionMethod* method, const XSECCryptoKey* key,
                                                const SecureBytes& framed) const {
-    const SecureBytes& k = AesKey::forMethod(method, key).bytes();
+    const SecureBytes& k = KeyWithBytes::forMethod(method, key).bytes();
     if (framed.size() < kGcmIv + kGcmTag || framed.size() > INT_MAX - 64)
         vqxml::cipherFailure("AES-GCM: the CipherValue is shorter than its IV and tag");
     const std::size_t len = framed.size() - kGcmIv - kGcmTag;

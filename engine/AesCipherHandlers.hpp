@@ -1,4 +1,4 @@
-// XML Encryption with AES on OpenSSL EVP, keys of the class AesKey.
+// XML Encryption with AES on OpenSSL EVP, keys of the class KeyWithBytes.
 //
 //  - CBC (xmlenc#aes128-cbc, -192, -256): the CipherValue is the 16-byte IV and
 //    the ciphertext; padding as XML Encryption has it (engine/korean/XmlEncCbc.hpp:
@@ -16,7 +16,7 @@
 
 class AesCipherHandler : public WholeBufferCipherHandler {
 public:
-    // An AesKey of the URI's key length; XSECCryptoException for another length.
+    // A KeyWithBytes of the URI's key length; XSECCryptoException for another length.
     XSECCryptoKey* createKeyForURI(const XMLCh* uri, const unsigned char* keyBuffer,
                                    unsigned int keyLen) const override;
 };

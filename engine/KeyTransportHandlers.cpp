@@ -9,7 +9,7 @@
 #include <xsec/utils/XSECSafeBuffer.hpp>
 #include <xsec/xenc/XENCEncryptionMethod.hpp>
 
-#include "engine/AesKey.hpp"
+#include "engine/KeyWithBytes.hpp"
 #include "engine/Algorithms.hpp"
 #include "engine/Base64.hpp"
 #include "engine/ChainBytes.hpp"
@@ -102,7 +102,7 @@ unsigned int KeyTransportHandler::decryptToSafeBuffer(TXFMChain* cipherText, XEN
 
 SecureBytes AesKeyWrapHandler::wrap(XENCEncryptionMethod* method, const XSECCryptoKey* key,
                                     const SecureBytes& plain) const {
-    const SecureBytes& kek = AesKey::forMethod(method, key).bytes();
+    const SecureBytes& kek = KeyWithBytes::forMethod(method, key).bytes();
     if (plain.size() < 2 * kWrapBlock || plain.size() % kWrapBlock != 0)
         throw XSECException(XSECException::CipherError, "AES key wrap: the key is not whole 8-byte blocks");
     return vqxml::runCipher(vqxml::aesCipher(kek.size(), vqxml::AesMode::KeyWrap), true, kek, nullptr, plain.data(),
@@ -111,7 +111,7 @@ SecureBytes AesKeyWrapHandler::wrap(XENCEncryptionMethod* method, const XSECCryp
 
 SecureBytes AesKeyWrapHandler::unwrap(const XENCEncryptionMethod* method, const XSECCryptoKey* key,
                                       const SecureBytes& wrapped) const {
-    const SecureBytes& kek = AesKey::forMethod(method, key).bytes();
+    const SecureBytes& kek = KeyWithBytes::forMethod(method, key).bytes();
     if (wrapped.size() < 3 * kWrapBlock || wrapped.size() % kWrapBlock != 0)
         vqxml::cipherFailure("AES key wrap: the wrapped key is not whole 8-byte blocks");
     return vqxml::runCipher(vqxml::aesCipher(kek.size(), vqxml::AesMode::KeyWrap), false, kek, nullptr,

@@ -2,7 +2,7 @@
 // the way the library needs:
 //
 //  - AES key wrap (xmlenc#kw-aes128, -192, -256; RFC 3394) on OpenSSL's EVP wrap
-//    ciphers, with a key-encryption key of the class AesKey. A wrapped key whose
+//    ciphers, with a key-encryption key of the class KeyWithBytes. A wrapped key whose
 //    integrity check fails raises XSECCryptoException.
 //  - RSA-OAEP (xmlenc#rsa-oaep-mgf1p and xmlenc11#rsa-oaep): decryption reads
 //    the ds:DigestMethod (SHA-1 when absent), the xenc11:MGF (xmlenc11 only;

@@ -5,10 +5,11 @@
 #include <xsec/enc/XSECCryptoException.hpp>
 #include <xsec/enc/XSECCryptoSymmetricKey.hpp>
 #include <xsec/framework/XSECException.hpp>
-#include <xsec/utils/XSECPlatformUtils.hpp>
 
 #include "core/adapter/Upstream.hpp"
 #include "engine/CryptoErrorTranslation.hpp"
+#include "engine/KeyWithBytes.hpp"
+#include "engine/korean/TripleDesCbc.hpp"
 #include "engine/korean/XmlEncCbc.hpp"
 
 namespace {
@@ -16,12 +17,11 @@ namespace {
 constexpr unsigned int kBlock = 8;
 constexpr unsigned int kKeyBytes = 24;
 
-// A running copy of the caller's key, which stays untouched.
-std::unique_ptr<XSECCryptoSymmetricKey> workingCopy(const XSECCryptoKey* key) {
-    const auto* symmetric = dynamic_cast<const XSECCryptoSymmetricKey*>(key);
-    if (symmetric == nullptr || symmetric->getSymmetricKeyType() != XSECCryptoSymmetricKey::KEY_3DES_192)
+const KeyWithBytes& tripleDesKey(const XSECCryptoKey* key) {
+    const auto* ours = dynamic_cast<const KeyWithBytes*>(key);
+    if (ours == nullptr || ours->getSymmetricKeyType() != XSECCryptoSymmetricKey::KEY_3DES_192)
         throw XSECException(XSECException::CipherError, "key inappropriate for the encryption algorithm");
-    return std::unique_ptr<XSECCryptoSymmetricKey>(static_cast<XSECCryptoSymmetricKey*>(symmetric->clone()));
+    return *ours;
 }
 
 }  // namespace
@@ -29,7 +29,8 @@ std::unique_ptr<XSECCryptoSymmetricKey> workingCopy(const XSECCryptoKey* key) {
 std::vector<std::uint8_t> TripleDesCipherHandler::encryptOctets(const XENCEncryptionMethod*,
                                                                 const XSECCryptoKey* key,
                                                                 const std::uint8_t* plain, std::size_t size) const {
-    std::unique_ptr<XSECCryptoSymmetricKey> k = workingCopy(key);
+    // A running copy of the caller's key, which stays untouched.
+    std::unique_ptr<XSECCryptoSymmetricKey> k(static_cast<XSECCryptoSymmetricKey*>(tripleDesKey(key).clone()));
     std::vector<std::uint8_t> framed(size + 3 * kBlock);
     k->encryptInit(true, XSECCryptoSymmetricKey::MODE_CBC, nullptr);
     unsigned int n = k->encrypt(plain, framed.data(), unsigned(size), unsigned(framed.size()));
@@ -41,19 +42,18 @@ std::vector<std::uint8_t> TripleDesCipherHandler::encryptOctets(const XENCEncryp
 vqxml::korean::SecureBytes TripleDesCipherHandler::decryptOctets(const XENCEncryptionMethod*,
                                                                  const XSECCryptoKey* key,
                                                                  const vqxml::korean::SecureBytes& framed) const {
-    std::unique_ptr<XSECCryptoSymmetricKey> k = workingCopy(key);
+    const vqxml::korean::SecureBytes& k = tripleDesKey(key).bytes();
     if (framed.size() < 2 * kBlock || framed.size() % kBlock != 0)
         throw XSECCryptoException(XSECCryptoException::SymmetricError,
                                   "Triple DES: the CipherValue is not an IV and whole blocks");
-    vqxml::korean::SecureBytes plain(framed.size() + kBlock);
-    // The padding is removed here: the engine's key takes a last byte of 0 for
-    // no padding at all.
-    k->decryptInit(false, XSECCryptoSymmetricKey::MODE_CBC, nullptr);
-    unsigned int n = k->decrypt(framed.data(), plain.data(), unsigned(framed.size()), unsigned(plain.size()));
-    n += k->decryptFinish(plain.data() + n, unsigned(plain.size() - n));
-    n -= unsigned(vqxml::asCryptoException(XSECCryptoException::SymmetricError,
-                                           [&] { return vqxml::korean::xmlEncPadCount(plain.data(), n, kBlock); }));
-    plain.resize(n);
+    // A shorter key decrypts nothing, as a wrong one.
+    if (k.size() < kKeyBytes)
+        throw XSECCryptoException(XSECCryptoException::SymmetricError, "Triple DES: the key is shorter than 24 bytes");
+    vqxml::korean::SecureBytes plain(framed.size() - kBlock);
+    vqxml::korean::tripleDesCbcDecrypt(k.data(), framed.data(), framed.data() + kBlock, plain.size(), plain.data());
+    plain.resize(plain.size() - vqxml::asCryptoException(XSECCryptoException::SymmetricError, [&] {
+                     return vqxml::korean::xmlEncPadCount(plain.data(), plain.size(), kBlock);
+                 }));
     return plain;
 }
 
@@ -61,8 +61,7 @@ XSECCryptoKey* TripleDesCipherHandler::createKeyForURI(const XMLCh*, const unsig
                                                        unsigned int keyLen) const {
     if (keyLen < kKeyBytes)
         throw XSECException(XSECException::CipherError, "Triple DES: the key is shorter than 24 bytes");
-    std::unique_ptr<XSECCryptoSymmetricKey> key(
-        XSECPlatformUtils::g_cryptoProvider->keySymmetric(XSECCryptoSymmetricKey::KEY_3DES_192));
+    std::unique_ptr<KeyWithBytes> key(new KeyWithBytes(XSECCryptoSymmetricKey::KEY_3DES_192));
     key->setKey(keyBuffer, keyLen);
     return key.release();
 }

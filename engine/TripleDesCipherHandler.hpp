@@ -3,9 +3,13 @@
 // grows by 1 KB at a time: copying everything on every step made a megabyte-sized
 // element cost seconds of CPU. This one works on whole buffers.
 //
-// Keys are the engine's own Triple DES keys, which do the block work, the IV and
-// the padding when encrypting; on decryption the padding follows XML Encryption's
-// rule as for every CBC cipher (engine/korean/XmlEncCbc.hpp).
+// Keys are KeyWithBytes of type KEY_3DES_192: the engine's own Triple DES key
+// does the block work, the IV and the padding when encrypting (CBC encryption is
+// serial). Decryption runs on our bitsliced Triple DES (engine/korean/
+// TripleDesCbc.hpp), which decrypts many blocks at once and is several times
+// faster than OpenSSL's table-driven DES, which the engine's key uses; it also
+// has no key- or data-dependent table lookups. The padding follows XML
+// Encryption's rule as for every CBC cipher (engine/korean/XmlEncCbc.hpp).
 #ifndef VQXML_ENGINE_TRIPLEDESCIPHERHANDLER_HPP
 #define VQXML_ENGINE_TRIPLEDESCIPHERHANDLER_HPP
 
@@ -13,7 +17,7 @@
 
 class TripleDesCipherHandler : public WholeBufferCipherHandler {
 public:
-    // XSECException for a key shorter than 24 bytes.
+    // A KeyWithBytes; XSECException for a key shorter than 24 bytes.
     XSECCryptoKey* createKeyForURI(const XMLCh* uri, const unsigned char* keyBuffer,
                                    unsigned int keyLen) const override;
     XSECAlgorithmHandler* clone() const override;

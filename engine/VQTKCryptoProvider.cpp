@@ -1,6 +1,6 @@
 #include "engine/VQTKCryptoProvider.hpp"
 
-#include "engine/AesKey.hpp"
+#include "engine/KeyWithBytes.hpp"
 
 #include <xercesc/util/XMLUniDefs.hpp>
 
@@ -27,10 +27,8 @@ const XMLCh* VQTKCryptoProvider::providerName() {
 }
 
 XSECCryptoSymmetricKey* VQTKCryptoProvider::keySymmetric(int type) const {
-    if (type == XSECCryptoSymmetricKey::KEY_3DES_192)
-        return keySymmetric(XSECCryptoSymmetricKey::KEY_3DES_192);
-    if (type >= XSECCryptoSymmetricKey::KEY_AES_128 && type <= XSECCryptoSymmetricKey::KEY_AES_256)
-        return new AesKey(static_cast<XSECCryptoSymmetricKey::SymmetricKeyType>(type));
+    if (type >= XSECCryptoSymmetricKey::KEY_3DES_192 && type <= XSECCryptoSymmetricKey::KEY_AES_256)
+        return new KeyWithBytes(static_cast<XSECCryptoSymmetricKey::SymmetricKeyType>(type));
     return VQTKCryptoSymmetricKey::forTypeCode(type);
 }
 

@@ -13,8 +13,8 @@ public:
     static const XMLCh* providerName();
 
     using OpenSSLCryptoProvider::keySymmetric;
-    // A symmetric key of the library's numeric key type: 1 Triple DES (the
-    // engine's own key), 2 to 4 AES-128/192/256 (an AesKey), 5 SEED, 6 NEAT, 7 ARIA-128 (a
+    // A symmetric key of the library's numeric key type: 1 Triple DES and 2 to 4
+    // AES-128/192/256 (a KeyWithBytes), 5 SEED, 6 NEAT, 7 ARIA-128 (a
     // VQTKCryptoSymmetricKey); null for any other type. The caller owns it.
     XSECCryptoSymmetricKey* keySymmetric(int type) const;
 

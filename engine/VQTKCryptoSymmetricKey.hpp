@@ -2,8 +2,8 @@
 //
 // xml-security-c's SymmetricKeyType is a closed enum, so these keys report
 // KEY_NONE there and carry the library's own key type instead: the crypto
-// provider's numeric symmetric key types are 1 (Triple DES, the engine's own
-// KEY_3DES_192), 2 to 4 (AES, the engine's KEY_AES_* as AesKey) and the three
+// provider's numeric symmetric key types are 1 (Triple DES, the engine's
+// KEY_3DES_192), 2 to 4 (AES, the engine's KEY_AES_*), both as KeyWithBytes, and the three
 // Korean ones below. VQTKCryptoProvider::keySymmetric(int)
 // makes a key from any of them.
 //

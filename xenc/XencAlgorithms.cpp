@@ -9,6 +9,7 @@
 #include "core/VQXMLException.hpp"
 #include "vqxml/vqxml.h"
 #include "engine/KeyTransportHandlers.hpp"
+#include "engine/KeyWithBytes.hpp"
 #include "engine/VQTKCryptoProvider.hpp"
 #include "engine/VQTKCryptoSymmetricKey.hpp"
 
@@ -19,9 +20,10 @@ namespace vqxml {
 XSECCryptoSymmetricKey* newSymmetricKey(int keyType) {
     if (const auto* ours = dynamic_cast<const VQTKCryptoProvider*>(XSECPlatformUtils::g_cryptoProvider))
         return ours->keySymmetric(keyType);
-    // A provider the host installed before us knows only the engine's own keys.
+    // A provider the host installed before us knows only the engine's own keys,
+    // of which Triple DES is the one its handler takes (KeyWithBytes.hpp).
     if (keyType == kKeyTripleDes)
-        return XSECPlatformUtils::g_cryptoProvider->keySymmetric(XSECCryptoSymmetricKey::KEY_3DES_192);
+        return new KeyWithBytes(XSECCryptoSymmetricKey::KEY_3DES_192);
     return nullptr;
 }
 

@@ -254,6 +254,13 @@ TEST(Oracles, FailedDecryptionsLookAlike) {
             expectUndecryptable(ctx, "CBC plaintext " + std::to_string(cbc.symmetric));
         }
     }
+    {  // a Triple DES session key unwrapped shorter than 24 bytes fails as a wrong one
+        Context ctx;
+        ASSERT_EQ(load(ctx, encryptedFor(kKeyWrap, 1)), 0);
+        ASSERT_EQ(ctx.XMLENC_setSymmKey(bytes(kPlaceholder), 24, 1), 0);
+        ctx.m_symmKeyLen = 16;
+        expectUndecryptable(ctx, "Triple DES key of 16 bytes");
+    }
     using Edit = std::function<void(std::vector<std::uint8_t>&)>;
     const std::pair<const char*, Edit> edits[] = {
         {"tag or last block", [](std::vector<std::uint8_t>& o) { o.back() ^= 1; }},

@@ -1,4 +1,4 @@
-#include "engine/AesKey.hpp"
+#include "engine/KeyWithBytes.hpp"
 
 #include <memory>
 
@@ -22,26 +22,27 @@ unsigned int lengthOf(XSECCryptoSymmetricKey::SymmetricKeyType type) {
 
 }  // namespace
 
-XSECCryptoKey* AesKey::clone() const {
-    std::unique_ptr<AesKey> copy(new AesKey(getSymmetricKeyType()));
+XSECCryptoKey* KeyWithBytes::clone() const {
+    std::unique_ptr<KeyWithBytes> copy(new KeyWithBytes(getSymmetricKeyType()));
     copy->setKey(m_bytes.data(), static_cast<unsigned int>(m_bytes.size()));
     return copy.release();
 }
 
-void AesKey::setKey(const unsigned char* key, unsigned int keyLen) {
-    if (keyLen != lengthOf(getSymmetricKeyType()))
+void KeyWithBytes::setKey(const unsigned char* key, unsigned int keyLen) {
+    if (getSymmetricKeyType() != KEY_3DES_192 && keyLen != lengthOf(getSymmetricKeyType()))
         throw XSECCryptoException(XSECCryptoException::SymmetricError, "AES: the key is not of the cipher's length");
     OpenSSLCryptoSymmetricKey::setKey(key, keyLen);
     m_bytes.assign(key, key + keyLen);
 }
 
-const AesKey& AesKey::forMethod(const XENCEncryptionMethod* method, const XSECCryptoKey* key) {
+const KeyWithBytes& KeyWithBytes::forMethod(const XENCEncryptionMethod* method, const XSECCryptoKey* key) {
     const XMLCh* uri = method != nullptr ? method->getAlgorithm() : nullptr;
     const vqxml::Algorithm* row = vqxml::algorithmByURI(vqxml::AlgorithmKind::CIPHER, uri);
     if (row == nullptr)
         row = vqxml::algorithmByURI(vqxml::AlgorithmKind::KEY_TRANSPORT, uri);
-    const auto* aes = dynamic_cast<const AesKey*>(key);
-    if (row == nullptr || aes == nullptr || aes->m_bytes.size() != static_cast<std::size_t>(row->keyBytes))
+    const auto* ours = dynamic_cast<const KeyWithBytes*>(key);
+    if (row == nullptr || ours == nullptr || ours->getSymmetricKeyType() != row->keyType ||
+        ours->m_bytes.size() != static_cast<std::size_t>(row->keyBytes))
         throw XSECException(XSECException::CipherError, "key inappropriate for the encryption algorithm");
-    return *aes;
+    return *ours;
 }
