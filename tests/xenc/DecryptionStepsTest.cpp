@@ -47,11 +47,16 @@ std::string encryptFor(std::vector<Recipient> recipients, std::vector<std::strin
     return encrypt(kDoc, e);
 }
 
-TEST(KeyInfoReading, RecipientOfOneElementComesFromTheNestedKey) {
+// Key information of the EncryptedData's own is read afresh on every call: the
+// document-level walk, and its end (10313), concern document-level keys only.
+TEST(KeyInfoReading, RecipientOfOneElementComesFromTheNestedKeyOnEveryCall) {
     const std::string doc = encryptFor({kRsa}, {"Amount"});
     ScopedHandle h;
     ASSERT_EQ(VQTK_XMLENC_SetEncXMLDocument(h, chars(doc), size(doc)), 0);
-    ASSERT_EQ(VQTK_XMLENC_GetEncKeyInfo(h), 0);
+    for (int call = 0; call < 2; ++call) {
+        ASSERT_EQ(VQTK_XMLENC_GetEncKeyInfo(h), 0) << call;
+        EXPECT_EQ(read(h).serial, "4097") << call;
+    }
     const Reading r = read(h);
     EXPECT_EQ(r.subject, "cn=홍길동()0012345RSA,ou=개발팀,ou=xUsers,o=VQXML Test,c=KR");
     EXPECT_EQ(r.issuer, "cn=VQXML Test Root CA,ou=Test CA,o=VQXML Test,c=KR");
@@ -59,18 +64,6 @@ TEST(KeyInfoReading, RecipientOfOneElementComesFromTheNestedKey) {
     EXPECT_EQ(r.cert, pki("ee-rsa.crt.der"));
     EXPECT_EQ(static_cast<VQXML_XMLSecurity*>(h.h)->getSymmAlg(), 1);
     EXPECT_EQ(static_cast<VQXML_XMLSecurity*>(h.h)->getKeyWrapAlg(), 2);
-}
-
-// Key information of the EncryptedData's own is read afresh on every call: the
-// document-level walk, and its end (10313), concern document-level keys only.
-TEST(KeyInfoReading, NestedKeyIsReadAgainOnEveryCall) {
-    const std::string doc = encryptFor({kRsa}, {"Amount"});
-    ScopedHandle h;
-    ASSERT_EQ(VQTK_XMLENC_SetEncXMLDocument(h, chars(doc), size(doc)), 0);
-    for (int call = 0; call < 3; ++call) {
-        ASSERT_EQ(VQTK_XMLENC_GetEncKeyInfo(h), 0) << call;
-        EXPECT_EQ(read(h).serial, "4097") << call;
-    }
 }
 
 TEST(KeyInfoReading, NestedRecipientsShowTheLastOne) {

@@ -29,24 +29,22 @@ std::string element(const std::string& text, const std::string& startTag, const 
     return from == std::string::npos ? std::string() : text.substr(from, text.find(endTag, from) + endTag.size() - from);
 }
 
-TEST(Placement, OneElementCarriesItsKeyInsideItsKeyInfo) {
+// One element carries its key inside its KeyInfo; several share one key, first
+// in the document; data identifiers avoid Ids the document uses.
+TEST(Placement, KeysStandWithOneElementOrFirstForSeveral) {
     Encryption e;
     e.targets = {"Amount"};
     e.recipients = {kRsa};
-    const std::string doc = encrypt(kDoc, e);
+    std::string doc = encrypt(kDoc, e);
     const std::string data = element(doc, "<xenc:EncryptedData", "</xenc:EncryptedData>");
     EXPECT_NE(data.find("<ds:KeyInfo"), std::string::npos);
     EXPECT_NE(data.find("<xenc:EncryptedKey"), std::string::npos);
     EXPECT_NE(data.find("<xenc:DataReference URI=\"#EncDataId-1\"/>"), std::string::npos);
     EXPECT_NE(data.find("Id=\"EncDataId-1\""), std::string::npos);
     EXPECT_TRUE(std::regex_search(doc, std::regex("<xenc:EncryptedKey Id=\"EncKeyId-[0-9]{1,10}\"")));
-}
 
-TEST(Placement, SeveralElementsShareOneKeyFirstInTheDocument) {
-    Encryption e;
     e.targets = {"Amount", "p:Name"};
-    e.recipients = {kRsa};
-    const std::string doc = encrypt(kDoc, e);
+    doc = encrypt(kDoc, e);
     const std::string root = "<Root xmlns:p=\"urn:example:p\">";
     EXPECT_EQ(doc.find("<xenc:EncryptedKey"), doc.find(root) + root.size()) << doc;
     const std::string key = element(doc, "<xenc:EncryptedKey", "</xenc:EncryptedKey>");
@@ -54,13 +52,9 @@ TEST(Placement, SeveralElementsShareOneKeyFirstInTheDocument) {
     EXPECT_NE(key.find("URI=\"#EncDataId-1\""), std::string::npos);
     EXPECT_NE(key.find("URI=\"#EncDataId-2\""), std::string::npos);
     EXPECT_EQ(element(doc, "<xenc:EncryptedData", "</xenc:EncryptedData>").find("KeyInfo"), std::string::npos);
-}
 
-TEST(Placement, DataIdentifiersAvoidIdsTheDocumentUses) {
-    Encryption e;
     e.targets = {"Amount"};
-    e.recipients = {kKeyWrap};
-    const std::string doc = encrypt("<Root><Other Id=\"EncDataId-1\"/><Amount>1</Amount></Root>", e);
+    doc = encrypt("<Root><Other Id=\"EncDataId-1\"/><Amount>1</Amount></Root>", e);
     EXPECT_NE(element(doc, "<xenc:EncryptedData", ">").find(" Id=\"EncDataId-2\""), std::string::npos) << doc;
 }
 
@@ -94,22 +88,20 @@ TEST(KeyInformation, RsaKeyNamesItsRecipientKeyWrapDoesNot) {
     EXPECT_EQ(encrypt(kDoc, e).find("X509Data"), std::string::npos);
 }
 
-TEST(KeyInformation, KeyNameBeforeTheElementsGoesIntoEachEncryptedData) {
+// A key name set before the elements goes into each EncryptedData; one set after
+// them into the next key only.
+TEST(KeyInformation, KeyNamesGoWhereTheyWereSet) {
     Encryption e;
     e.targets = {"Amount", "Memo"};
     e.keyNameBefore = "공유키";
     e.recipients = {kRsa};
-    const std::string doc = encrypt(kDoc, e);
+    std::string doc = encrypt(kDoc, e);
     EXPECT_EQ(count(doc, "<ds:KeyName>공유키</ds:KeyName>"), 2u) << doc;
     EXPECT_EQ(element(doc, "<xenc:EncryptedKey", "</xenc:EncryptedKey>").find("KeyName"), std::string::npos);
-}
-
-TEST(KeyInformation, KeyNameAfterTheElementsGoesIntoTheNextKeyOnly) {
-    Encryption e;
-    e.targets = {"Amount", "Memo"};
+    e.keyNameBefore.clear();
     e.keyNameAfter = "recipient-key";
     e.recipients = {kRsa, kKeyWrap};
-    const std::string doc = encrypt(kDoc, e);
+    doc = encrypt(kDoc, e);
     EXPECT_EQ(count(doc, "<ds:KeyName>recipient-key</ds:KeyName>"), 1u) << doc;
     // The keys are inserted first in turn: the first wrap is the second key.
     const size_t second = doc.find("<xenc:EncryptedKey", doc.find("</xenc:EncryptedKey>"));
@@ -152,6 +144,8 @@ struct Refusal {
 
 TEST(Refusals, EachCallNamesWhatIsWrong) {
     ScopedHandle h;
+    EXPECT_EQ(VQTK_XMLENC_Encrypt(h), 10106);
+    EXPECT_EQ(errorText(h).rfind("Load a document", 0), 0u) << errorText(h);
     EXPECT_EQ(VQTK_XMLENC_SetXMLDocument(h, nullptr, 0), 10106);
     EXPECT_EQ(VQTK_XMLENC_EncryptElement(h, chars("Amount"), 2), 10106) << "no document";
     ASSERT_EQ(VQTK_XMLENC_SetXMLDocument(h, chars(kDoc), size(kDoc)), 0);
@@ -178,12 +172,6 @@ TEST(Refusals, CipherOfAReplacedDocumentServesNoMore) {
     ASSERT_EQ(VQTK_XMLDSIG_SetXMLDocument(h, chars(kDoc), size(kDoc)), 0);
     EXPECT_EQ(VQTK_XMLENC_EncryptElement(h, chars("Amount"), 2), 10106);
     EXPECT_EQ(VQTK_XMLENC_Decrypt(h), 10311);
-}
-
-TEST(Refusals, EncryptReportsWithoutMethodName) {
-    ScopedHandle h;
-    EXPECT_EQ(VQTK_XMLENC_Encrypt(h), 10106);
-    EXPECT_EQ(errorText(h).rfind("Load a document", 0), 0u) << errorText(h);
 }
 
 }  // namespace

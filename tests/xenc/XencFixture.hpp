@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <openssl/evp.h>
+
 #include <string>
 #include <vector>
 
@@ -152,6 +154,22 @@ inline std::string comparable(const std::string& text) {
     while (!body.empty() && (body.back() == '\n' || body.back() == ' '))
         body.pop_back();
     return body;
+}
+
+// A CipherValue: IV || CBC(plain), base64, without padding (plain fills whole blocks).
+inline std::string cbcCipherValue(const EVP_CIPHER* cipher, const std::string& key, const std::string& plain) {
+    std::vector<unsigned char> framed(size_t(EVP_CIPHER_get_iv_length(cipher)), 7);
+    std::vector<unsigned char> out(plain.size() + 32);
+    EVP_CIPHER_CTX* ctx = EVP_CIPHER_CTX_new();
+    int n = 0;
+    EXPECT_EQ(EVP_EncryptInit_ex(ctx, cipher, nullptr, bytes(key), framed.data()), 1);
+    EVP_CIPHER_CTX_set_padding(ctx, 0);
+    EXPECT_EQ(EVP_EncryptUpdate(ctx, out.data(), &n, bytes(plain), size(plain)), 1);
+    EVP_CIPHER_CTX_free(ctx);
+    framed.insert(framed.end(), out.begin(), out.begin() + n);
+    std::string text(4 * ((framed.size() + 2) / 3) + 1, '\0');
+    text.resize(size_t(EVP_EncodeBlock(reinterpret_cast<unsigned char*>(&text[0]), framed.data(), int(framed.size()))));
+    return text;
 }
 
 }  // namespace xenctest
