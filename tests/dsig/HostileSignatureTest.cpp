@@ -288,11 +288,4 @@ TEST(HostileSignatures, ACertificateSwappedIntoAKnownSignatureIsNotTakenForTheSi
     }
 }
 
-TEST(HostileSignatures, NoDocumentToVerify) {
-    ScopedHandle h;
-    EXPECT_EQ(VQTK_XMLDSIG_SetSignXMLDocument(h, nullptr, 0), 10212);
-    EXPECT_EQ(VQTK_XMLDSIG_Verify(h), 10200);
-    expectStillUsable(h);
-}
-
 }  // namespace
