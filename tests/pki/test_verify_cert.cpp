@@ -77,13 +77,6 @@ TEST(VerifyCert, OnlyTheLastFailureIsKeptAndSuccessKeepsIt) {
     EXPECT_EQ(errorText(h), second);
 }
 
-TEST(VerifyCertChain, AnExpiredRootIsRefusedForItsValidity) {
-    ScopedHandle h;
-    EXPECT_EQ(verifyChain(h, pem(root("kisa_rootca1.b64"))), VQXML_ERR_CERT_VALIDITY);
-    EXPECT_EQ(errorText(h), "verifyCertChain > validity check failed: Certificate refused at depth 0 (CN=KISA "
-                            "RootCA 1,OU=Korea Certification Authority Central,O=KISA,C=KR): expired");
-}
-
 TEST(VerifyCertChain, ThePathGoesThroughTheGivenIntermediatesInDerOrPem) {
     ScopedHandle h;
     const ByteVector leaf = fixture("leaf.der"), intermediate = fixture("intermediate.der");
