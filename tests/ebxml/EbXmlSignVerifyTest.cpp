@@ -74,10 +74,11 @@ TEST(EbXmlSigning, ContentIdsBecomeCidUris) {
     std::vector<Part> parts = standardParts();
     parts[1].contentId = "  <spaced@example.kr>  ";
     parts[2].contentId = "bare%\"@example.kr";
+    parts.push_back({"application/octet-stream", "<" + std::string(255, 'y') + ">", "longest", ""});  // 255 is fine
     std::string package;
     ASSERT_EQ(sign(makePackage(parts), &package), 0) << package;
     const std::vector<std::string> refs = referencesOf(leavesOf(package)[0].content);
-    ASSERT_EQ(refs.size(), 3u);
+    ASSERT_EQ(refs.size(), 4u);
     EXPECT_TRUE(contains(refs[1], "URI=\"cid:spaced@example.kr\"")) << refs[1];
     // RFC 2392: what a URI cannot carry is percent-encoded, and decoded to find the part.
     EXPECT_TRUE(contains(refs[2], "URI=\"cid:bare%25%22@example.kr\"")) << refs[2];
