@@ -73,20 +73,6 @@ TEST_F(PrivateKeyDecrypt, OpensKeysWrittenByOpensslPkcs8) {
     X509_free(leaf);
 }
 
-TEST_F(PrivateKeyDecrypt, OpensAKcdsaKey) {
-    ASSERT_EQ(decrypt(fixture("kcdsa_key_seedsha1.der")), VQTK_OK) << tk.error();
-    const ByteVector der = plain.bytes();
-    const unsigned char* p = der.data();
-    PKCS8_PRIV_KEY_INFO* info = d2i_PKCS8_PRIV_KEY_INFO(nullptr, &p, static_cast<long>(der.size()));
-    ASSERT_NE(info, nullptr);
-    const ASN1_OBJECT* algorithm = nullptr;
-    ASSERT_EQ(PKCS8_pkey_get0(&algorithm, nullptr, nullptr, nullptr, info), 1);
-    char oid[64];
-    OBJ_obj2txt(oid, sizeof oid, algorithm, 1);
-    EXPECT_STREQ(oid, "1.2.410.200004.1.1");
-    PKCS8_PRIV_KEY_INFO_free(info);
-}
-
 TEST_F(PrivateKeyDecrypt, AWrongPasswordIsACleanRefusalForEveryForm) {
     for (const char* name : {"user_key_seedsha1.der", "user_key_pbes2_seed.der", "openssl_seed.der",
                              "openssl_aes256.der", "kcdsa_key_seedsha1.der"}) {
