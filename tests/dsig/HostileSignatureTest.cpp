@@ -22,14 +22,6 @@ std::string signWithReference(const std::string& doc, const char* uri, const cha
     return signedText(doc, s);
 }
 
-std::string replaced(std::string text, const std::string& from, const std::string& to) {
-    size_t at = text.find(from);
-    EXPECT_NE(at, std::string::npos) << from;
-    if (at != std::string::npos)
-        text.replace(at, from.size(), to);
-    return text;
-}
-
 const std::string& signedInvoice() {
     static const std::string text = signWithReference(invoice(), "", kEnvelopedXPath);
     return text;

@@ -43,14 +43,6 @@ std::string signWith(const char* doc, const std::vector<std::pair<const char*, c
     return resultDocument(h);
 }
 
-std::string replaced(std::string text, const std::string& from, const std::string& to) {
-    const size_t at = text.find(from);
-    EXPECT_NE(at, std::string::npos) << from;
-    if (at != std::string::npos)
-        text.replace(at, from.size(), to);
-    return text;
-}
-
 std::string inserted(const std::string& text, const std::string& before, const std::string& what) {
     return replaced(text, before, what + before);
 }

@@ -45,6 +45,13 @@ inline std::string tampered(std::string text) {
     return text;
 }
 
+// text with the first from replaced by to (a failed check when from is not there).
+inline std::string replaced(std::string text, const std::string& from, const std::string& to) {
+    const size_t at = text.find(from);
+    EXPECT_NE(at, std::string::npos) << from;
+    return at == std::string::npos ? text : text.replace(at, from.size(), to);
+}
+
 inline const std::string& hmacKey() {
     static const std::string bytes = testfiles::read(testfiles::dataPath("dsig/hmac.bin"));
     return bytes;

@@ -139,12 +139,6 @@ std::string xmlsec1Signed(int items) {
     return testfiles::read(out);
 }
 
-std::string replaced(std::string text, const std::string& from, const std::string& to) {
-    const size_t at = text.find(from);
-    EXPECT_NE(at, std::string::npos) << from;
-    return at == std::string::npos ? text : text.replace(at, from.size(), to);
-}
-
 class TaxInvoicePeers : public testing::TestWithParam<int> {
 protected:
     void SetUp() override {
