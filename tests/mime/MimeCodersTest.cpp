@@ -80,9 +80,8 @@ TEST(SevenBit, BreaksLongLinesBeforeTheirLastSpace) {
 // values of the pieces their rules turn on, with and without automatic folding.
 TEST(CoderBounds, TheBoundHoldsTheWholeOutput) {
     std::mt19937 rng(5);
-    const std::string korean = "\xED\x95\x9C\xEA\xB8\x80";
     const std::vector<std::string> pieces = {"a", "word", " ", "\t", ",", ";", ":", "<", ">", "\"",
-                                             "(", ")", "\r\n\t", "=?", korean, "\xFF", std::string(90, 'z')};
+                                             "(", ")", "\r\n\t", "=?", mimetest::kKorean, "\xFF", std::string(90, 'z')};
     const std::vector<std::string> charsets = {"utf-8", "x", std::string(25, 'c'), std::string(40, 'c')};
     for (int i = 0; i < 400; ++i) {
         CMimeEnvironment::SetAutoFolding(i % 2 == 0);

@@ -10,10 +10,9 @@
 using mimetest::LoadExact;
 using mimetest::Stored;
 using mimetest::Text;
+using mimetest::kKorean;
 
 namespace {
-
-const std::string kKorean = "\xED\x95\x9C\xEA\xB8\x80";
 
 std::string RandomBinary(size_t n, unsigned seed) {
     std::mt19937 rng(seed);
