@@ -42,10 +42,6 @@ private:
     std::string m_old;
 };
 
-std::string TempPath(const char* name) {
-    return std::string(::testing::TempDir()) + "/" + name + std::to_string(::getpid());
-}
-
 }  // namespace
 
 // A header whose last field has no line break is not loaded; one that reaches
@@ -237,7 +233,7 @@ TEST(MimeMessage, DateFollowsTheLocalZone) {
 }
 
 TEST(MimeBodyFile, ReadsWithNameAndWritesPrivately) {
-    const std::string path = TempPath("mime-report") + ".pdf";
+    const std::string path = testfiles::scratch("mime-report.pdf");
     CMimeBody source;
     source.SetText("%PDF-1.4 binary\0data", 20);
     ASSERT_EQ(source.WriteToFile(path.c_str()), 1);
@@ -255,7 +251,7 @@ TEST(MimeBodyFile, ReadsWithNameAndWritesPrivately) {
 
     EXPECT_EQ(read.ReadFromFile((path + ".missing").c_str()), 0);
     CMimeBody empty;
-    const std::string none = TempPath("mime-empty");
+    const std::string none = testfiles::scratch("mime-empty");
     EXPECT_EQ(empty.WriteToFile(none.c_str()), 1);
     EXPECT_NE(::access(none.c_str(), F_OK), 0) << "an empty body creates no file";
 }
