@@ -30,7 +30,8 @@ std::string element(const std::string& text, const std::string& startTag, const 
 }
 
 // One element carries its key inside its KeyInfo; several share one key, first
-// in the document; data identifiers avoid Ids the document uses.
+// in the document; data identifiers avoid Ids the document uses; the whole
+// document element or its content can be encrypted.
 TEST(Placement, KeysStandWithOneElementOrFirstForSeveral) {
     Encryption e;
     e.targets = {"Amount"};
@@ -56,13 +57,11 @@ TEST(Placement, KeysStandWithOneElementOrFirstForSeveral) {
     e.targets = {"Amount"};
     doc = encrypt("<Root><Other Id=\"EncDataId-1\"/><Amount>1</Amount></Root>", e);
     EXPECT_NE(element(doc, "<xenc:EncryptedData", ">").find(" Id=\"EncDataId-2\""), std::string::npos) << doc;
-}
 
-TEST(Placement, WholeDocumentElementOrItsContent) {
-    Encryption e;
+    // The whole document element, or its content.
     e.targets = {" "};
     e.recipients = {kKeyWrap};
-    std::string doc = encrypt(kDoc, e);
+    doc = encrypt(kDoc, e);
     EXPECT_EQ(doc.find("<Root"), std::string::npos);
     EXPECT_NE(doc.find("?><xenc:EncryptedData"), std::string::npos) << doc;
     e.mode = 1;
@@ -71,7 +70,7 @@ TEST(Placement, WholeDocumentElementOrItsContent) {
     EXPECT_NE(doc.find("#Content"), std::string::npos);
 }
 
-TEST(KeyInformation, RsaKeyNamesItsRecipientKeyWrapDoesNot) {
+TEST(KeyInformation, RsaKeyNamesItsRecipientKeyWrapDoesNotAndThePrefixIsKept) {
     Encryption e;
     e.targets = {"Amount"};
     e.recipients = {kRsa};
@@ -84,8 +83,14 @@ TEST(KeyInformation, RsaKeyNamesItsRecipientKeyWrapDoesNot) {
     EXPECT_NE(doc.find("<ds:X509IssuerName>cn=VQXML Test Root CA,ou=Test CA,o=VQXML Test,c=KR<"), std::string::npos);
     EXPECT_NE(doc.find("<ds:X509SerialNumber>4097<"), std::string::npos);
     EXPECT_NE(doc.find("<ds:X509Certificate>"), std::string::npos);
+    // A key-wrap recipient gets none; a prefix names every encryption element.
     e.recipients = {kKeyWrap};
-    EXPECT_EQ(encrypt(kDoc, e).find("X509Data"), std::string::npos);
+    e.prefix = "enc";
+    const std::string wrapped = encrypt(kDoc, e);
+    EXPECT_EQ(wrapped.find("X509Data"), std::string::npos);
+    EXPECT_NE(wrapped.find("<enc:EncryptedData xmlns:enc=\"http://www.w3.org/2001/04/xmlenc#\""), std::string::npos);
+    EXPECT_NE(wrapped.find("<enc:DataReference"), std::string::npos);
+    EXPECT_EQ(wrapped.find("xenc:"), std::string::npos);
 }
 
 // A key name set before the elements goes into each EncryptedData; one set after
@@ -106,17 +111,6 @@ TEST(KeyInformation, KeyNamesGoWhereTheyWereSet) {
     // The keys are inserted first in turn: the first wrap is the second key.
     const size_t second = doc.find("<xenc:EncryptedKey", doc.find("</xenc:EncryptedKey>"));
     EXPECT_NE(doc.find("<ds:KeyName>recipient-key", second), std::string::npos);
-}
-
-TEST(KeyInformation, PrefixNamesTheEncryptionElements) {
-    Encryption e;
-    e.prefix = "enc";
-    e.targets = {"Amount"};
-    e.recipients = {kKeyWrap};
-    const std::string doc = encrypt(kDoc, e);
-    EXPECT_NE(doc.find("<enc:EncryptedData xmlns:enc=\"http://www.w3.org/2001/04/xmlenc#\""), std::string::npos);
-    EXPECT_NE(doc.find("<enc:DataReference"), std::string::npos);
-    EXPECT_EQ(doc.find("xenc:"), std::string::npos);
 }
 
 // The caller's buffer gives the algorithm's length whatever keyLen says.
