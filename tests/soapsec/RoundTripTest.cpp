@@ -180,7 +180,8 @@ TEST(SoapRoundTrip, HmacSignature) {
     EXPECT_EQ(hmacVerified(tampered(message), "shared secret of the two ends"), 11213);
 }
 
-TEST(SoapBadInput, CallsBeforeALoadAreRefused) {
+// Calls before a load, and a message neither signed nor encrypted.
+TEST(SoapBadInput, NothingToProcessIsRefused) {
     ScopedHandle h;
     int flag = 0;
     EXPECT_EQ(VQTK_SOAPSEC_SignatureMethod(h, 2, 0), 10400);
@@ -188,11 +189,7 @@ TEST(SoapBadInput, CallsBeforeALoadAreRefused) {
     EXPECT_EQ(VQTK_SOAPSEC_GetSignKeyInfo(h, &flag), 10400);
     EXPECT_EQ(VQTK_SOAPSEC_ProcessSOAP(h), 10400);
     EXPECT_EQ(VQTK_SOAPSEC_Encrypt(h), 10400);
-}
-
-TEST(SoapBadInput, MessageNeitherSignedNorEncrypted) {
-    ScopedHandle h;
-    std::string xml = kEnvelope;
+    std::string xml = kEnvelope;  // neither signed nor encrypted
     ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &xml[0], size(xml)), 0);
     EXPECT_EQ(VQTK_SOAPSEC_ProcessSOAP(h), 10509);
 }
