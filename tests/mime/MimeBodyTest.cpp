@@ -16,34 +16,6 @@ using mimetest::LoadExact;
 using mimetest::Stored;
 using mimetest::Text;
 
-namespace {
-
-// Sets TZ for one test and restores it afterwards.
-class TimeZoneScope {
-public:
-    explicit TimeZoneScope(const char* tz) {
-        const char* old = std::getenv("TZ");
-        m_hadOld = old != nullptr;
-        if (old)
-            m_old = old;
-        setenv("TZ", tz, 1);
-        tzset();
-    }
-    ~TimeZoneScope() {
-        if (m_hadOld)
-            setenv("TZ", m_old.c_str(), 1);
-        else
-            unsetenv("TZ");
-        tzset();
-    }
-
-private:
-    bool m_hadOld = false;
-    std::string m_old;
-};
-
-}  // namespace
-
 // A header whose last field has no line break is not loaded; one that reaches
 // the end leaves an empty body.
 TEST(MimeHeader, LoadNeedsCompleteFields) {
@@ -210,26 +182,27 @@ TEST(MimeBody, TextIsCopiedAndCut) {
 }
 
 TEST(MimeMessage, DateFollowsTheLocalZone) {
+    const char* const before = std::getenv("TZ");
+    const std::string saved = before != nullptr ? before : "";
+    const auto zone = [](const char* tz) {
+        tz != nullptr ? setenv("TZ", tz, 1) : unsetenv("TZ");
+        tzset();
+    };
     CMimeMessage msg;
-    {
-        TimeZoneScope tz("KST-9");
-        msg.SetDate(2009, 2, 29, 0, 0, 0);
-        EXPECT_STREQ(msg.GetDate(), "Sun, 1 Mar 2009 00:00:00 +0900");
-    }
-    {
-        TimeZoneScope tz("EST5");
-        msg.SetDate(2024, 12, 31, 23, 59, 7);
-        EXPECT_STREQ(msg.GetDate(), "Tue, 31 Dec 2024 23:59:07 -0500");
-    }
-    {
-        TimeZoneScope tz("UTC0");
-        msg.SetDate(1960, 1, 1, 0, 0, 0);
-        EXPECT_STREQ(msg.GetDate(), "Tue, 31 Dec 2024 23:59:07 -0500") << "before 1970: unchanged";
-        msg.SetDate();
-        EXPECT_TRUE(std::regex_match(std::string(msg.GetDate()),
-                                     std::regex("[A-Z][a-z]{2}, [0-9]{1,2} [A-Z][a-z]{2} [0-9]{4} "
-                                                "[0-9]{2}:[0-9]{2}:[0-9]{2} \\+0000")));
-    }
+    zone("KST-9");
+    msg.SetDate(2009, 2, 29, 0, 0, 0);
+    EXPECT_STREQ(msg.GetDate(), "Sun, 1 Mar 2009 00:00:00 +0900");
+    zone("EST5");
+    msg.SetDate(2024, 12, 31, 23, 59, 7);
+    EXPECT_STREQ(msg.GetDate(), "Tue, 31 Dec 2024 23:59:07 -0500");
+    zone("UTC0");
+    msg.SetDate(1960, 1, 1, 0, 0, 0);
+    EXPECT_STREQ(msg.GetDate(), "Tue, 31 Dec 2024 23:59:07 -0500") << "before 1970: unchanged";
+    msg.SetDate();
+    EXPECT_TRUE(std::regex_match(std::string(msg.GetDate()),
+                                 std::regex("[A-Z][a-z]{2}, [0-9]{1,2} [A-Z][a-z]{2} [0-9]{4} "
+                                            "[0-9]{2}:[0-9]{2}:[0-9]{2} \\+0000")));
+    zone(before != nullptr ? saved.c_str() : nullptr);  // no assertion above ends the test early
 }
 
 TEST(MimeBodyFile, ReadsWithNameAndWritesPrivately) {
