@@ -1,7 +1,6 @@
 // Messages the library secures, processed back by the library; bad input.
 #include <memory>
 
-#include <openssl/bn.h>
 #include <openssl/x509.h>
 
 #include "soapsec/SoapSender.hpp"
@@ -14,10 +13,7 @@ namespace {
 std::string serialOf(const std::string& certDer) {
     const auto* p = reinterpret_cast<const unsigned char*>(certDer.data());
     std::unique_ptr<X509, void (*)(X509*)> cert(d2i_X509(nullptr, &p, long(certDer.size())), X509_free);
-    std::unique_ptr<BIGNUM, void (*)(BIGNUM*)> number(ASN1_INTEGER_to_BN(X509_get0_serialNumber(cert.get()), nullptr),
-                                                      BN_free);
-    std::unique_ptr<char, void (*)(void*)> decimal(BN_bn2dec(number.get()), [](void* d) { OPENSSL_free(d); });
-    return decimal.get();
+    return std::to_string(ASN1_INTEGER_get(X509_get0_serialNumber(cert.get())));
 }
 
 // Walks the encrypted keys as a receiver does, until one names cert's serial number.
