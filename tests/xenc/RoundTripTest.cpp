@@ -37,12 +37,7 @@ struct Case {
 };
 
 std::string name(const Case& c) {
-    static const char* const kSymmetric[] = {"",          "TripleDes", "Seed",      "Neat",      "Aria",     "Aes128Cbc",
-                                             "Aes192Cbc", "Aes256Cbc", "Aes128Gcm", "Aes192Gcm", "Aes256Gcm"};
-    static const char* const kTransport[] = {"", "KeyWrap", "Rsa15", "RsaOaep", "RsaOaep11", "KwAes128", "KwAes192",
-                                             "KwAes256"};
-    return std::string(kSymmetric[c.symmetric]) + "_" + kTransport[c.recipient.transport] +
-           (c.twoElements ? "_TwoElements" : "_OneElement") + (c.mode == 1 ? "_Content" : "_Element");
+    return caseName(c.symmetric, c.recipient.transport, c.twoElements, c.mode);
 }
 
 void PrintTo(const Case& c, std::ostream* os) {

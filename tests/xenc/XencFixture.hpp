@@ -156,6 +156,24 @@ inline std::string comparable(const std::string& text) {
     return body;
 }
 
+// xmlsec's names of the symmetric selectors 1-10 (SEED, NEAT and ARIA named
+// alike) and of the transports 1-7.
+inline const char* const kCipherNames[] = {"",           "tripledes-cbc", "seed-cbc",   "neat-cbc",
+                                           "aria-cbc",   "aes128-cbc",    "aes192-cbc", "aes256-cbc",
+                                           "aes128-gcm", "aes192-gcm",    "aes256-gcm"};
+inline const char* const kTransportNames[] = {"",          "kw-tripledes", "rsa-1_5",  "rsa-oaep-mgf1p",
+                                              "rsa-oaep",  "kw-aes128",    "kw-aes192", "kw-aes256"};
+
+// A parameterised test's name for a cipher, transport, number of elements and mode.
+inline std::string caseName(int symmetric, int transport, bool twoElements, int mode) {
+    std::string n = std::string(kCipherNames[symmetric]) + "_" + kTransportNames[transport] +
+                    (twoElements ? "_two" : "_one") + (mode == 1 ? "_content" : "_element");
+    for (char& c : n)
+        if (c == '-')
+            c = '_';
+    return n;
+}
+
 // A CipherValue: IV || CBC(plain), base64, without padding (plain fills whole blocks).
 inline std::string cbcCipherValue(const EVP_CIPHER* cipher, const std::string& key, const std::string& plain) {
     std::vector<unsigned char> framed(size_t(EVP_CIPHER_get_iv_length(cipher)), 7);
