@@ -101,4 +101,21 @@ TEST(InteropSamples, VerifyAsTheManifestSays) {
     EXPECT_GE(checked, 12);
 }
 
+// WSS4J names an InclusiveNamespaces PrefixList in the SignedInfo's exclusive
+// canonicalization; the plain signature functions must honour it too. These
+// signatures cover the Body only, so after the SignedInfo verifies, they are
+// refused for not covering the document (WS-Security processing takes them).
+TEST(InteropSamples, SignedInfoPrefixListIsHonoured) {
+    for (const char* name : {"soap11-sign-rsa-sha1.xml", "soap11-sign-rsa-sha256.xml", "soap12-sign-rsa-sha1.xml"}) {
+        const std::string text = interop::file(std::string("wss/") + name);
+        ASSERT_NE(text.find("PrefixList"), std::string::npos) << name;
+        std::string why;
+        EXPECT_EQ(verify(text, &why), 11213) << name;
+        EXPECT_NE(why.find("No Reference covers the document element"), std::string::npos) << name << ": " << why;
+    }
+    std::string why;
+    EXPECT_EQ(verify(interop::file("wss/soap11-sign-rsa-sha1-tampered.xml"), &why), 11213);
+    EXPECT_NE(why.find("failed to verify"), std::string::npos) << why;
+}
+
 }  // namespace
