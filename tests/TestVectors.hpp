@@ -55,6 +55,16 @@ inline Bytes fromBase64(const std::string& text) {
     return out;
 }
 
+// Bytes (of a std::string or a byte vector) to base64 on one line, by OpenSSL alone.
+template <typename Container>
+std::string toBase64(const Container& bytes) {
+    std::string out(4 * ((bytes.size() + 2) / 3) + 1, '\0');
+    out.resize(static_cast<std::size_t>(EVP_EncodeBlock(reinterpret_cast<unsigned char*>(&out[0]),
+                                                        reinterpret_cast<const unsigned char*>(bytes.data()),
+                                                        static_cast<int>(bytes.size()))));
+    return out;
+}
+
 struct Record {
     std::string label;  // the comment line above the record
     std::map<std::string, std::string> fields;

@@ -43,7 +43,8 @@ TEST(ErrorInfo, EmptyUntilAFailureWhoseTextIsCopiedByTheLengthRuleAndSurvivesSuc
     EXPECT_STREQ(out, text.c_str());
 }
 
-TEST(ErrorInfo, LongEngineTextsAreCutAt1023Bytes) {
+// Engine texts arrive in EUC-KR, cut at 1023 bytes.
+TEST(ErrorInfo, EngineTextsAreCutAt1023BytesAndArriveAsEucKr) {
     ScopedHandle h;
     auto* ctx = static_cast<VQXML_XMLSecurity*>(h.h);
     std::u16string longText(5000, u'a');
@@ -52,11 +53,6 @@ TEST(ErrorInfo, LongEngineTextsAreCutAt1023Bytes) {
     EXPECT_EQ(VQTK_XMLAPI_GetErrInfo(h, 2048, &out[0]), VQXML_OK);
     EXPECT_EQ(std::strlen(out.c_str()), 1023u);
     EXPECT_EQ(out.compare(0, 17, "XMLDSIG_verify > "), 0);
-}
-
-TEST(ErrorInfo, KoreanEngineTextsArriveAsEucKr) {
-    ScopedHandle h;
-    auto* ctx = static_cast<VQXML_XMLSecurity*>(h.h);
     ctx->ProcessExceptionMessage(1, "p > ", u"\uC11C\uBA85");  // "서명"
     EXPECT_STREQ(ctx->getLastErrorMsg(), "p > \xBC\xAD\xB8\xED");
 }

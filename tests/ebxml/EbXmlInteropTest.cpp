@@ -88,7 +88,7 @@ TEST_F(XmlsecPeer, AcceptsWhatWeSign) {
             EXPECT_EQ(xmlsecVerify(signedPackage), 0)
                 << "canonicalization " << signedInfoC14n << "/" << c14n << "\n" << signedPackage;
         }
-    // The XML Signature 1.1 signatures, each verified here too and refused once changed.
+    // The XML Signature 1.1 signatures, each verified here too and refused by both once changed.
     for (const Signer& signer : {Signer{8, ""}, Signer{13, "ec384"}, Signer{15, "dsa2048"}}) {
         std::string signedPackage;
         ASSERT_EQ(sign(makePackage(standardParts()), &signedPackage, 5, 5, kEnvelopeXPath, 6, signer), 0)
@@ -98,6 +98,7 @@ TEST_F(XmlsecPeer, AcceptsWhatWeSign) {
         const size_t at = signedPackage.find("공책");
         ASSERT_NE(at, std::string::npos);
         EXPECT_EQ(verify(signedPackage.replace(at, std::string("공책").size(), "연필")), 11213) << signer.selector;
+        EXPECT_NE(xmlsecVerify(signedPackage), 0) << "xmlsec1 too refuses the changed attachment";
     }
 }
 
@@ -118,15 +119,6 @@ TEST_F(XmlsecPeer, ItsXPathMayUsePrefixesBoundOnTheSignature) {
     EXPECT_EQ(verify(makePackage(parts), &why), 0) << why;
     parts[1].content.replace(parts[1].content.find("3"), 1, "4");
     EXPECT_EQ(verify(makePackage(parts), &why), 11213) << why;
-}
-
-TEST_F(XmlsecPeer, RejectsAChangedAttachment) {
-    std::string signedPackage;
-    ASSERT_EQ(sign(makePackage(standardParts()), &signedPackage), 0) << signedPackage;
-    const size_t at = signedPackage.find("공책");
-    ASSERT_NE(at, std::string::npos);
-    signedPackage.replace(at, std::string("공책").size(), "연필");
-    EXPECT_NE(xmlsecVerify(signedPackage), 0);
 }
 
 }  // namespace

@@ -16,38 +16,6 @@ using mimetest::LoadExact;
 using mimetest::Stored;
 using mimetest::Text;
 
-namespace {
-
-// Sets TZ for one test and restores it afterwards.
-class TimeZoneScope {
-public:
-    explicit TimeZoneScope(const char* tz) {
-        const char* old = std::getenv("TZ");
-        m_hadOld = old != nullptr;
-        if (old)
-            m_old = old;
-        setenv("TZ", tz, 1);
-        tzset();
-    }
-    ~TimeZoneScope() {
-        if (m_hadOld)
-            setenv("TZ", m_old.c_str(), 1);
-        else
-            unsetenv("TZ");
-        tzset();
-    }
-
-private:
-    bool m_hadOld = false;
-    std::string m_old;
-};
-
-std::string TempPath(const char* name) {
-    return std::string(::testing::TempDir()) + "/" + name + std::to_string(::getpid());
-}
-
-}  // namespace
-
 // A header whose last field has no line break is not loaded; one that reaches
 // the end leaves an empty body.
 TEST(MimeHeader, LoadNeedsCompleteFields) {
@@ -89,7 +57,8 @@ TEST(MimeHeader, MediaTypesAndTheirParts) {
     EXPECT_EQ(header.GetMediaType(), CMimeHeader::MEDIA_UNKNOWN) << "the table spells it vedio";
 }
 
-TEST(MimeHeader, NamesGiveTheTypeOfTheirExtension) {
+// A name gives the type of its extension; a charset alone makes text/plain.
+TEST(MimeHeader, NamesAndCharsetsGiveATypeWhereNoneIsSet) {
     CMimeHeader pdf;
     pdf.SetName("report.PDF");
     EXPECT_STREQ(pdf.GetContentType(), "application/pdf; name=\"report.PDF\"");
@@ -104,13 +73,10 @@ TEST(MimeHeader, NamesGiveTheTypeOfTheirExtension) {
     typed.SetName("a.jpg");
     EXPECT_STREQ(typed.GetContentType(), "text/xml; name=\"a.jpg\"");
     EXPECT_EQ(typed.GetName(), "a.jpg");
-}
-
-TEST(MimeHeader, CharsetAddsTextPlainWhenNeeded) {
-    CMimeHeader header;
-    header.SetCharset("euc-kr");
-    EXPECT_STREQ(header.GetContentType(), "text/plain; charset=\"euc-kr\"");
-    EXPECT_EQ(header.GetCharset(), "euc-kr");
+    CMimeHeader charset;
+    charset.SetCharset("euc-kr");
+    EXPECT_STREQ(charset.GetContentType(), "text/plain; charset=\"euc-kr\"");
+    EXPECT_EQ(charset.GetCharset(), "euc-kr");
 }
 
 TEST(MimeHeader, GeneratedBoundariesCountOneToNine) {
@@ -135,46 +101,47 @@ TEST(MimeHeader, GeneratedBoundariesCountOneToNine) {
     EXPECT_STREQ(header.GetContentType(), "multipart/related; type=\"text/xml\"; boundary=\"fixed\"");
 }
 
-TEST(MimeBody, HeaderlessPackageIsMultipartRelated) {
-    const std::string data = "--b1\r\nContent-ID: <a>\r\n\r\n<x/>\r\n--b1--\r\n";
-    CMimeBody body;
-    EXPECT_EQ(LoadExact(body, data), static_cast<int>(data.size()));
-    EXPECT_STREQ(body.GetContentType(), "multipart/related; type=\"text/xml\"; boundary=\"b1\"");
-    ASSERT_EQ(body.GetPartCount(), 1);
-    const CMimeBody* part = body.GetPartList().front();
-    EXPECT_STREQ(part->GetContentId(), "<a>");
-    EXPECT_EQ(Text(*part), "<x/>\r\n") << "without a header the delimiter has no leading line break";
-    EXPECT_EQ(LoadExact(body, "--no line break"), 0);
-}
-
-TEST(MimeBody, PreambleIsKeptAndEpilogueDropped) {
-    const std::string data =
-        "Content-Type: multipart/mixed; boundary=\"zz\"\r\n\r\n"
-        "This is the preamble.\r\n--zz\r\n\r\npart one\r\n--zz--\r\nepilogue\r\n";
-    CMimeBody body;
-    EXPECT_EQ(LoadExact(body, data), static_cast<int>(data.find("epilogue")));
-    EXPECT_EQ(Text(body), "This is the preamble.\r\n");
-    ASSERT_EQ(body.GetPartCount(), 1);
-    EXPECT_EQ(Text(*body.GetPartList().front()), "part one");
-}
-
-TEST(MimeBody, UnclosedPartRunsToTheEnd) {
-    const std::string data =
+// A headerless package is multipart/related (its first delimiter has no line
+// break before it); the preamble is the body's own text and the epilogue is not
+// taken; an unclosed part, or a delimiter at the very end, runs to the end;
+// line-feed data is detected and stored back as it came.
+TEST(MimeBody, LoadingRules) {
+    const std::string headerless = "--b1\r\nContent-ID: <a>\r\n\r\n<x/>\r\n--b1--\r\n";
+    const std::string preamble = "Content-Type: multipart/mixed; boundary=\"zz\"\r\n\r\n"
+                                 "This is the preamble.\r\n--zz\r\n\r\npart one\r\n--zz--\r\nepilogue\r\n";
+    const std::string unclosed =
         "Content-Type: multipart/mixed; boundary=zz\r\n\r\n--zz\r\n\r\none\r\n--zz\r\n\r\ntwo, never closed";
+    const std::string cut = "Content-Type: multipart/mixed; boundary=x\r\n\r\n--x";
+    const std::string lf = "Content-Type: multipart/mixed; boundary=zz\n\n--zz\nX-A: 1\n\none\n--zz--\n";
+    const struct {
+        std::string data;
+        size_t taken;
+        std::string preamble;
+        std::vector<std::string> parts;
+    } cases[] = {
+        {headerless, headerless.size(), "", {"<x/>\r\n"}},
+        {preamble, preamble.find("epilogue"), "This is the preamble.\r\n", {"part one"}},
+        {unclosed, unclosed.size(), "", {"one", "two, never closed"}},
+        {cut, cut.size(), "", {}},
+        {lf, lf.size(), "", {"one"}},
+    };
+    for (const auto& c : cases) {
+        CMimeBody body;
+        EXPECT_EQ(LoadExact(body, c.data), static_cast<int>(c.taken)) << c.data;
+        EXPECT_EQ(Text(body), c.preamble) << c.data;
+        std::vector<std::string> parts;
+        for (const CMimeBody* part : body.GetPartList())
+            parts.push_back(Text(*part));
+        EXPECT_EQ(parts, c.parts) << c.data;
+    }
     CMimeBody body;
-    EXPECT_EQ(LoadExact(body, data), static_cast<int>(data.size()));
-    ASSERT_EQ(body.GetPartCount(), 2);
-    EXPECT_EQ(Text(*body.GetPartList().back()), "two, never closed");
-}
-
-TEST(MimeBody, LineFeedOnlyDataIsDetected) {
-    const std::string data = "Content-Type: multipart/mixed; boundary=zz\n\n--zz\nX-A: 1\n\none\n--zz--\n";
-    CMimeBody body;
-    EXPECT_EQ(LoadExact(body, data), static_cast<int>(data.size()));
+    LoadExact(body, headerless);
+    EXPECT_STREQ(body.GetContentType(), "multipart/related; type=\"text/xml\"; boundary=\"b1\"");
+    EXPECT_STREQ(body.GetPartList().front()->GetContentId(), "<a>");
+    EXPECT_EQ(LoadExact(body, "--no line break"), 0);
+    LoadExact(body, lf);
     EXPECT_EQ(body.GetLineBreakMode(), 2);
-    ASSERT_EQ(body.GetPartCount(), 1);
-    EXPECT_EQ(Text(*body.GetPartList().front()), "one");
-    EXPECT_EQ(Stored(body), data);
+    EXPECT_EQ(Stored(body), lf);
 }
 
 TEST(MimeBody, MultipartWithoutBoundaryCannotBeStored) {
@@ -215,30 +182,31 @@ TEST(MimeBody, TextIsCopiedAndCut) {
 }
 
 TEST(MimeMessage, DateFollowsTheLocalZone) {
+    const char* const before = std::getenv("TZ");
+    const std::string saved = before != nullptr ? before : "";
+    const auto zone = [](const char* tz) {
+        tz != nullptr ? setenv("TZ", tz, 1) : unsetenv("TZ");
+        tzset();
+    };
     CMimeMessage msg;
-    {
-        TimeZoneScope tz("KST-9");
-        msg.SetDate(2009, 2, 29, 0, 0, 0);
-        EXPECT_STREQ(msg.GetDate(), "Sun, 1 Mar 2009 00:00:00 +0900");
-    }
-    {
-        TimeZoneScope tz("EST5");
-        msg.SetDate(2024, 12, 31, 23, 59, 7);
-        EXPECT_STREQ(msg.GetDate(), "Tue, 31 Dec 2024 23:59:07 -0500");
-    }
-    {
-        TimeZoneScope tz("UTC0");
-        msg.SetDate(1960, 1, 1, 0, 0, 0);
-        EXPECT_STREQ(msg.GetDate(), "Tue, 31 Dec 2024 23:59:07 -0500") << "before 1970: unchanged";
-        msg.SetDate();
-        EXPECT_TRUE(std::regex_match(std::string(msg.GetDate()),
-                                     std::regex("[A-Z][a-z]{2}, [0-9]{1,2} [A-Z][a-z]{2} [0-9]{4} "
-                                                "[0-9]{2}:[0-9]{2}:[0-9]{2} \\+0000")));
-    }
+    zone("KST-9");
+    msg.SetDate(2009, 2, 29, 0, 0, 0);
+    EXPECT_STREQ(msg.GetDate(), "Sun, 1 Mar 2009 00:00:00 +0900");
+    zone("EST5");
+    msg.SetDate(2024, 12, 31, 23, 59, 7);
+    EXPECT_STREQ(msg.GetDate(), "Tue, 31 Dec 2024 23:59:07 -0500");
+    zone("UTC0");
+    msg.SetDate(1960, 1, 1, 0, 0, 0);
+    EXPECT_STREQ(msg.GetDate(), "Tue, 31 Dec 2024 23:59:07 -0500") << "before 1970: unchanged";
+    msg.SetDate();
+    EXPECT_TRUE(std::regex_match(std::string(msg.GetDate()),
+                                 std::regex("[A-Z][a-z]{2}, [0-9]{1,2} [A-Z][a-z]{2} [0-9]{4} "
+                                            "[0-9]{2}:[0-9]{2}:[0-9]{2} \\+0000")));
+    zone(before != nullptr ? saved.c_str() : nullptr);  // no assertion above ends the test early
 }
 
 TEST(MimeBodyFile, ReadsWithNameAndWritesPrivately) {
-    const std::string path = TempPath("mime-report") + ".pdf";
+    const std::string path = testfiles::scratch("mime-report.pdf");
     CMimeBody source;
     source.SetText("%PDF-1.4 binary\0data", 20);
     ASSERT_EQ(source.WriteToFile(path.c_str()), 1);
@@ -256,7 +224,7 @@ TEST(MimeBodyFile, ReadsWithNameAndWritesPrivately) {
 
     EXPECT_EQ(read.ReadFromFile((path + ".missing").c_str()), 0);
     CMimeBody empty;
-    const std::string none = TempPath("mime-empty");
+    const std::string none = testfiles::scratch("mime-empty");
     EXPECT_EQ(empty.WriteToFile(none.c_str()), 1);
     EXPECT_NE(::access(none.c_str(), F_OK), 0) << "an empty body creates no file";
 }

@@ -76,10 +76,19 @@ TEST(SevenBit, BreaksLongLinesBeforeTheirLastSpace) {
     EXPECT_EQ(Decode<CMimeCode7bit>(folded), folded);
 }
 
+// Body coders both ways on random text and bytes; header-field coders encoding
+// values of the pieces their rules turn on, with and without automatic folding.
 TEST(CoderBounds, TheBoundHoldsTheWholeOutput) {
     std::mt19937 rng(5);
-    for (int i = 0; i < 300; ++i) {
-        std::string in = RandomBytes(rng, rng() % 1000, i % 3 == 0);
+    const std::vector<std::string> pieces = {"a", "word", " ", "\t", ",", ";", ":", "<", ">", "\"",
+                                             "(", ")", "\r\n\t", "=?", mimetest::kKorean, "\xFF", std::string(90, 'z')};
+    const std::vector<std::string> charsets = {"utf-8", "x", std::string(25, 'c'), std::string(40, 'c')};
+    for (int i = 0; i < 400; ++i) {
+        CMimeEnvironment::SetAutoFolding(i % 2 == 0);
+        const std::string in = RandomBytes(rng, rng() % 1000, i % 3 == 0);
+        std::string value;
+        for (int n = rng() % 40; n > 0; --n)
+            value += pieces[rng() % pieces.size()];
         std::vector<std::unique_ptr<CMimeCodeBase>> coders;
         coders.emplace_back(new CMimeCodeBase);
         coders.emplace_back(new CMimeCode7bit);
@@ -89,19 +98,29 @@ TEST(CoderBounds, TheBoundHoldsTheWholeOutput) {
         coders.emplace_back(new CMimeCodeBase64);
         coders.emplace_back(new CMimeCodeBase64);
         coders.back()->SetBreakLines(false);
-        for (auto& coder : coders) {
+        const size_t bodyCoders = coders.size();
+        for (CFieldCodeBase* field : {new CFieldCodeBase, CFieldCodeText::CreateObject(),
+                                      CFieldCodeAddress::CreateObject(), CFieldCodeParameter::CreateObject()}) {
+            field->SetCharset(i % 3 == 0 ? "" : charsets[i % charsets.size()].c_str());
+            coders.emplace_back(field);
+        }
+        for (size_t c = 0; c < coders.size(); ++c) {
+            const std::string& data = c < bodyCoders ? in : value;
             for (bool encode : {true, false}) {
-                coder->SetInput(in.data(), static_cast<int>(in.size()), encode);
-                int bound = coder->GetOutputLength();
-                std::vector<unsigned char> big(in.size() * 4 + 64);
+                if (!encode && c >= bodyCoders)
+                    continue;
+                coders[c]->SetInput(data.data(), static_cast<int>(data.size()), encode);
+                int bound = coders[c]->GetOutputLength();
+                std::vector<unsigned char> big(data.size() * 12 + 256);
                 std::vector<unsigned char> exact(bound + 1);
-                int full = coder->GetOutput(big.data(), static_cast<int>(big.size()));
-                int fitted = coder->GetOutput(exact.data(), bound);
-                ASSERT_EQ(fitted, full) << "bound too small";
+                int full = coders[c]->GetOutput(big.data(), static_cast<int>(big.size()));
+                int fitted = coders[c]->GetOutput(exact.data(), bound);
+                ASSERT_EQ(fitted, full) << "bound too small for: " << data;
                 ASSERT_EQ(0, std::memcmp(big.data(), exact.data(), full));
             }
         }
     }
+    CMimeEnvironment::SetAutoFolding(false);
 }
 
 TEST(CoderBounds, ShortBuffersCutTheOutputWithoutError) {

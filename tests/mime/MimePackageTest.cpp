@@ -10,10 +10,9 @@
 using mimetest::LoadExact;
 using mimetest::Stored;
 using mimetest::Text;
+using mimetest::kKorean;
 
 namespace {
-
-const std::string kKorean = "\xED\x95\x9C\xEA\xB8\x80";
 
 std::string RandomBinary(size_t n, unsigned seed) {
     std::mt19937 rng(seed);
@@ -139,41 +138,6 @@ TEST(MimePackage, GetLengthBoundsStoreWithAutoFoldingAndCharsets) {
     EXPECT_EQ(Stored(back), exact);
     CMimeEnvironment::SetAutoFolding(false);
     CMimeEnvironment::SetDefaultCharset(nullptr);
-}
-
-TEST(MimePackage, EbxmlPackagesLoadIntoEnvelopeAndAttachments) {
-    for (const char* name : {"ebms2-signed", "ebms2-signed-b64attachment", "ebms2-signed-nextmsh-modified",
-                             "ebms2-tampered-attachment", "ebms2-tampered-header"}) {
-        SCOPED_TRACE(name);
-        const std::string package = testfiles::read(InteropPath(std::string(name) + ".mime"));
-        ASSERT_FALSE(package.empty());
-        const std::string parts = InteropPath(std::string("parts/") + name + "/");
-
-        CMimeMessage msg;
-        EXPECT_EQ(LoadExact(msg, package), static_cast<int>(package.size()));
-        EXPECT_EQ(msg.GetMediaType(), CMimeHeader::MEDIA_MULTIPART);
-        EXPECT_EQ(msg.GetSubType(), "related");
-        CMimeBody::CBodyList leaves;
-        ASSERT_EQ(msg.GetBodyPartList(leaves), 3);
-        std::vector<const CMimeBody*> part(leaves.begin(), leaves.end());
-        EXPECT_EQ(Text(*part[0]), testfiles::read(parts + "soap-envelope.xml"));
-        EXPECT_EQ(Text(*part[1]), testfiles::read(parts + "payload-1.xml"));
-        EXPECT_EQ(Text(*part[2]), testfiles::read(parts + "payload-2.bin"));
-        EXPECT_STREQ(part[0]->GetContentId(), "<soap-part@interop.example>");
-        EXPECT_STREQ(part[2]->GetContentId(), "<payload-2@interop.example>");
-        EXPECT_EQ(part[2]->GetMainType(), "application");
-
-        // The serialiser's path: new envelope text, stored, loaded again.
-        leaves.front()->SetText("<signed/>");
-        std::string stored = Stored(msg);
-        CMimeMessage again;
-        EXPECT_EQ(LoadExact(again, stored), static_cast<int>(stored.size()));
-        EXPECT_EQ(Stored(again), stored);
-        std::vector<std::string> texts = LeafTexts(again);
-        ASSERT_EQ(texts.size(), 3u);
-        EXPECT_EQ(texts[0], "<signed/>");
-        EXPECT_EQ(texts[2], testfiles::read(parts + "payload-2.bin"));
-    }
 }
 
 TEST(MimePackage, LoadingAgainReplacesThePreviousPackage) {

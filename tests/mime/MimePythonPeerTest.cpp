@@ -11,7 +11,6 @@
 #include <filesystem>
 #include <random>
 
-namespace fs = std::filesystem;
 using mimetest::Repeat;
 using mimetest::Text;
 
@@ -24,26 +23,17 @@ protected:
     void SetUp() override {
         if (::access(kPython, X_OK) != 0)
             GTEST_SKIP() << "no " << kPython;
-        m_dir = fs::path(::testing::TempDir()) / ("mime-peer-" + std::to_string(::getpid()) + "-" +
-                                                 ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        fs::remove_all(m_dir);
-        fs::create_directories(m_dir);
-    }
-    void TearDown() override {
-        if (!m_dir.empty() && !HasFailure())
-            fs::remove_all(m_dir);
     }
 
-    void Write(const std::string& name, const std::string& data) const { testfiles::write(m_dir / name, data); }
-    std::string Read(const std::string& name) const { return testfiles::read(m_dir / name); }
+    void Write(const std::string& name, const std::string& data) const { testfiles::write(m_dir(name), data); }
+    std::string Read(const std::string& name) const { return testfiles::read(m_dir(name)); }
 
     void RunPeer(const char* command) const {
-        std::string line = std::string(kPython) + " " + VQXML_MIME_PEER_SCRIPT + " " + command + " '" +
-                           m_dir.string() + "'";
+        std::string line = std::string(kPython) + " " + VQXML_MIME_PEER_SCRIPT + " " + command + " '" + m_dir("") + "'";
         ASSERT_EQ(std::system(line.c_str()), 0) << line;
     }
 
-    fs::path m_dir;
+    testfiles::ScratchDir m_dir;
 };
 
 std::vector<std::string> CodecInputs() {
@@ -175,7 +165,7 @@ TEST_F(PythonPeer, MessagesParseOnBothSides) {
         EXPECT_EQ(Read(n + ".cid"), leaf->GetContentId() ? leaf->GetContentId() : "");
         EXPECT_EQ(Read(n + ".bin"), Text(*leaf));
     }
-    EXPECT_FALSE(fs::exists(m_dir / ("our/" + std::to_string(i) + ".bin")));
+    EXPECT_FALSE(std::filesystem::exists(m_dir("our/" + std::to_string(i) + ".bin")));
 
     CMimeMessage theirs;
     const std::string py = Read("py.eml");

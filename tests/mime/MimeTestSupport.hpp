@@ -16,6 +16,8 @@
 
 namespace mimetest {
 
+const std::string kKorean = "\xED\x95\x9C\xEA\xB8\x80";  // two Hangul syllables in UTF-8
+
 inline std::string Run(CMimeCodeBase& coder, const std::string& in, bool encode) {
     coder.SetInput(in.data(), static_cast<int>(in.size()), encode);
     std::vector<unsigned char> out(static_cast<size_t>(coder.GetOutputLength()) + 1);

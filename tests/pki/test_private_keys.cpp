@@ -107,6 +107,16 @@ TEST(GetRandomFromPriKey, GivesTheRandomAsBase64FromAnEncryptedOrPlainKey) {
     const Random kcdsa = randomOf(h, fixture("kcdsa_key_seedsha1.der"), kPassword);
     ASSERT_EQ(kcdsa.status, VQXML_OK) << errorText(h);
     EXPECT_EQ(fromBase64(kcdsa.base64), fixture("kcdsa_random.bin"));
+
+    // A recipient length of zero or less means no recipient.
+    ByteVector key = fixture("user_key_plain.der"), cert = fixture("leaf.der");
+    for (int length : {0, -3}) {
+        unsigned char* out = nullptr;
+        ASSERT_EQ(VQTK_XMLAPI_GetRandomFromPriKey(h, nullptr, key.data(), static_cast<int>(key.size()), cert.data(),
+                                                  length, &out),
+                  VQXML_OK);
+        EXPECT_EQ(fromBase64(reinterpret_cast<char*>(out)), fixture("user_random.bin"));
+    }
 }
 
 TEST(GetRandomFromPriKey, EncryptsTheRandomForTheRecipientsCertificate) {
@@ -117,19 +127,6 @@ TEST(GetRandomFromPriKey, EncryptsTheRandomForTheRecipientsCertificate) {
     ASSERT_TRUE(recipient);
     EXPECT_EQ(rsaDecrypt(recipient.get(), RSA_PKCS1_PADDING, fromBase64(sent.base64)),
               fixture("user_random.bin"));
-}
-
-TEST(GetRandomFromPriKey, ARecipientLengthOfZeroOrLessMeansNoRecipient) {
-    ScopedHandle h;
-    ByteVector key = fixture("user_key_plain.der");
-    ByteVector cert = fixture("leaf.der");
-    for (int length : {0, -3}) {
-        unsigned char* out = nullptr;
-        ASSERT_EQ(VQTK_XMLAPI_GetRandomFromPriKey(h, nullptr, key.data(), static_cast<int>(key.size()),
-                                                  cert.data(), length, &out),
-                  VQXML_OK);
-        EXPECT_EQ(fromBase64(reinterpret_cast<char*>(out)), fixture("user_random.bin"));
-    }
 }
 
 TEST(GetRandomFromPriKey, RefusalsCarryTheToolkitsReasonAndKeepTheEarlierResult) {

@@ -8,9 +8,11 @@
 #include <openssl/evp.h>
 #include <openssl/x509.h>
 
+#include "TestVectors.hpp"
 #include "soapsec/SoapSender.hpp"
 
 using namespace soaptest;
+using testvectors::toBase64;
 
 namespace {
 
@@ -45,14 +47,6 @@ Outcome process(std::string message) {
     return out;
 }
 
-std::string base64(const std::string& bytes) {
-    std::string out(4 * ((bytes.size() + 2) / 3) + 1, '\0');
-    out.resize(static_cast<size_t>(EVP_EncodeBlock(reinterpret_cast<unsigned char*>(&out[0]),
-                                                   reinterpret_cast<const unsigned char*>(bytes.data()),
-                                                   static_cast<int>(bytes.size()))));
-    return out;
-}
-
 // The RSA modulus of a DER certificate, base64, as a KeyValue writes it.
 std::string modulusOf(const std::string& der) {
     const auto* p = reinterpret_cast<const unsigned char*>(der.data());
@@ -62,7 +56,7 @@ std::string modulusOf(const std::string& der) {
     std::string bytes(static_cast<size_t>(BN_num_bytes(n)), '\0');
     BN_bn2bin(n, reinterpret_cast<unsigned char*>(&bytes[0]));
     BN_free(n);
-    return base64(bytes);
+    return toBase64(bytes);
 }
 
 // Takes [from the first open .. the end of close] out of text and returns it.
@@ -145,7 +139,7 @@ TEST(SoapSignatureBinding, TheEnvelopesOwnBodyMustBeSigned) {
 TEST(SoapSignatureBinding, KeyInformationNamingAnotherCertificateIsRefused) {
     Pki pki;  // the signer is pki.otherCert; pki.cert is the victim named beside its key
     const std::string good = sign(kEnvelope, 2, false, pki.otherCert, pki.otherKey);
-    const std::string victimData = "<X509Data><X509Certificate>" + base64(pki.cert) + "</X509Certificate></X509Data>";
+    const std::string victimData = "<X509Data><X509Certificate>" + toBase64(pki.cert) + "</X509Certificate></X509Data>";
     std::string keyValue = good;
     cut(keyValue, "<wsse:SecurityTokenReference", "</wsse:SecurityTokenReference>");
     insertBefore(keyValue, "</KeyInfo>",

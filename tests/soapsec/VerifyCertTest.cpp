@@ -77,25 +77,23 @@ TEST(SoapVerifyCert, Wss4jIssuerSerialSignature) {
     GTEST_SKIP() << kWss4jMissing;
 #endif
     const std::string more = "http://www.w3.org/2001/04/xmldsig-more#", xmlenc = "http://www.w3.org/2001/04/xmlenc#";
+    const std::string rsa = "testpki/ee-rsa", ec = "dsig/signer-ec256", dsa = "dsig/signer-dsa2048";
     const struct {
-        std::string uris, cert, key, serial, issuer;
+        std::string uris, signer, keyEnding, serial, issuer;
     } kSigners[] = {
-        {"", "testpki/ee-rsa.crt.der", "testpki/ee-rsa.key.der", "4097", "VQXML Test Root CA"},
-        {more + "rsa-sha256 " + xmlenc + "sha256", "testpki/ee-rsa.crt.der", "testpki/ee-rsa.key.der", "4097",
+        {"", rsa, ".key.der", "4097", "VQXML Test Root CA"},
+        {more + "rsa-sha256 " + xmlenc + "sha256", rsa, ".key.der", "4097", "VQXML Test Root CA"},
+        {more + "rsa-sha512 " + xmlenc + "sha512", rsa, ".key.der", "4097", "VQXML Test Root CA"},
+        {"http://www.w3.org/2007/05/xmldsig-more#sha256-rsa-MGF1 " + xmlenc + "sha256", rsa, ".key.der", "4097",
          "VQXML Test Root CA"},
-        {more + "rsa-sha512 " + xmlenc + "sha512", "testpki/ee-rsa.crt.der", "testpki/ee-rsa.key.der", "4097",
-         "VQXML Test Root CA"},
-        {"http://www.w3.org/2007/05/xmldsig-more#sha256-rsa-MGF1 " + xmlenc + "sha256", "testpki/ee-rsa.crt.der",
-         "testpki/ee-rsa.key.der", "4097", "VQXML Test Root CA"},
-        {more + "ecdsa-sha256 " + xmlenc + "sha256", "dsig/signer-ec256.crt.der", "dsig/signer-ec256.key.pk8.der",
-         "4916", "vqxml Test Root CA"},
-        {"http://www.w3.org/2009/xmldsig11#dsa-sha256 " + xmlenc + "sha256", "dsig/signer-dsa2048.crt.der",
-         "dsig/signer-dsa2048.key.pk8.der", "6708", "vqxml Test Root CA"},
+        {more + "ecdsa-sha256 " + xmlenc + "sha256", ec, ".key.pk8.der", "4916", "vqxml Test Root CA"},
+        {"http://www.w3.org/2009/xmldsig11#dsa-sha256 " + xmlenc + "sha256", dsa, ".key.pk8.der", "6708",
+         "vqxml Test Root CA"},
     };
     const std::string other = Pki().otherCert;
     for (const auto& s : kSigners) {
         SCOPED_TRACE(s.uris.empty() ? "rsa-sha1" : s.uris);
-        std::string message = signedByWss4j(s.uris, s.cert, s.key);
+        std::string message = signedByWss4j(s.uris, s.signer + ".crt.der", s.signer + s.keyEnding);
         ASSERT_NE(message.find("X509IssuerSerial"), std::string::npos) << message;
         ScopedHandle h;
         ASSERT_EQ(VQTK_SOAPSEC_SetSOAPSecXMLDocument(h, &message[0], size(message)), 0);
@@ -104,7 +102,7 @@ TEST(SoapVerifyCert, Wss4jIssuerSerialSignature) {
         const auto named = issuerAndSerial(h);
         EXPECT_EQ(named.second, s.serial);
         EXPECT_NE(named.first.find(s.issuer), std::string::npos) << named.first;
-        const std::string cert = testfiles::read(testfiles::dataPath(s.cert));
+        const std::string cert = testfiles::read(testfiles::dataPath(s.signer + ".crt.der"));
         EXPECT_NE(verifyWith(message, other), 0);
         EXPECT_EQ(verifyWith(tampered(message), cert), 11213);
         EXPECT_EQ(verifyWith(message, cert), 0);

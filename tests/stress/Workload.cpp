@@ -2,6 +2,7 @@
 
 #include "TestFiles.hpp"
 #include "dsig/SignatureFixture.hpp"
+#include "soapsec/SoapFixture.hpp"
 #include "vqxml/vqxml.h"
 
 namespace stress {
@@ -14,13 +15,6 @@ using dsigtest::resultDocument;
 using cbuffers::size;
 
 constexpr int kSignatureDoesNotVerify = 11213;
-
-const char kEnvelope[] =
-    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
-    "<soap:Envelope xmlns:soap=\"http://schemas.xmlsoap.org/soap/envelope/\"><soap:Header/>"
-    "<soap:Body><m:order xmlns:m=\"urn:test\"><m:item>tea</m:item><m:count>3</m:count></m:order></soap:Body>"
-    "</soap:Envelope>";
-const char kPlainOrder[] = "<m:item>tea</m:item><m:count>3</m:count>";
 
 KeyPair pkiPair(const std::string& prefix) {
     return {testfiles::read(testfiles::dataPath("testpki/" + prefix + ".crt.der")),
@@ -134,16 +128,7 @@ bool isSmallInvoice(const std::string& document) {
     return document.find("<Invoice") != std::string::npos && fromRoot(document) == fromRoot(smallInvoice());
 }
 
-Workload::Workload() {
-    renewHandles();
-}
-
-void Workload::renewHandles() {
-    sender_.reset();
-    receiver_.reset();
-    sender_ = std::make_unique<ScopedHandle>();
-    receiver_ = std::make_unique<ScopedHandle>();
-}
+Workload::Workload() : sender_(std::make_unique<ScopedHandle>()), receiver_(std::make_unique<ScopedHandle>()) {}
 
 std::string Workload::signAndVerify(int signatureSelector, const KeyPair& signer) {
     void* h = *sender_;
@@ -179,7 +164,7 @@ std::string Workload::secureAndProcessSoap() {
     void* h = *sender_;
     const KeyPair& signer = rsaSigner();
     const KeyPair& recipient = rsaRecipient();
-    const std::string envelope = kEnvelope;
+    const std::string& envelope = soaptest::kEnvelope;
     int rc = 0;
     (rc = VQTK_SOAPSEC_SetSOAPDocument(h, chars(envelope), size(envelope))) ||
         (rc = VQTK_SOAPSEC_SignatureMethod(h, 5, 0)) || (rc = VQTK_SOAPSEC_createReference(h, nullptr, 3, 3, nullptr)) ||
@@ -209,7 +194,8 @@ std::string Workload::secureAndProcessSoap() {
     if (rc != 0)
         return failed("SOAP processing", rc, r);
     const std::string plain = resultDocument(r);
-    if (plain.find(kPlainOrder) == std::string::npos || plain.find("Security") != std::string::npos)
+    if (plain.find("<m:item>tea</m:item><m:count>3</m:count>") == std::string::npos ||
+        plain.find("Security") != std::string::npos)
         return "processed envelope is not the plain one: " + plain;
 
     std::string forged = signedEnvelope;

@@ -52,9 +52,6 @@ public:
     // envelope, and checks that a changed signed body is refused.
     std::string secureAndProcessSoap();
 
-    // Finishes both handles and makes new ones.
-    void renewHandles();
-
 private:
     std::unique_ptr<ScopedHandle> sender_;
     std::unique_ptr<ScopedHandle> receiver_;

@@ -33,14 +33,7 @@ inline ByteVector fixture(const std::string& name) {
 inline std::string text(const ByteVector& bytes) { return std::string(bytes.begin(), bytes.end()); }
 
 using testvectors::fromBase64;
-
-// Base64 on one line.
-inline std::string toBase64(const ByteVector& bytes) {
-    std::string out(4 * ((bytes.size() + 2) / 3) + 1, '\0');
-    out.resize(static_cast<size_t>(EVP_EncodeBlock(reinterpret_cast<unsigned char*>(&out[0]), bytes.data(),
-                                                   static_cast<int>(bytes.size()))));
-    return out;
-}
+using testvectors::toBase64;
 
 // DER items one after the other.
 inline ByteVector operator+(ByteVector a, const ByteVector& b) {

@@ -39,7 +39,7 @@ TEST_F(IdentityRandom, AStillEncryptedOrMalformedKeyIsRefused) {
     EXPECT_NE(tk.error().find("PEM"), std::string::npos);
 }
 
-TEST_F(IdentityRandom, EncryptsForTheRecipientWithPkcs1AndOaep) {
+TEST_F(IdentityRandom, EncryptsForTheRecipientWithPkcs1AndOaepOrRefuses) {
     const ByteVector secret = fixture("user_random.bin");
     const PrivateKey recipientKey = loadPemKey("leaf.key");
     ASSERT_TRUE(recipientKey);
@@ -48,10 +48,7 @@ TEST_F(IdentityRandom, EncryptsForTheRecipientWithPkcs1AndOaep) {
     EXPECT_EQ(rsaDecrypt(recipientKey.get(), RSA_PKCS1_PADDING, out.bytes()), secret);
     ASSERT_EQ(encryptFor(1, fixture("leaf.der"), secret), VQTK_OK) << tk.error();
     EXPECT_EQ(rsaDecrypt(recipientKey.get(), RSA_PKCS1_OAEP_PADDING, out.bytes()), secret);
-}
-
-TEST_F(IdentityRandom, RefusesWhatItCannotEncrypt) {
-    const ByteVector secret = fixture("user_random.bin");
+    // What it cannot encrypt: an unknown selector, a key that is not RSA, too much or no data, PEM.
     EXPECT_EQ(encryptFor(3, fixture("leaf.der"), secret), VQTK_ERR_ARGUMENT);
     EXPECT_NE(tk.error().find("selector 3"), std::string::npos);
     EXPECT_EQ(encryptFor(2, fixture("kcdsa_leaf.der"), secret), VQTK_ERR_UNSUPPORTED);
@@ -62,3 +59,4 @@ TEST_F(IdentityRandom, RefusesWhatItCannotEncrypt) {
     EXPECT_EQ(encryptFor(2, fixture("leaf.key"), secret), VQTK_ERR_FORMAT);  // PEM, and a key
     EXPECT_NE(tk.error().find("PEM"), std::string::npos);
 }
+

@@ -29,24 +29,23 @@ std::string element(const std::string& text, const std::string& startTag, const 
     return from == std::string::npos ? std::string() : text.substr(from, text.find(endTag, from) + endTag.size() - from);
 }
 
-TEST(Placement, OneElementCarriesItsKeyInsideItsKeyInfo) {
+// One element carries its key inside its KeyInfo; several share one key, first
+// in the document; data identifiers avoid Ids the document uses; the whole
+// document element or its content can be encrypted.
+TEST(Placement, KeysStandWithOneElementOrFirstForSeveral) {
     Encryption e;
     e.targets = {"Amount"};
     e.recipients = {kRsa};
-    const std::string doc = encrypt(kDoc, e);
+    std::string doc = encrypt(kDoc, e);
     const std::string data = element(doc, "<xenc:EncryptedData", "</xenc:EncryptedData>");
     EXPECT_NE(data.find("<ds:KeyInfo"), std::string::npos);
     EXPECT_NE(data.find("<xenc:EncryptedKey"), std::string::npos);
     EXPECT_NE(data.find("<xenc:DataReference URI=\"#EncDataId-1\"/>"), std::string::npos);
     EXPECT_NE(data.find("Id=\"EncDataId-1\""), std::string::npos);
     EXPECT_TRUE(std::regex_search(doc, std::regex("<xenc:EncryptedKey Id=\"EncKeyId-[0-9]{1,10}\"")));
-}
 
-TEST(Placement, SeveralElementsShareOneKeyFirstInTheDocument) {
-    Encryption e;
     e.targets = {"Amount", "p:Name"};
-    e.recipients = {kRsa};
-    const std::string doc = encrypt(kDoc, e);
+    doc = encrypt(kDoc, e);
     const std::string root = "<Root xmlns:p=\"urn:example:p\">";
     EXPECT_EQ(doc.find("<xenc:EncryptedKey"), doc.find(root) + root.size()) << doc;
     const std::string key = element(doc, "<xenc:EncryptedKey", "</xenc:EncryptedKey>");
@@ -54,21 +53,15 @@ TEST(Placement, SeveralElementsShareOneKeyFirstInTheDocument) {
     EXPECT_NE(key.find("URI=\"#EncDataId-1\""), std::string::npos);
     EXPECT_NE(key.find("URI=\"#EncDataId-2\""), std::string::npos);
     EXPECT_EQ(element(doc, "<xenc:EncryptedData", "</xenc:EncryptedData>").find("KeyInfo"), std::string::npos);
-}
 
-TEST(Placement, DataIdentifiersAvoidIdsTheDocumentUses) {
-    Encryption e;
     e.targets = {"Amount"};
-    e.recipients = {kKeyWrap};
-    const std::string doc = encrypt("<Root><Other Id=\"EncDataId-1\"/><Amount>1</Amount></Root>", e);
+    doc = encrypt("<Root><Other Id=\"EncDataId-1\"/><Amount>1</Amount></Root>", e);
     EXPECT_NE(element(doc, "<xenc:EncryptedData", ">").find(" Id=\"EncDataId-2\""), std::string::npos) << doc;
-}
 
-TEST(Placement, WholeDocumentElementOrItsContent) {
-    Encryption e;
+    // The whole document element, or its content.
     e.targets = {" "};
     e.recipients = {kKeyWrap};
-    std::string doc = encrypt(kDoc, e);
+    doc = encrypt(kDoc, e);
     EXPECT_EQ(doc.find("<Root"), std::string::npos);
     EXPECT_NE(doc.find("?><xenc:EncryptedData"), std::string::npos) << doc;
     e.mode = 1;
@@ -77,7 +70,7 @@ TEST(Placement, WholeDocumentElementOrItsContent) {
     EXPECT_NE(doc.find("#Content"), std::string::npos);
 }
 
-TEST(KeyInformation, RsaKeyNamesItsRecipientKeyWrapDoesNot) {
+TEST(KeyInformation, RsaKeyNamesItsRecipientKeyWrapDoesNotAndThePrefixIsKept) {
     Encryption e;
     e.targets = {"Amount"};
     e.recipients = {kRsa};
@@ -90,41 +83,34 @@ TEST(KeyInformation, RsaKeyNamesItsRecipientKeyWrapDoesNot) {
     EXPECT_NE(doc.find("<ds:X509IssuerName>cn=VQXML Test Root CA,ou=Test CA,o=VQXML Test,c=KR<"), std::string::npos);
     EXPECT_NE(doc.find("<ds:X509SerialNumber>4097<"), std::string::npos);
     EXPECT_NE(doc.find("<ds:X509Certificate>"), std::string::npos);
+    // A key-wrap recipient gets none; a prefix names every encryption element.
     e.recipients = {kKeyWrap};
-    EXPECT_EQ(encrypt(kDoc, e).find("X509Data"), std::string::npos);
+    e.prefix = "enc";
+    const std::string wrapped = encrypt(kDoc, e);
+    EXPECT_EQ(wrapped.find("X509Data"), std::string::npos);
+    EXPECT_NE(wrapped.find("<enc:EncryptedData xmlns:enc=\"http://www.w3.org/2001/04/xmlenc#\""), std::string::npos);
+    EXPECT_NE(wrapped.find("<enc:DataReference"), std::string::npos);
+    EXPECT_EQ(wrapped.find("xenc:"), std::string::npos);
 }
 
-TEST(KeyInformation, KeyNameBeforeTheElementsGoesIntoEachEncryptedData) {
+// A key name set before the elements goes into each EncryptedData; one set after
+// them into the next key only.
+TEST(KeyInformation, KeyNamesGoWhereTheyWereSet) {
     Encryption e;
     e.targets = {"Amount", "Memo"};
     e.keyNameBefore = "공유키";
     e.recipients = {kRsa};
-    const std::string doc = encrypt(kDoc, e);
+    std::string doc = encrypt(kDoc, e);
     EXPECT_EQ(count(doc, "<ds:KeyName>공유키</ds:KeyName>"), 2u) << doc;
     EXPECT_EQ(element(doc, "<xenc:EncryptedKey", "</xenc:EncryptedKey>").find("KeyName"), std::string::npos);
-}
-
-TEST(KeyInformation, KeyNameAfterTheElementsGoesIntoTheNextKeyOnly) {
-    Encryption e;
-    e.targets = {"Amount", "Memo"};
+    e.keyNameBefore.clear();
     e.keyNameAfter = "recipient-key";
     e.recipients = {kRsa, kKeyWrap};
-    const std::string doc = encrypt(kDoc, e);
+    doc = encrypt(kDoc, e);
     EXPECT_EQ(count(doc, "<ds:KeyName>recipient-key</ds:KeyName>"), 1u) << doc;
     // The keys are inserted first in turn: the first wrap is the second key.
     const size_t second = doc.find("<xenc:EncryptedKey", doc.find("</xenc:EncryptedKey>"));
     EXPECT_NE(doc.find("<ds:KeyName>recipient-key", second), std::string::npos);
-}
-
-TEST(KeyInformation, PrefixNamesTheEncryptionElements) {
-    Encryption e;
-    e.prefix = "enc";
-    e.targets = {"Amount"};
-    e.recipients = {kKeyWrap};
-    const std::string doc = encrypt(kDoc, e);
-    EXPECT_NE(doc.find("<enc:EncryptedData xmlns:enc=\"http://www.w3.org/2001/04/xmlenc#\""), std::string::npos);
-    EXPECT_NE(doc.find("<enc:DataReference"), std::string::npos);
-    EXPECT_EQ(doc.find("xenc:"), std::string::npos);
 }
 
 // The caller's buffer gives the algorithm's length whatever keyLen says.
@@ -152,6 +138,8 @@ struct Refusal {
 
 TEST(Refusals, EachCallNamesWhatIsWrong) {
     ScopedHandle h;
+    EXPECT_EQ(VQTK_XMLENC_Encrypt(h), 10106);
+    EXPECT_EQ(errorText(h).rfind("Load a document", 0), 0u) << errorText(h);
     EXPECT_EQ(VQTK_XMLENC_SetXMLDocument(h, nullptr, 0), 10106);
     EXPECT_EQ(VQTK_XMLENC_EncryptElement(h, chars("Amount"), 2), 10106) << "no document";
     ASSERT_EQ(VQTK_XMLENC_SetXMLDocument(h, chars(kDoc), size(kDoc)), 0);
@@ -178,12 +166,6 @@ TEST(Refusals, CipherOfAReplacedDocumentServesNoMore) {
     ASSERT_EQ(VQTK_XMLDSIG_SetXMLDocument(h, chars(kDoc), size(kDoc)), 0);
     EXPECT_EQ(VQTK_XMLENC_EncryptElement(h, chars("Amount"), 2), 10106);
     EXPECT_EQ(VQTK_XMLENC_Decrypt(h), 10311);
-}
-
-TEST(Refusals, EncryptReportsWithoutMethodName) {
-    ScopedHandle h;
-    EXPECT_EQ(VQTK_XMLENC_Encrypt(h), 10106);
-    EXPECT_EQ(errorText(h).rfind("Load a document", 0), 0u) << errorText(h);
 }
 
 }  // namespace

@@ -153,19 +153,6 @@ std::string rawRsa(const std::string& certDer, unsigned char type, size_t keyLen
     return vqxml::base64Text(out);
 }
 
-// IV || CBC(plain) without padding (plain fills whole blocks), base64.
-std::string cbcFramed(const EVP_CIPHER* cipher, const std::string& key, const std::string& plain) {
-    std::vector<unsigned char> framed(size_t(EVP_CIPHER_get_iv_length(cipher)), 7);
-    std::vector<unsigned char> out(plain.size() + 32);
-    std::unique_ptr<EVP_CIPHER_CTX, decltype(&EVP_CIPHER_CTX_free)> ctx(EVP_CIPHER_CTX_new(), EVP_CIPHER_CTX_free);
-    int n = 0;
-    EXPECT_EQ(EVP_EncryptInit_ex(ctx.get(), cipher, nullptr, bytes(key), framed.data()), 1);
-    EVP_CIPHER_CTX_set_padding(ctx.get(), 0);
-    EXPECT_EQ(EVP_EncryptUpdate(ctx.get(), out.data(), &n, bytes(plain), int(plain.size())), 1);
-    framed.insert(framed.end(), out.begin(), out.begin() + n);
-    return vqxml::base64Text(framed);
-}
-
 // The EncryptedData's CipherValue octets changed by edit.
 std::string editedData(const std::string& text, const std::function<void(std::vector<std::uint8_t>&)>& edit) {
     const size_t from = text.rfind("<xenc:CipherValue>") + 18;
@@ -249,7 +236,7 @@ TEST(Oracles, FailedDecryptionsLookAlike) {
         const std::string doc = encryptedFor(kKeyWrap, cbc.symmetric);
         for (const std::string& plain : plains) {
             Context ctx;
-            ASSERT_EQ(load(ctx, withDataCipherValue(doc, cbcFramed(cbc.cipher, key, plain))), 0);
+            ASSERT_EQ(load(ctx, withDataCipherValue(doc, cbcCipherValue(cbc.cipher, key, plain))), 0);
             ASSERT_EQ(ctx.XMLENC_setSymmKey(bytes(key), size(key), cbc.symmetric), 0);
             expectUndecryptable(ctx, "CBC plaintext " + std::to_string(cbc.symmetric));
         }
@@ -302,7 +289,7 @@ TEST(Ciphertext, CbcPaddingCountsOnlyTheLastByte) {
         std::string padded = plain + std::string(block - plain.size() % block - 1, '\xa5');
         padded.push_back(char(block - plain.size() % block));
         Context ctx;
-        ASSERT_EQ(load(ctx, withDataCipherValue(encryptedFor(kKeyWrap, symmetric), cbcFramed(cipher, kPlaceholder, padded))),
+        ASSERT_EQ(load(ctx, withDataCipherValue(encryptedFor(kKeyWrap, symmetric), cbcCipherValue(cipher, kPlaceholder, padded))),
                   0);
         ASSERT_EQ(ctx.XMLENC_setSymmKey(bytes(kPlaceholder), 24, symmetric), 0);
         ASSERT_EQ(ctx.XMLENC_decrypt(), 0) << ctx.error();
@@ -369,23 +356,6 @@ TEST(Ciphertext, BrokenEncryptedDataFailsCleanly) {
             EXPECT_NE(rc, 0) << symmetric << ": " << text;
             EXPECT_FALSE(ctx.error().empty());
             EXPECT_EQ(ctx.getXMLDocument(), nullptr);
-        }
-    }
-}
-
-// A wrong session key yields bytes that are not the document: bad padding or
-// text that does not parse, reported, not thrown.
-TEST(Ciphertext, WrongSessionKeyFailsCleanly) {
-    const std::string text = encryptedFor(kKeyWrap, 1);
-    for (int attempt = 0; attempt < 16; ++attempt) {
-        std::string wrong = kPlaceholder;
-        wrong[static_cast<size_t>(attempt)] ^= 0x5a;
-        Context ctx;
-        ASSERT_EQ(load(ctx, text), 0);
-        ASSERT_EQ(ctx.XMLENC_setSymmKey(bytes(wrong), 24, 1), 0);
-        const int rc = ctx.XMLENC_decrypt();
-        if (rc != 0) {
-            EXPECT_EQ(ctx.error().rfind("XMLENC_decrypt > ", 0), 0u);
         }
     }
 }

@@ -46,11 +46,6 @@ std::string peerScript() {
     return "/usr/bin/python3 " + std::string(VQXML_TEST_SOURCE_DIR) + "/xmlsec_peer.py";
 }
 
-const char* const kCipherNames[] = {"",           "tripledes-cbc", "", "", "", "aes128-cbc",
-                                    "aes192-cbc", "aes256-cbc",    "aes128-gcm", "aes192-gcm", "aes256-gcm"};
-const char* const kTransportNames[] = {"", "kw-tripledes", "rsa-1_5", "rsa-oaep-mgf1p", "rsa-oaep",
-                                       "kw-aes128",    "kw-aes192", "kw-aes256"};
-
 // libxmlsec1's kind of key for a recipient, and the xmlsec1 option for a key of it.
 std::string kindOf(const Recipient& r) {
     return !r.shared() ? "rsa" : r.transport == 1 ? "des" : "aes";
@@ -68,13 +63,7 @@ struct Case {
 };
 
 std::string name(const Case& c) {
-    std::string n = std::string(kCipherNames[c.symmetric]) + "_" + kTransportNames[c.recipient.transport] +
-                    (c.twoElements ? "_two" : "_one") + (c.mode == 1 ? "_content" : "_element") +
-                    (c.large ? "_large" : "");
-    for (char& ch : n)
-        if (ch == '-')
-            ch = '_';
-    return n;
+    return caseName(c.symmetric, c.recipient.transport, c.twoElements, c.mode) + (c.large ? "_large" : "");
 }
 
 void PrintTo(const Case& c, std::ostream* os) {

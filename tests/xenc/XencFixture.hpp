@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <openssl/evp.h>
+
 #include <string>
 #include <vector>
 
@@ -152,6 +154,40 @@ inline std::string comparable(const std::string& text) {
     while (!body.empty() && (body.back() == '\n' || body.back() == ' '))
         body.pop_back();
     return body;
+}
+
+// xmlsec's names of the symmetric selectors 1-10 (SEED, NEAT and ARIA named
+// alike) and of the transports 1-7.
+inline const char* const kCipherNames[] = {"",           "tripledes-cbc", "seed-cbc",   "neat-cbc",
+                                           "aria-cbc",   "aes128-cbc",    "aes192-cbc", "aes256-cbc",
+                                           "aes128-gcm", "aes192-gcm",    "aes256-gcm"};
+inline const char* const kTransportNames[] = {"",          "kw-tripledes", "rsa-1_5",  "rsa-oaep-mgf1p",
+                                              "rsa-oaep",  "kw-aes128",    "kw-aes192", "kw-aes256"};
+
+// A parameterised test's name for a cipher, transport, number of elements and mode.
+inline std::string caseName(int symmetric, int transport, bool twoElements, int mode) {
+    std::string n = std::string(kCipherNames[symmetric]) + "_" + kTransportNames[transport] +
+                    (twoElements ? "_two" : "_one") + (mode == 1 ? "_content" : "_element");
+    for (char& c : n)
+        if (c == '-')
+            c = '_';
+    return n;
+}
+
+// A CipherValue: IV || CBC(plain), base64, without padding (plain fills whole blocks).
+inline std::string cbcCipherValue(const EVP_CIPHER* cipher, const std::string& key, const std::string& plain) {
+    std::vector<unsigned char> framed(size_t(EVP_CIPHER_get_iv_length(cipher)), 7);
+    std::vector<unsigned char> out(plain.size() + 32);
+    EVP_CIPHER_CTX* ctx = EVP_CIPHER_CTX_new();
+    int n = 0;
+    EXPECT_EQ(EVP_EncryptInit_ex(ctx, cipher, nullptr, bytes(key), framed.data()), 1);
+    EVP_CIPHER_CTX_set_padding(ctx, 0);
+    EXPECT_EQ(EVP_EncryptUpdate(ctx, out.data(), &n, bytes(plain), size(plain)), 1);
+    EVP_CIPHER_CTX_free(ctx);
+    framed.insert(framed.end(), out.begin(), out.begin() + n);
+    std::string text(4 * ((framed.size() + 2) / 3) + 1, '\0');
+    text.resize(size_t(EVP_EncodeBlock(reinterpret_cast<unsigned char*>(&text[0]), framed.data(), int(framed.size()))));
+    return text;
 }
 
 }  // namespace xenctest
