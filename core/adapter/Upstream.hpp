@@ -12,7 +12,7 @@
 // |---------------------------------------------------------|---------------------------------------|--------------------------------------------------------|
 // | XercesDOMParser links nodes through checked DOM appends | adapter/QuickDOMParser, DomLinking    | QuickDOMParserTest.BuildsTheTreeXercesBuilds           |
 // | DOMLSSerializer writes a node                           | adapter/DomWriter                     | DomWriter.EveryTestAndInteropDocumentComesOutAsXercesWritesIt |
-// | XSECException clamps types above 58                     | core/VQXMLException                   | ErrorInfo.FailureTextIsCopiedByTheLengthRuleAndSurvivesSuccess |
+// | XSECException clamps types above 58                     | core/VQXMLException                   | ErrorInfo.EmptyUntilAFailureWhoseTextIsCopiedByTheLengthRuleAndSurvivesSuccess |
 // | SignedInfo check ignores an exclusive PrefixList         | dsig/SignedInfoCanonicalization       | InteropSamples.SignedInfoPrefixListIsHonoured          |
 // | HMAC output truncated to any length                     | engine/HMACSignatureHandler           | HmacLength.AtLeastEightyBitsAndHalfTheMac              |
 // | DSA only with a 160-bit q; no RSA-PSS; ECDSA r||s length | engine/EvpSignatureHandler            | SignatureAttacks.RefusedWithTheirReason                |

@@ -143,12 +143,12 @@ TEST(SignatureBinding, TheGettersReportOnlyTheKeyThatVerified) {
         Reported expected;
     } cases[] = {
         {"its own names", attacker, {0, true, true, true, true}},
-        {"the victim's X509SubjectName", inserted(bare, "<X509Certificate>", victimSubject), {11213}},
-        {"the victim's X509IssuerSerial", inserted(bare, "<X509Certificate>", victimIssuerSerial), {11213}},
+        {"the victim's X509SubjectName", inserted(bare, "<X509Certificate>", victimSubject), {11213, false, false, false, false}},
+        {"the victim's X509IssuerSerial", inserted(bare, "<X509Certificate>", victimIssuerSerial), {11213, false, false, false, false}},
         {"the victim's certificate beside its KeyValue",
-         replaced(bare, attackerCert, between(victims, "<X509Certificate>", "</X509Certificate>")), {11213}},
+         replaced(bare, attackerCert, between(victims, "<X509Certificate>", "</X509Certificate>")), {11213, false, false, false, false}},
         {"the victim's names beside its KeyValue only",
-         inserted(keyValueOnly, "<KeyValue>", "<X509Data>" + victimSubject + "</X509Data>"), {11213}},
+         inserted(keyValueOnly, "<KeyValue>", "<X509Data>" + victimSubject + "</X509Data>"), {11213, false, false, false, false}},
         {"its KeyValue only", keyValueOnly, {0, false, false, false, false}},
     };
     for (const auto& c : cases) {
