@@ -110,10 +110,9 @@ inline std::uint64_t bigEndianParts(std::uint64_t w) {
 template <class W>
 inline W bigEndianParts(W w) {
     static_assert(sizeof(W) == 32, "a vector of four 64-bit parts");
-    using Bytes = std::uint8_t __attribute__((vector_size(32)));
-    const Bytes turn = {7,  6,  5,  4,  3,  2,  1,  0,  15, 14, 13, 12, 11, 10, 9,  8,
-                        23, 22, 21, 20, 19, 18, 17, 16, 31, 30, 29, 28, 27, 26, 25, 24};
-    return W(__builtin_shuffle(Bytes(w), turn));
+    for (int part = 0; part < 4; ++part)
+        w[part] = __builtin_bswap64(w[part]);
+    return w;
 }
 
 // Row i holds blocks kParts * i to kParts * i + kParts - 1, one in each part;

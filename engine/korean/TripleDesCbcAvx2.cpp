@@ -11,8 +11,12 @@
 
 #include "engine/korean/TripleDesRoundKeys.hpp"
 
+#if defined(__clang__)
+#pragma clang attribute push(__attribute__((target("avx2"))), apply_to = function)
+#else
 #pragma GCC push_options
 #pragma GCC target("avx2")
+#endif
 
 #include "engine/korean/TripleDesBitsliced.hpp"
 
@@ -27,4 +31,8 @@ void decryptBatchAvx2(const TripleDesRoundKeys& keys, const std::uint8_t* in, st
 
 }  // namespace vqxml::korean
 
+#if defined(__clang__)
+#pragma clang attribute pop
+#else
 #pragma GCC pop_options
+#endif
