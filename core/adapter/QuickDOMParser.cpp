@@ -44,7 +44,6 @@ void vqxml::QuickDOMParser::endElement(const XMLElementDecl& decl, unsigned int 
 void vqxml::QuickDOMParser::docCharacters(const XMLCh* chars, XMLSize_t length, bool cdataSection) {
     if (m_longText != nullptr && m_longText == fCurrentNode && !cdataSection) {
         m_pieces.emplace_back(chars, length);
-        m_piecesLength += length;
         return;
     }
     finishLongText();
@@ -66,7 +65,10 @@ void vqxml::QuickDOMParser::docCharacters(const XMLCh* chars, XMLSize_t length, 
 void vqxml::QuickDOMParser::finishLongText() {
     if (m_longText == nullptr)
         return;
-    XMLCh* room = textRoomAfter(m_longText, m_piecesLength);
+    std::size_t length = 0;
+    for (const std::basic_string<XMLCh>& piece : m_pieces)
+        length += piece.size();
+    XMLCh* room = textRoomAfter(m_longText, length);
     for (const std::basic_string<XMLCh>& piece : m_pieces) {
         if (room == nullptr) {
             m_longText->appendData(piece.c_str());  // not a node of ours: the DOM's way
@@ -77,7 +79,6 @@ void vqxml::QuickDOMParser::finishLongText() {
     }
     m_longText = nullptr;
     m_pieces.clear();
-    m_piecesLength = 0;
 }
 
 bool vqxml::QuickDOMParser::startQuickly(const XMLElementDecl& decl, unsigned int urlId, const XMLCh* prefix,
@@ -100,7 +101,6 @@ bool vqxml::QuickDOMParser::startQuickly(const XMLElementDecl& decl, unsigned in
 void vqxml::QuickDOMParser::startDocument() {
     m_longText = nullptr;
     m_pieces.clear();
-    m_piecesLength = 0;
     XercesDOMParser::startDocument();
     m_elements.emplace(fDocument);
 }

@@ -63,7 +63,6 @@ private:
     // The text node whose later pieces are kept aside, and those pieces.
     XERCES_CPP_NAMESPACE::DOMText* m_longText = nullptr;
     std::vector<std::basic_string<XMLCh>> m_pieces;
-    std::size_t m_piecesLength = 0;
 };
 
 }  // namespace vqxml
