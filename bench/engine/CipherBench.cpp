@@ -49,13 +49,13 @@ void openssl(benchmark::State& state, const char* name, bool encrypt, std::size_
     EVP_CIPHER_CTX_free(ctx);
 }
 
-using TripleDesDecrypt = void (*)(const std::uint8_t*, const std::uint8_t*, const std::uint8_t*, std::size_t,
+using TripleDesFunction = void (*)(const std::uint8_t*, const std::uint8_t*, const std::uint8_t*, std::size_t,
                                   std::uint8_t*);
 
-void tripleDes(benchmark::State& state, TripleDesDecrypt decrypt, std::size_t size) {
+void tripleDes(benchmark::State& state, TripleDesFunction run, std::size_t size) {
     std::vector<std::uint8_t> buffer(size, 0x5a);
     for (auto _ : state) {
-        decrypt(kKey, kIv, buffer.data(), buffer.size(), buffer.data());
+        run(kKey, kIv, buffer.data(), buffer.size(), buffer.data());
         benchmark::DoNotOptimize(buffer.data());
     }
     state.SetBytesProcessed(std::int64_t(state.iterations()) * std::int64_t(size));
@@ -88,6 +88,8 @@ BENCHMARK_CAPTURE(xmlEncEncrypt, ARIA128, BlockCipherId::Aria128);
 BENCHMARK_CAPTURE(xmlEncEncrypt, NEAT, BlockCipherId::Neat);
 BENCHMARK_CAPTURE(openssl, DES_EDE3_CBC_decrypt_100KiB, "DES-EDE3-CBC", false, 100 << 10);
 BENCHMARK_CAPTURE(openssl, DES_EDE3_CBC_decrypt_1MiB, "DES-EDE3-CBC", false, 1 << 20);
+BENCHMARK_CAPTURE(openssl, DES_EDE3_CBC_encrypt_100KiB, "DES-EDE3-CBC", true, 100 << 10);
+BENCHMARK_CAPTURE(tripleDes, tables_encrypt_100KiB, vqxml::korean::tripleDesCbcEncrypt, 100 << 10);
 BENCHMARK_CAPTURE(tripleDes, bitsliced_widest_100KiB, vqxml::korean::tripleDesCbcDecrypt, 100 << 10);
 BENCHMARK_CAPTURE(tripleDes, bitsliced_widest_1MiB, vqxml::korean::tripleDesCbcDecrypt, 1 << 20);
 BENCHMARK_CAPTURE(tripleDes, bitsliced_portable_100KiB, vqxml::korean::tripleDesCbcDecryptPortable, 100 << 10);

@@ -6,6 +6,7 @@
 #include <openssl/crypto.h>
 
 #include "engine/korean/CryptoError.hpp"
+#include "engine/korean/DesKeySchedule.hpp"
 #include "engine/korean/TripleDesBitsliced.hpp"
 #include "engine/korean/TripleDesRoundKeys.hpp"
 
@@ -13,37 +14,15 @@ namespace vqxml::korean {
 
 namespace {
 
-// FIPS 46-3 key schedule: PC-1 picks 56 of the key's bits (its parity bits are
-// left out), both 28-bit halves turn left before each round, PC-2 picks 48.
-constexpr int kPC1[56] = {57, 49, 41, 33, 25, 17, 9,  1,  58, 50, 42, 34, 26, 18, 10, 2,  59, 51, 43,
-                          35, 27, 19, 11, 3,  60, 52, 44, 36, 63, 55, 47, 39, 31, 23, 15, 7,  62, 54,
-                          46, 38, 30, 22, 14, 6,  61, 53, 45, 37, 29, 21, 13, 5,  28, 20, 12, 4};
-constexpr int kPC2[48] = {14, 17, 11, 24, 1,  5,  3,  28, 15, 6,  21, 10, 23, 19, 12, 4,
-                          26, 8,  16, 7,  27, 20, 13, 2,  41, 52, 31, 37, 47, 55, 30, 40,
-                          51, 45, 33, 48, 44, 49, 39, 56, 34, 53, 46, 42, 50, 36, 29, 32};
-constexpr int kShifts[16] = {1, 1, 2, 2, 2, 2, 2, 2, 1, 2, 2, 2, 2, 2, 2, 1};
-
-// The 16 subkeys of one DES key into rounds[0..15], forwards or backwards. Only
-// table positions index anything; the key's bits are moved by shifts and masks.
+// One DES key's 16 subkeys as masks, into rounds[0..15], forwards or
+// backwards.
 void expandDesKey(const std::uint8_t key[8], bool backwards, std::uint64_t (*rounds)[TripleDesRoundKeys::kSubkeyBits]) {
-    std::uint64_t k = 0;
-    for (int i = 0; i < 8; ++i)
-        k = (k << 8) | key[i];
-    std::uint8_t cd[56];  // C then D, one bit each
-    for (int i = 0; i < 56; ++i)
-        cd[i] = std::uint8_t((k >> (64 - kPC1[i])) & 1);
-    int shift = 0;
-    for (int round = 0; round < 16; ++round) {
-        shift += kShifts[round];
-        std::uint64_t* subkey = rounds[backwards ? 15 - round : round];
-        for (int j = 0; j < 48; ++j) {
-            const int bit = kPC2[j] - 1;  // of C || D after the turns
-            const int half = bit < 28 ? 0 : 28;
-            subkey[j] = 0 - std::uint64_t(cd[half + (bit - half + shift) % 28]);
-        }
-    }
-    OPENSSL_cleanse(&k, sizeof k);
-    OPENSSL_cleanse(cd, sizeof cd);
+    std::uint64_t subkeys[kDesRounds];
+    desSubkeys(key, subkeys);
+    for (int round = 0; round < kDesRounds; ++round)
+        for (int j = 0; j < kDesSubkeyBits; ++j)
+            rounds[backwards ? 15 - round : round][j] = 0 - ((subkeys[round] >> (kDesSubkeyBits - 1 - j)) & 1);
+    OPENSSL_cleanse(subkeys, sizeof subkeys);
 }
 
 using BatchFunction = void (*)(const TripleDesRoundKeys&, const std::uint8_t*, std::size_t, std::uint8_t*);

@@ -109,13 +109,13 @@ using TripleDesDecrypt = void (*)(const std::uint8_t*, const std::uint8_t*, cons
 const std::pair<const char*, TripleDesDecrypt> kTripleDesForms[] = {{"widest", tripleDesCbcDecrypt},
                                                                     {"portable", tripleDesCbcDecryptPortable}};
 
-Bytes openSslTripleDes(const Bytes& key, const Bytes& iv, const Bytes& cipher) {
-    Bytes out(cipher.size() + 8);
+Bytes openSslTripleDes(bool encrypt, const Bytes& key, const Bytes& iv, const Bytes& in) {
+    Bytes out(in.size() + 8);
     int n = 0;
     EVP_CIPHER_CTX* ctx = EVP_CIPHER_CTX_new();
-    EXPECT_EQ(EVP_DecryptInit_ex(ctx, EVP_des_ede3_cbc(), nullptr, key.data(), iv.data()), 1);
+    EXPECT_EQ(EVP_CipherInit_ex(ctx, EVP_des_ede3_cbc(), nullptr, key.data(), iv.data(), encrypt ? 1 : 0), 1);
     EVP_CIPHER_CTX_set_padding(ctx, 0);
-    EXPECT_EQ(EVP_DecryptUpdate(ctx, out.data(), &n, cipher.data(), int(cipher.size())), 1);
+    EXPECT_EQ(EVP_CipherUpdate(ctx, out.data(), &n, in.data(), int(in.size())), 1);
     EVP_CIPHER_CTX_free(ctx);
     out.resize(std::size_t(n));
     return out;
@@ -145,13 +145,18 @@ TEST(TripleDesCbc, PublishedVectorsInBothForms) {
             const Bytes key = fromHex(v.key), cipher = fromHex(v.cipher);
             const bool ecb = *v.iv == 0;
             const Bytes iv = ecb ? Bytes(8, 0) : fromHex(v.iv);
-            Bytes out = cipher;  // decrypted in place
+            Bytes out = cipher;  // decrypted in place, then encrypted back
             for (std::size_t at = 0; at < out.size(); at += ecb ? 8 : out.size())
                 decrypt(key.data(), iv.data(), out.data() + at, ecb ? 8 : out.size(), out.data() + at);
             EXPECT_EQ(toHex(out), toHex(fromHex(v.plain))) << form << ": " << v.source;
+            for (std::size_t at = 0; at < out.size(); at += ecb ? 8 : out.size())
+                tripleDesCbcEncrypt(key.data(), iv.data(), out.data() + at, ecb ? 8 : out.size(), out.data() + at);
+            EXPECT_EQ(toHex(out), toHex(cipher)) << "encryption: " << v.source;
         }
 }
 
+// Decryption at every batch boundary of both forms; encryption at the same
+// lengths.
 TEST(TripleDesCbc, MatchesOpenSSLOnEveryBatchBoundary) {
     std::mt19937 random(20260);
     const auto randomBytes = [&](std::size_t n) {
@@ -162,7 +167,7 @@ TEST(TripleDesCbc, MatchesOpenSSLOnEveryBatchBoundary) {
     };
     for (std::size_t blocks : {1, 2, 63, 64, 65, 127, 255, 256, 257, 511, 513, 1000, 3001}) {
         const Bytes key = randomBytes(24), iv = randomBytes(8), cipher = randomBytes(blocks * 8);
-        const Bytes expected = openSslTripleDes(key, iv, cipher);
+        const Bytes expected = openSslTripleDes(false, key, iv, cipher);
         Bytes otherParity = key;  // the low bit of each byte is DES's parity bit, which the key schedule skips
         for (auto& x : otherParity)
             x ^= 1;
@@ -173,8 +178,12 @@ TEST(TripleDesCbc, MatchesOpenSSLOnEveryBatchBoundary) {
             decrypt(otherParity.data(), iv.data(), cipher.data(), cipher.size(), out.data());
             EXPECT_EQ(out, expected) << form << ", " << blocks << " blocks, other parity bits";
         }
+        Bytes encrypted(cipher.size());
+        tripleDesCbcEncrypt(otherParity.data(), iv.data(), cipher.data(), cipher.size(), encrypted.data());
+        EXPECT_EQ(encrypted, openSslTripleDes(true, key, iv, cipher)) << "encryption, " << blocks << " blocks";
     }
     Bytes key(24), iv(8), data(12);
     for (const auto& [form, decrypt] : kTripleDesForms)
         EXPECT_THROW(decrypt(key.data(), iv.data(), data.data(), data.size(), data.data()), CryptoError) << form;
+    EXPECT_THROW(tripleDesCbcEncrypt(key.data(), iv.data(), data.data(), data.size(), data.data()), CryptoError);
 }
