@@ -1,4 +1,4 @@
-// cert-verify, key-decrypt, key-random and version through the tool.
+// cert-verify, key-decrypt and key-random through the tool (version: installed_tool.sh).
 #include <sys/stat.h>
 
 #include <gtest/gtest.h>
@@ -71,11 +71,6 @@ TEST(CliKeys, CertVerifyAcceptsAKisaRootAndRefusesTheTestPkiWithTheReason) {
     clitest::shell("base64 -d " + testfiles::dataPath("roots/kisa_rootca1.b64") + " > " + root);
     EXPECT_EQ(vqxml({"cert-verify", "--chain", root, root}).exitCode, 222);
     unlink(root.c_str());
-}
-
-TEST(CliKeys, VersionIsTheLibrarys) {
-    EXPECT_EQ(vqxml({"version"}).out, "V1.0.0.7\n");
-    EXPECT_EQ(vqxml({"--version"}).out, "V1.0.0.7\n");
 }
 
 }  // namespace

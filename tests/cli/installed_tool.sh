@@ -6,3 +6,4 @@ prefix=$(mktemp -d)
 trap 'rm -rf "$prefix"' EXIT
 cmake --install "$build_dir" --prefix "$prefix" >/dev/null
 test "$("$prefix/bin/vqxml" version)" = "V1.0.0.7"
+test "$("$prefix/bin/vqxml" --version)" = "V1.0.0.7"

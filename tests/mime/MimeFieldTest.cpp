@@ -1,12 +1,14 @@
-// Header fields: parsing, folding, parameters and RFC 2047 encoded words.
+// Header fields: parsing, folding, parameters and RFC 2047 encoded words; the
+// coder registry.
 #include "MimeTestSupport.hpp"
 
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <typeinfo>
 
 using mimetest::Repeat;
 using mimetest::kKorean;
-
 
 namespace {
 
@@ -39,6 +41,21 @@ std::string DecodeWords(const std::string& text, std::string* charset = nullptr)
     if (charset)
         *charset = words.GetCharset();
     return out;
+}
+
+template <typename Want, typename Have>
+bool Is(Have* object) {
+    std::unique_ptr<Have> owned(object);
+    return dynamic_cast<Want*>(owned.get()) != nullptr;
+}
+
+class XmlBody : public CMimeBody {
+public:
+    static CMimeBody* CreateObject() { return new XmlBody; }
+};
+
+CFieldCodeBase* MakeAddressCoder() {
+    return new CFieldCodeAddress;
 }
 
 }  // namespace
@@ -202,3 +219,25 @@ TEST(EncodedWord, Rfc2047ExamplesAndMalformedWords) {
     EXPECT_EQ(DecodeWords("=?utf-8?Q?open"), "open");
 }
 
+// Registering replaces (names ignore case) and a null factory removes.
+TEST(MimeEnvironment, RegistrationsReplaceAndNullRemoves) {
+    CMimeEnvironment::RegisterFieldCoder("SUBJECT", MakeAddressCoder);
+    EXPECT_TRUE(Is<CFieldCodeAddress>(CMimeEnvironment::CreateFieldCoder("Subject")));
+    CMimeEnvironment::RegisterFieldCoder("Subject", nullptr);
+    std::unique_ptr<CFieldCodeBase> plain(CMimeEnvironment::CreateFieldCoder("Subject"));
+    EXPECT_TRUE(typeid(*plain) == typeid(CFieldCodeBase));
+    CMimeEnvironment::RegisterFieldCoder("Subject", CFieldCodeText::CreateObject);
+    EXPECT_TRUE(Is<CFieldCodeText>(CMimeEnvironment::CreateFieldCoder("Subject")));
+
+    EXPECT_FALSE(Is<XmlBody>(CMimeEnvironment::CreateBodyPart("multipart")));
+    CMimeEnvironment::RegisterMediaType("application", XmlBody::CreateObject);
+    const std::string data =
+        "Content-Type: multipart/mixed; boundary=b\r\n\r\n--b\r\n"
+        "Content-Type: Application/xml\r\n\r\n<a/>\r\n--b--\r\n";
+    CMimeBody body;
+    EXPECT_EQ(mimetest::LoadExact(body, data), static_cast<int>(data.size()));
+    ASSERT_EQ(body.GetPartCount(), 1);
+    EXPECT_TRUE(dynamic_cast<XmlBody*>(body.GetPartList().front()) != nullptr);
+    CMimeEnvironment::RegisterMediaType("application", nullptr);
+    EXPECT_FALSE(Is<XmlBody>(CMimeEnvironment::CreateBodyPart("application")));
+}

@@ -3,18 +3,16 @@
 # an RSA test CA, two RSA end entities and two KCDSA end entities (1024/160 and
 # 2048/224) certified by that CA.
 #
-#   tests/testpki/generate.sh [KCDSA-TOOL] [OUT-DIR]
+#   tests/testpki/generate.sh [OUT-DIR]
 #
-# KCDSA-TOOL is the project's vqxml_testpki_kcdsa (default
-# build/tests/engine/testpki/vqxml_testpki_kcdsa, made by
-# `cmake --build build --target vqxml_testpki_kcdsa`). Every run makes new keys;
-# names, serial numbers, extensions and the password stay the same.
+# Needs the openssl CLI (with the legacy provider, for SEED) and /usr/bin/python3.
+# Every run makes new keys; names, serial numbers, extensions and the password
+# stay the same.
 set -euo pipefail
 
 here=$(cd "$(dirname "$0")" && pwd)
 root=$(cd "$here/../.." && pwd)
-tool=$(realpath "${1:-$root/build/tests/engine/testpki/vqxml_testpki_kcdsa}")
-out=${2:-$root/tests/data/testpki}
+out=${1:-$root/tests/data/testpki}
 days=10950  # thirty years, so that the fixtures outlive the project
 password=vqxml-test
 legacy=(-provider legacy -provider default)
@@ -56,7 +54,9 @@ kcdsa_end_entity() {
   echo "$1" >&2
   openssl genpkey -genparam -algorithm DSA -pkeyopt "dsa_paramgen_bits:$2" \
     -pkeyopt "dsa_paramgen_q_bits:$3" -out "$work/$1.params.pem" 2>/dev/null
-  "$tool" "$work/$1.params.pem" ca-rsa.crt.pem ca-rsa.key.pem "$5" "$4" "$days" "$password" "$1"
+  openssl dsaparam -in "$work/$1.params.pem" -outform DER -out "$work/$1.params.der"
+  /usr/bin/python3 "$here/kcdsa_end_entity.py" "$work/$1.params.der" ca-rsa.crt.der ca-rsa.key.pem "$5" "$4" \
+    "$days" "$password" "$1"
 }
 
 rsa_end_entity ee-rsa 4097 "/C=KR/O=VQXML Test/OU=xUsers/OU=개발팀/CN=홍길동()0012345RSA"

@@ -76,3 +76,8 @@ def _body(data, pos):
         count = first & 0x7F
         start, n = pos + 2 + count, int.from_bytes(data[pos + 2:pos + 2 + count], "big")
     return data[start:start + n], start + n
+
+
+def value(data):
+    """The content octets of one TLV."""
+    return _body(data, 0)[0]

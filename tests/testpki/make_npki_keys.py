@@ -25,6 +25,7 @@ from pathlib import Path
 
 import der
 import vectors
+from make_kcdsa_certs import kcdsa_algorithm
 
 PASSWORD = b"vqxml-test-1234"
 PBE_SEED_SHA1 = "1.2.410.200004.1.15"
@@ -32,7 +33,6 @@ PBES2, PBKDF2 = "1.2.840.113549.1.5.13", "1.2.840.113549.1.5.12"
 HMAC_SHA256 = "1.2.840.113549.2.9"
 SEED_CBC = "1.2.410.200004.1.4"
 RANDOM_NUM = "1.2.410.200004.10.1.1.3"
-KCDSA = "1.2.410.200004.1.1"
 LEGACY = ["-provider", "legacy", "-provider", "default"]
 
 
@@ -76,25 +76,23 @@ def encrypted_key_info(algorithm, ciphertext):
     return der.seq(algorithm, der.octets(ciphertext))
 
 
-def seed_sha1_form(plain, salt, iterations):
-    key, iv = seed_sha1_key_iv(PASSWORD, salt, iterations)
+def seed_sha1_form(plain, salt, iterations, password=PASSWORD):
+    key, iv = seed_sha1_key_iv(password, salt, iterations)
     algorithm = der.seq(der.oid(PBE_SEED_SHA1), der.seq(der.octets(salt), der.integer(iterations)))
     return encrypted_key_info(algorithm, cbc_encrypt("seed-cbc", key, iv, plain))
 
 
-def pbes2_seed_form(plain, salt, iterations, iv):
-    key = hashlib.pbkdf2_hmac("sha256", PASSWORD, salt, iterations, 16)
+def pbes2_seed_form(plain, salt, iterations, iv, password=PASSWORD):
+    key = hashlib.pbkdf2_hmac("sha256", password, salt, iterations, 16)
     kdf = der.seq(der.oid(PBKDF2), der.seq(der.octets(salt), der.integer(iterations),
                                            der.seq(der.oid(HMAC_SHA256), der.null())))
     algorithm = der.seq(der.oid(PBES2), der.seq(kdf, der.seq(der.oid(SEED_CBC), der.octets(iv))))
     return encrypted_key_info(algorithm, cbc_encrypt("seed-cbc", key, iv, plain))
 
 
-def kcdsa_private_key_info(vectors_file):
-    """The first 2048-bit record of the KCDSA vectors as a PrivateKeyInfo."""
-    k = vectors.kcdsa_domain(vectors_file)
-    algorithm = der.seq(der.oid(KCDSA), der.seq(der.integer(k["p"]), der.integer(k["q"]), der.integer(k["g"])))
-    return der.seq(der.integer(0), algorithm, der.octets(der.integer(k["x"] % k["q"])))
+def kcdsa_private_key_info(k):
+    """The PrivateKeyInfo of the KCDSA key k (p, q, g, x)."""
+    return der.seq(der.integer(0), kcdsa_algorithm(k), der.octets(der.integer(k["x"] % k["q"])))
 
 
 def hostile_forms(plain):
@@ -114,8 +112,8 @@ def hostile_forms(plain):
     }
 
 
-def main(rsa_key_pem, out_dir, vectors, kcdsa_vectors):
-    check_against_vectors(vectors)
+def main(rsa_key_pem, out_dir, vectors_file, kcdsa_vectors):
+    check_against_vectors(vectors_file)
     out = Path(out_dir)
     rsa = openssl("pkcs8", "-topk8", "-nocrypt", "-outform", "DER", "-in", rsa_key_pem)
     random = hashlib.sha1(b"vqxml identity random").digest()
@@ -127,7 +125,7 @@ def main(rsa_key_pem, out_dir, vectors, kcdsa_vectors):
         pbes2_seed_form(plain, bytes.fromhex("0f1e2d3c4b5a6978"), 2048, bytes(range(16))))
 
     kcdsa_random = hashlib.sha1(b"vqxml KCDSA identity random").digest()
-    kcdsa = with_random(kcdsa_private_key_info(kcdsa_vectors), kcdsa_random)
+    kcdsa = with_random(kcdsa_private_key_info(vectors.kcdsa_domain(kcdsa_vectors)), kcdsa_random)
     (out / "kcdsa_key_seedsha1.der").write_bytes(seed_sha1_form(kcdsa, bytes.fromhex("1122334455667788"), 1024))
     (out / "kcdsa_random.bin").write_bytes(kcdsa_random)
 

@@ -25,10 +25,13 @@ KCDSA_WITH_SHA1 = "1.2.410.200004.1.9"
 SHA256_WITH_RSA = "1.2.840.113549.1.1.11"
 
 
-def kcdsa_public_key(vectors_file):
-    k = vectors.kcdsa_domain(vectors_file)
-    algorithm = der.seq(der.oid(KCDSA), der.seq(der.integer(k["p"]), der.integer(k["q"]), der.integer(k["g"])))
-    return der.seq(algorithm, der.bits(der.integer(k["y"])))
+def kcdsa_algorithm(k):
+    return der.seq(der.oid(KCDSA), der.seq(der.integer(k["p"]), der.integer(k["q"]), der.integer(k["g"])))
+
+
+def kcdsa_public_key(k):
+    """The SubjectPublicKeyInfo of the key k (p, q, g, y)."""
+    return der.seq(kcdsa_algorithm(k), der.bits(der.integer(k["y"])))
 
 
 def name(common_name):
@@ -45,12 +48,14 @@ def extensions(ca):
     return der.context(3, der.seq(ext("2.5.29.19", basic), ext("2.5.29.15", usage)))
 
 
-def tbs(serial, signature_oid, issuer, subject, public_key, ca):
+FIXED_VALIDITY = der.seq(der.tlv(0x17, b"200101000000Z"), der.tlv(0x18, b"20991231235959Z"))
+
+
+def tbs(serial, signature_oid, issuer, subject, public_key, exts, validity=FIXED_VALIDITY):
     signature = der.seq(der.oid(signature_oid), der.null()) if signature_oid == SHA256_WITH_RSA \
         else der.seq(der.oid(signature_oid))
-    validity = der.seq(der.tlv(0x17, b"200101000000Z"), der.tlv(0x18, b"20991231235959Z"))
     return der.seq(der.context(0, der.integer(2)), der.integer(serial), signature, issuer, validity,
-                   subject, public_key, extensions(ca)), signature
+                   subject, public_key, exts), signature
 
 
 def certificate(body, signature_algorithm, signature):
@@ -63,13 +68,13 @@ def rsa_signed(body, signature_algorithm, key_pem):
     return certificate(body, signature_algorithm, signature)
 
 
-def main(intermediate_der, intermediate_key, leaf_der, vectors, out_dir):
+def main(intermediate_der, intermediate_key, leaf_der, vectors_file, out_dir):
     out = Path(out_dir)
     issuer = der.children(der.children(Path(intermediate_der).read_bytes())[0])[5]  # its subject
-    key = kcdsa_public_key(vectors)
+    key = kcdsa_public_key(vectors.kcdsa_domain(vectors_file))
     for file, serial, subject, ca in (("kcdsa_leaf.der", 0x2001, "vqxml KCDSA Leaf", False),
                                       ("kcdsa_ca.der", 0x2002, "vqxml KCDSA CA", True)):
-        body, algorithm = tbs(serial, SHA256_WITH_RSA, issuer, name(subject), key, ca)
+        body, algorithm = tbs(serial, SHA256_WITH_RSA, issuer, name(subject), key, extensions(ca))
         (out / file).write_bytes(rsa_signed(body, algorithm, intermediate_key))
     rsa_key = der.children(der.children(Path(leaf_der).read_bytes())[0])[6]
     placeholder = der.seq(der.integer(1), der.integer(1))
@@ -77,7 +82,7 @@ def main(intermediate_der, intermediate_key, leaf_der, vectors, out_dir):
             ("kcdsa_under_kcdsa.der", 0x2003, "vqxml KCDSA Under KCDSA", key),
             ("rsa_under_kcdsa.der", 0x2004, "vqxml RSA Under KCDSA", rsa_key)):
         body, algorithm = tbs(serial, KCDSA_WITH_SHA1, name("vqxml KCDSA CA"), name(subject),
-                              subject_key, False)
+                              subject_key, extensions(False))
         (out / file).write_bytes(certificate(body, algorithm, placeholder))
 
 
