@@ -23,21 +23,25 @@ public class BindingTests
     static readonly string DataDir = Environment.GetEnvironmentVariable("VQXML_TEST_DATA") ?? "tests/data";
     static readonly Dictionary<string, List<string[]>> Cases = new Dictionary<string, List<string[]>>();
     static readonly Dictionary<string, string> Files = new Dictionary<string, string>();
-    public static IEnumerable<string> SharedCases
-    {
-        get { return File.Exists(Table) ? (IEnumerable<string>)Cases.Keys : new[] { "test input missing: " + Table }; }
-    }
 
     static BindingTests()
     {
         List<string[]> current = null;
-        foreach (string[] f in (File.Exists(Table) ? File.ReadAllLines(Table, Encoding.UTF8) : new string[0]).Select(l => l.Split('\t')))
+        foreach (string line in File.Exists(Table) ? File.ReadAllLines(Table, Encoding.UTF8) : new string[0])
+        {
+            string[] f = line.Split('\t');
             if (f[0] == "file")
                 Files[f[1]] = Path.Combine(DataDir, f[2]);
             else if (f[0] == "case")
                 Cases[f[1]] = current = new List<string[]> { f };
-            else if (f[0] != "" && !f[0].StartsWith("#"))
+            else if (line != "" && !line.StartsWith("#"))
                 current.Add(f);
+        }
+    }
+
+    public static IEnumerable<string> SharedCases
+    {
+        get { return File.Exists(Table) ? (IEnumerable<string>)Cases.Keys : new[] { "test input missing: " + Table }; }
     }
 
     [Test, TestCaseSource("SharedCases")]
@@ -62,8 +66,9 @@ public class BindingTests
 
     static void Step(string[] f, Dictionary<string, object> values)
     {
-        int at = Array.FindIndex(f, 2, x => new[] { "=>", "==", "~~", "!~", "!!" }.Contains(x));
-        at = at < 0 ? f.Length : at;
+        int at = 2;
+        while (at < f.Length && !new[] { "=>", "==", "~~", "!~", "!!" }.Contains(f[at]))
+            ++at;
         string check = at < f.Length ? f[at] : "", where = string.Join(" ", f);
         object result;
         try
@@ -74,7 +79,8 @@ public class BindingTests
         {
             if (check != "!!")
                 throw new Exception(where, e.InnerException);
-            Assert.IsTrue(RefusedAs(e.InnerException, f[at + 1], f.Length > at + 2 ? f[at + 2] : ""), where + ": " + e.InnerException);
+            string text = f.Length > at + 2 ? f[at + 2] : "";
+            Assert.IsTrue(RefusedAs(e.InnerException, f[at + 1], text), where + ": " + e.InnerException);
             return;
         }
         Assert.AreNotEqual("!!", check, where + ": succeeded");
@@ -83,7 +89,8 @@ public class BindingTests
         else if (check != "")
         {
             string actual = Norm(result), wanted = Norm(Arg(f[at + 1], typeof(string), values));
-            Assert.IsTrue(check == "==" ? wanted == actual : actual.Contains(wanted) == (check == "~~"), where + " (was " + actual + ")");
+            bool holds = check == "==" ? wanted == actual : actual.Contains(wanted) == (check == "~~");
+            Assert.IsTrue(holds, where + " (was " + actual + ")");
         }
     }
 
@@ -96,11 +103,13 @@ public class BindingTests
             return Latin1.GetBytes(f[1] == "concat" ? string.Concat(p) : p[0].Replace(p[1], p[2]));
         }
         object target = values[f[0]];
-        string name = f[1] == "close" ? "Dispose" : f[1];
-        MethodInfo method = target.GetType().GetMethods().FirstOrDefault(m => Same(m.Name, name) && m.GetParameters().Length == at - 2);
-        if (method == null && at == 2)  // a getter is a property here
-            return target.GetType().GetProperties().First(p => Same(p.Name, name)).GetValue(target, null);
-        return method.Invoke(target, method.GetParameters().Select((p, i) => Arg(f[i + 2], p.ParameterType, values)).ToArray());
+        string name = f[1] == "close" ? "Dispose" : f[1];  // a getter is a property here
+        MethodInfo method = target.GetType().GetMethods().FirstOrDefault(
+            m => (Same(m.Name, name) || Same(m.Name, "get" + name)) && m.GetParameters().Length == at - 2);
+        if (method == null)
+            Assert.Fail("no method for " + string.Join(" ", f));
+        object[] args = method.GetParameters().Select((p, i) => Arg(f[i + 2], p.ParameterType, values)).ToArray();
+        return method.Invoke(target, args);
     }
 
     // Whether e is the binding's own refusal named, or the library's status with its text.
@@ -121,23 +130,29 @@ public class BindingTests
         if (a.StartsWith("@"))
             return values.ContainsKey(a.Substring(1)) ? values[a.Substring(1)] : Data(a.Substring(1));
         if (Regex.IsMatch(a, @"^[A-Z]\w*\.[A-Z][A-Z0-9_]*$"))
-            return type.IsEnum ? Enum.Parse(type, parts[1].Replace("_", ""), true) : Constant(typeof(Handle).Assembly.GetType("Vqxml." + parts[0]), parts[1]);
+            return type.IsEnum ? Enum.Parse(type, parts[1].Replace("_", ""), true)
+                               : Constant(typeof(Handle).Assembly.GetType("Vqxml." + parts[0]), parts[1]);
         string text = Regex.Replace(a.Replace("\\r", "\r").Replace("\\n", "\n").Replace("\\0", "\0"), "^b:", "");
         return type == typeof(byte[]) ? (object)Encoding.UTF8.GetBytes(text) : text;
     }
 
     static object Constant(Type holder, string name)
     {
-        return holder.GetField(name.Replace("_", ""), BindingFlags.Public | BindingFlags.Static | BindingFlags.IgnoreCase).GetValue(null);
+        const BindingFlags flags = BindingFlags.Public | BindingFlags.Static | BindingFlags.IgnoreCase;
+        return holder.GetField(name.Replace("_", ""), flags).GetValue(null);
     }
 
-    static bool Same(string member, string name) { return string.Equals(member, name.Replace("_", ""), StringComparison.OrdinalIgnoreCase); }
+    static bool Same(string member, string name)
+    {
+        return string.Equals(member.Replace("_", ""), name.Replace("_", ""), StringComparison.OrdinalIgnoreCase);
+    }
 
     static byte[] Data(string name)
     {
-        if (!Files.ContainsKey(name) || !File.Exists(Files[name]))
-            Assert.Fail("test input missing: " + (Files.ContainsKey(name) ? Files[name] : "@" + name));
-        return File.ReadAllBytes(Files[name]);
+        string path = Files.ContainsKey(name) ? Files[name] : "@" + name;
+        if (!File.Exists(path))
+            Assert.Fail("test input missing: " + path);
+        return File.ReadAllBytes(path);
     }
 
     // Any result or expectation as the bytes it stands for, one character each; true and enum
@@ -185,8 +200,9 @@ public class BindingTests
     public void CasesOnManyThreadsAndHandlesLeftToTheFinalizer()
     {
         // Eight threads of their own; a failure on any comes back from WaitAll.
-        Task.WaitAll(Enumerable.Range(0, 8).Select(t => Task.Factory.StartNew(() =>
-            Enumerable.Range(0, 25).ToList().ForEach(i => Run("tax_invoice")), TaskCreationOptions.LongRunning)).ToArray());
+        Action signing = () => Enumerable.Range(0, 25).ToList().ForEach(i => Run("tax_invoice"));
+        Task.WaitAll(Enumerable.Range(0, 8)
+            .Select(t => Task.Factory.StartNew(signing, TaskCreationOptions.LongRunning)).ToArray());
         using (new Certificates())  // so that the engines stay up
             for (int i = 0; i < 5000; ++i)
             {

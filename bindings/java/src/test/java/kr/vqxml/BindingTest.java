@@ -79,7 +79,8 @@ class BindingTest {
         } catch (InvocationTargetException e) {
             if (!check.equals("!!"))
                 throw new AssertionError(where, e.getCause());
-            assertTrue(refusedAs(e.getCause(), f[at + 1], f.length > at + 2 ? f[at + 2] : ""), where + ": " + e.getCause());
+            String text = f.length > at + 2 ? f[at + 2] : "";
+            assertTrue(refusedAs(e.getCause(), f[at + 1], text), where + ": " + e.getCause());
             return;
         }
         assertNotEquals("!!", check, where + ": succeeded");
@@ -114,7 +115,8 @@ class BindingTest {
     static boolean refusedAs(Throwable e, String status, String text) throws Exception {
         if (REFUSALS.containsKey(status))
             return REFUSALS.get(status).isInstance(e);
-        int wanted = status.matches("\\d+") ? Integer.parseInt(status) : VqxmlException.class.getField(status).getInt(null);
+        int wanted = status.matches("\\d+") ? Integer.parseInt(status)
+                                             : VqxmlException.class.getField(status).getInt(null);
         return e instanceof VqxmlException x && x.status() == wanted && x.getMessage().contains(text)
             && (x.getMessage().contains(" > ") || wanted == 10104);
     }
@@ -126,17 +128,19 @@ class BindingTest {
         if (a.startsWith("@"))
             return values.containsKey(name) ? values.get(name) : READ.computeIfAbsent(name, BindingTest::data);
         if (a.matches("[A-Z]\\w*\\.[A-Z][A-Z0-9_]*"))
-            return type.isEnum() ? Arrays.stream(type.getEnumConstants()).filter(c -> c.toString().equals(name)).findAny().get()
+            return type.isEnum() ? Arrays.stream(type.getEnumConstants()).filter(c -> ((Enum<?>) c).name().equals(name))
+                                         .findAny().get()
                                  : Class.forName("kr.vqxml." + a.substring(0, a.indexOf('.'))).getField(name).get(null);
         String text = a.replace("\\r", "\r").replace("\\n", "\n").replace("\\0", "\0").replaceFirst("^b:", "");
         return type == byte[].class ? text.getBytes(UTF_8) : text;
     }
 
     static byte[] data(String name) {
+        Path path = FILES.getOrDefault(name, Paths.get("@" + name));
         try {
-            return Files.readAllBytes(FILES.get(name));
-        } catch (IOException | NullPointerException e) {
-            throw new AssertionError("test input missing: " + FILES.getOrDefault(name, Paths.get("@" + name)), e);
+            return Files.readAllBytes(path);
+        } catch (IOException e) {
+            throw new AssertionError("test input missing: " + path, e);
         }
     }
 
@@ -144,8 +148,9 @@ class BindingTest {
     static String norm(Object value) {
         if (value instanceof byte[] bytes)
             return new String(bytes, ISO_8859_1);
-        String text = String.valueOf(value instanceof List<?> list ? String.join(" ", list.toArray(new String[0])) : value);
-        return new String(text.getBytes(UTF_8), ISO_8859_1);
+        if (value instanceof List<?> list)
+            value = String.join(" ", list.toArray(new String[0]));
+        return new String(String.valueOf(value).getBytes(UTF_8), ISO_8859_1);
     }
 
     /** What the process holds from malloc (src/test/c/malloc_bytes.c). */
