@@ -22,7 +22,6 @@ public class BindingTests
     static readonly string Table = Environment.GetEnvironmentVariable("VQXML_BINDING_CASES") ?? "bindings/cases.tsv";
     static readonly string DataDir = Environment.GetEnvironmentVariable("VQXML_TEST_DATA") ?? "tests/data";
     static readonly Dictionary<string, List<string[]>> Cases = new Dictionary<string, List<string[]>>();
-    static readonly Dictionary<string, string> Files = new Dictionary<string, string>();
 
     static BindingTests()
     {
@@ -30,9 +29,7 @@ public class BindingTests
         foreach (string line in File.Exists(Table) ? File.ReadAllLines(Table, Encoding.UTF8) : new string[0])
         {
             string[] f = line.Split('\t');
-            if (f[0] == "file")
-                Files[f[1]] = Path.Combine(DataDir, f[2]);
-            else if (f[0] == "case")
+            if (f[0] == "case")
                 Cases[f[1]] = current = new List<string[]> { f };
             else if (line != "" && !line.StartsWith("#"))
                 current.Add(f);
@@ -149,7 +146,7 @@ public class BindingTests
 
     static byte[] Data(string name)
     {
-        string path = Files.ContainsKey(name) ? Files[name] : "@" + name;
+        string path = Path.Combine(DataDir, name);
         if (!File.Exists(path))
             Assert.Fail("test input missing: " + path);
         return File.ReadAllBytes(path);

@@ -14,11 +14,9 @@ import vqxml
 DATA = pathlib.Path(os.environ.get("VQXML_TEST_DATA", pathlib.Path(__file__).parents[3] / "tests" / "data"))
 TABLE = pathlib.Path(os.environ.get("VQXML_BINDING_CASES", pathlib.Path(__file__).parents[2] / "cases.tsv"))
 REFUSALS = {"arg": ValueError, "closed": ValueError}  # a NUL in a text; a closed handle
-FILES, CASES = {}, {} if TABLE.exists() else {f"test input missing: {TABLE}": None}
+CASES = {} if TABLE.exists() else {f"test input missing: {TABLE}": None}
 for f in (line.split("\t") for line in (TABLE.read_text("utf-8").splitlines() if TABLE.exists() else [])):
-    if f[0] == "file":
-        FILES[f[1]] = DATA / f[2]
-    elif f[0] == "case":
+    if f[0] == "case":
         CASES[f[1]] = [f]
     elif f[0] and not f[0].startswith("#"):
         CASES[next(reversed(CASES))].append(f)
@@ -30,7 +28,7 @@ def arg(a, values):
     if a.startswith("@"):
         if a[1:] in values:
             return values[a[1:]]
-        path = FILES.get(a[1:], pathlib.Path(a))
+        path = DATA / a[1:]
         return path.read_bytes() if path.exists() else pytest.fail(f"test input missing: {path}")
     if re.fullmatch(r"[A-Z]\w*\.[A-Z][A-Z0-9_]*", a):
         holder, name = a.split(".")

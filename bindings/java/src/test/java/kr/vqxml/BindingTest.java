@@ -20,7 +20,6 @@ class BindingTest {
     static final Map<String, Class<?>> REFUSALS =
         Map.of("arg", IllegalArgumentException.class, "closed", IllegalStateException.class);
     static final Map<String, List<String[]>> CASES = new LinkedHashMap<>();
-    static final Map<String, Path> FILES = new HashMap<>();
     static final Map<String, byte[]> READ = new ConcurrentHashMap<>();
 
     static {
@@ -30,9 +29,7 @@ class BindingTest {
         try {
             for (String line : Files.readAllLines(table, UTF_8)) {
                 String[] f = line.split("\t");
-                if (f[0].equals("file"))
-                    FILES.put(f[1], Paths.get(System.getProperty("vqxml.testdata", "tests/data"), f[2]));
-                else if (f[0].equals("case"))
+                if (f[0].equals("case"))
                     CASES.put(f[1], current = new ArrayList<>(List.<String[]>of(f)));
                 else if (!line.isEmpty() && !line.startsWith("#"))
                     current.add(f);
@@ -136,7 +133,7 @@ class BindingTest {
     }
 
     static byte[] data(String name) {
-        Path path = FILES.getOrDefault(name, Paths.get("@" + name));
+        Path path = Paths.get(System.getProperty("vqxml.testdata", "tests/data"), name);
         try {
             return Files.readAllBytes(path);
         } catch (IOException e) {
