@@ -24,6 +24,7 @@
 #include "core/adapter/DomLinking.hpp"
 #include "core/adapter/ElementMaker.hpp"
 #include "core/adapter/QuickDOMParser.hpp"
+#include "core/adapter/TextRoom.hpp"
 #include "core/RecyclingMemoryManager.hpp"
 #include "core/ParseLimits.hpp"
 #include "core/VQXMLException.hpp"
@@ -232,7 +233,7 @@ private:
     void flushText() {
         if (m_text.empty())
             return;
-        appendNewChild(parent(), m_doc->createTextNode(m_text.c_str()));
+        appendNewChild(parent(), exactText(m_doc, m_text.data(), m_text.size()));
         m_text.clear();
     }
 

@@ -62,6 +62,10 @@ void vqxml::QuickDOMParser::docCharacters(const XMLCh* chars, XMLSize_t length, 
     fCurrentNode = text;
 }
 
+DOMText* vqxml::QuickDOMParser::createText(const XMLCh* chars, XMLSize_t length) {
+    return exactText(fDocument, chars, length);
+}
+
 void vqxml::QuickDOMParser::finishLongText() {
     if (m_longText == nullptr)
         return;
@@ -135,7 +139,7 @@ void vqxml::QuickDOMParser::addAttributes(DOMElement* element, const RefVectorOf
         auto* attribute = static_cast<DOMAttrImpl*>(createAttrNS(uri, prefix, localName, source->getQName()));
         map->setNamedItemNSFast(attribute);
         if (source->getValue() != nullptr)
-            appendNewChild(attribute, fDocument->createTextNode(source->getValue()));
+            appendNewChild(attribute, exactText(fDocument, source->getValue(), XMLString::stringLen(source->getValue())));
         attribute->fNode.isSpecified(source->getSpecified());
     }
 }

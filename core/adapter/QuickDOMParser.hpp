@@ -38,6 +38,8 @@ public:
     void endElement(const XERCES_CPP_NAMESPACE::XMLElementDecl& decl, unsigned int urlId, bool isRoot,
                     const XMLCh* prefix) override;
     void docCharacters(const XMLCh* chars, XMLSize_t length, bool cdataSection) override;
+    // Every text the parser makes, its buffer no longer than its value.
+    XERCES_CPP_NAMESPACE::DOMText* createText(const XMLCh* chars, XMLSize_t length) override;
     void startDocument() override;
 
     static constexpr XMLSize_t kTextPiece = 16 * 1024;

@@ -36,6 +36,15 @@ XMLCh* roomAfter(DOMText* text, std::size_t kept, std::size_t length) {
 
 }  // namespace
 
+DOMText* vqxml::exactText(DOMDocument* doc, const XMLCh* chars, std::size_t length) {
+    auto* impl = static_cast<DOMDocumentImpl*>(doc);
+    // A new text takes a buffer the document was handed back when one is large
+    // enough, looking at the last one first: so it takes this one. (The buffer
+    // must be longer than the value; the DOMBuffer adds the terminator's unit.)
+    impl->releaseBuffer(new (impl) DOMBuffer(impl, length + 1));
+    return new (impl, DOMMemoryManager::TEXT_OBJECT) DOMTextImpl(impl, chars, length);
+}
+
 XMLCh* vqxml::textRoom(DOMText* text, std::size_t length) {
     return roomAfter(text, 0, length);
 }
