@@ -2,6 +2,8 @@
 
 #include <xercesc/dom/impl/DOMDocumentImpl.hpp>
 #include <xercesc/dom/impl/DOMElementNSImpl.hpp>
+#include <xercesc/util/XMLString.hpp>
+#include <xercesc/util/XMLUniDefs.hpp>
 
 #include "core/adapter/Upstream.hpp"
 
@@ -13,6 +15,7 @@ namespace {
 // reach them on any element of that class.
 struct ElementNames : DOMElementNSImpl {
     ElementNames() = delete;
+    static constexpr const XMLCh* DOMElementImpl::*kQName = &ElementNames::fName;
     static constexpr const XMLCh* DOMElementNSImpl::*kUri = &ElementNames::fNamespaceURI;
     static constexpr const XMLCh* DOMElementNSImpl::*kLocalName = &ElementNames::fLocalName;
     static constexpr const XMLCh* DOMElementNSImpl::*kPrefix = &ElementNames::fPrefix;
@@ -36,6 +39,39 @@ DOMElement* vqxml::ElementMaker::make(const XMLCh* uri, const XMLCh* qName) {
         }
     // The first of its name is named the DOM's own way.
     element->setName(uri, qName);
-    named.push_back({uri, element->getNamespaceURI(), element->getLocalName(), element->getPrefix()});
+    named.push_back({uri, element->getNamespaceURI(), element->getLocalName(), element->getPrefix(),
+                     element->getNodeName()});
+    return element;
+}
+
+DOMElement* vqxml::ElementMaker::make(const void* key, const XMLCh* uri, const XMLCh* prefix,
+                                      const XMLCh* localName) {
+    if (uri != nullptr && *uri == 0)
+        uri = nullptr;
+    auto* doc = static_cast<DOMDocumentImpl*>(m_doc);
+    std::vector<Names>& keyed = m_keyed[key];
+    // A document type may give elements default attributes by their name,
+    // which an element made without it would miss.
+    if (doc->getDoctype() == nullptr)
+        for (const Names& n : keyed)
+            if (n.scannerUri == uri && XMLString::equals(n.prefix, prefix)) {
+                static const XMLCh kNoName[] = {0};
+                auto* element = new (doc, DOMMemoryManager::ELEMENT_NS_OBJECT) DOMElementNSImpl(doc, kNoName);
+                element->*ElementNames::kQName = n.qName;
+                element->*ElementNames::kUri = n.uri;
+                element->*ElementNames::kLocalName = n.localName;
+                element->*ElementNames::kPrefix = n.prefix;
+                return element;
+            }
+    const XMLCh* qName = localName;
+    if (prefix != nullptr && *prefix != 0) {
+        m_qName.assign(prefix);
+        m_qName += chColon;
+        m_qName += localName;
+        qName = m_qName.c_str();
+    }
+    DOMElement* element = make(uri, qName);
+    keyed.push_back({uri, element->getNamespaceURI(), element->getLocalName(), element->getPrefix(),
+                     element->getNodeName()});
     return element;
 }

@@ -110,14 +110,9 @@ void vqxml::QuickDOMParser::startDocument() {
 }
 
 DOMElement* vqxml::QuickDOMParser::makeElement(const XMLElementDecl& decl, unsigned int urlId, const XMLCh* prefix) {
-    const XMLCh* localName = decl.getBaseName();
     const XMLCh* uri = urlId == fScanner->getEmptyNamespaceId() ? nullptr : fScanner->getURIText(urlId);
-    if (prefix == nullptr || *prefix == 0)
-        return m_elements->make(uri, localName);
-    m_qname.assign(prefix);
-    m_qname += chColon;
-    m_qname += localName;
-    return m_elements->make(uri, m_qname.c_str());
+    // The scanner keeps one declaration for each name while it parses.
+    return m_elements->make(&decl, uri, prefix, decl.getBaseName());
 }
 
 void vqxml::QuickDOMParser::addAttributes(DOMElement* element, const RefVectorOf<XMLAttr>& attributes,

@@ -60,7 +60,6 @@ private:
     bool endQuickly();
     void finishLongText();
 
-    std::basic_string<XMLCh> m_qname;
     std::optional<ElementMaker> m_elements;  // the parse's
     // The text node whose later pieces are kept aside, and those pieces.
     XERCES_CPP_NAMESPACE::DOMText* m_longText = nullptr;
