@@ -4,23 +4,37 @@
 #include <array>
 #include <type_traits>
 
-#include <openssl/evp.h>
-
 namespace vqxml {
 
 namespace {
 
 constexpr std::size_t kLineBytes = 57;  // 76 characters
+constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-// Written here rather than with the provider's coder, whose buffers grow a
-// kilobyte at a time and made large CipherValues slow; the lines are the same.
+// Lines of 76 characters, each but the last ended by a line feed, as the
+// provider's coder writes them. Written here, straight into the text's own
+// characters: the provider's coder grows its buffers a kilobyte at a time and
+// writes octets that would then be widened one by one.
 template <class Char>
 void writeLines(const std::uint8_t* bytes, std::size_t n, Char* out) {
-    unsigned char line[77];
     for (std::size_t at = 0; at < n; at += kLineBytes) {
         const std::size_t take = std::min(kLineBytes, n - at);
-        const int written = EVP_EncodeBlock(line, bytes + at, static_cast<int>(take));
-        out = std::copy(line, line + written, out);
+        const std::uint8_t* p = bytes + at;
+        const std::uint8_t* const whole = p + take / 3 * 3;
+        for (; p < whole; p += 3, out += 4) {
+            const std::uint32_t group = std::uint32_t(p[0]) << 16 | std::uint32_t(p[1]) << 8 | p[2];
+            out[0] = static_cast<Char>(kAlphabet[group >> 18]);
+            out[1] = static_cast<Char>(kAlphabet[(group >> 12) & 63]);
+            out[2] = static_cast<Char>(kAlphabet[(group >> 6) & 63]);
+            out[3] = static_cast<Char>(kAlphabet[group & 63]);
+        }
+        if (take % 3 != 0) {
+            const std::uint32_t group = std::uint32_t(p[0]) << 16 | (take % 3 == 2 ? std::uint32_t(p[1]) << 8 : 0);
+            *out++ = static_cast<Char>(kAlphabet[group >> 18]);
+            *out++ = static_cast<Char>(kAlphabet[(group >> 12) & 63]);
+            *out++ = static_cast<Char>(take % 3 == 2 ? kAlphabet[(group >> 6) & 63] : '=');
+            *out++ = static_cast<Char>('=');
+        }
         if (take == kLineBytes)
             *out++ = '\n';
     }
@@ -63,9 +77,8 @@ constexpr std::array<std::uint8_t, 256> decodingTable() {
     std::array<std::uint8_t, 256> table{};
     for (auto& v : table)
         v = kBad;
-    const char alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     for (std::uint8_t i = 0; i < 64; ++i)
-        table[static_cast<unsigned char>(alphabet[i])] = i;
+        table[static_cast<unsigned char>(kAlphabet[i])] = i;
     table[' '] = table['\t'] = table['\r'] = table['\n'] = kSkip;
     table['='] = kPad;
     return table;

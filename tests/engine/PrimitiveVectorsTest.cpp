@@ -7,6 +7,7 @@
 #include <openssl/evp.h>
 
 #include "TestSupport.hpp"
+#include "engine/Base64.hpp"
 #include "engine/korean/CbcCipher.hpp"
 #include "engine/korean/CryptoError.hpp"
 #include "engine/korean/Digest.hpp"
@@ -122,6 +123,29 @@ Bytes openSslTripleDes(bool encrypt, const Bytes& key, const Bytes& iv, const By
 }
 
 }  // namespace
+
+// The lines a CipherValue is written in are OpenSSL's coder's, at every length
+// around the end of a group and of a line.
+TEST(Base64Lines, AsOpenSSLWritesThemAndBack) {
+    std::mt19937 random(76);
+    for (std::size_t n = 0; n <= 3 * 57 + 3; ++n) {
+        std::vector<unsigned char> bytes(n);
+        for (auto& b : bytes)
+            b = static_cast<unsigned char>(random());
+        std::string expected;
+        for (std::size_t at = 0; at < n; at += 57) {
+            unsigned char line[80];
+            const std::size_t take = std::min<std::size_t>(57, n - at);
+            expected.append(reinterpret_cast<char*>(line), std::size_t(EVP_EncodeBlock(line, &bytes[at], int(take))));
+            if (take == 57)
+                expected += '\n';
+        }
+        EXPECT_EQ(vqxml::base64Text(bytes), expected) << n << " bytes";
+        EXPECT_EQ(vqxml::base64Encode(bytes), vqxml::XString(expected.begin(), expected.end())) << n << " bytes";
+        std::vector<std::uint8_t> back;
+        EXPECT_TRUE(vqxml::base64Decode(expected.c_str(), back) && back == bytes) << n << " bytes";
+    }
+}
 
 TEST(TripleDesCbc, PublishedVectorsInBothForms) {
     const struct {
