@@ -79,6 +79,9 @@ INSTANTIATE_TEST_SUITE_P(
         "<r xmlns='urn:d' xmlns:p='urn:p'><a p:x='1' y='2'>text &amp; more<p:b/><c xmlns=''>in none</c></a></r>",
         "<p:r xmlns:p='urn:p'><p:a>1</p:a>tail<!--note--><?pi data?><![CDATA[<raw>]]>after</p:r>",
         "<r>\xed\x95\x9c\xea\xb8\x80 <e></e><e/>\n  <f a='&#x9;&lt;'/></r>",
+        // one name under several namespaces, one namespace under several prefixes
+        "<r xmlns:p='urn:1'><p:a/><p:a xmlns:p='urn:2'><p:a/></p:a><q:a xmlns:q='urn:1'/><a/><a xmlns='urn:1'><a/></a>"
+        "<p:a/></r>",
         "<r xml:lang='ko' xmlns:q='urn:q' q:a=''><q:e xmlns:q='urn:other' b='1' q:b='2'/>\xf0\x9f\x98\x80</r>",
         "<!DOCTYPE r [<!ATTLIST e id ID #IMPLIED d CDATA 'dflt'><!ENTITY ent 'expanded'>]>"
         "<r><e id='x1'>&ent;</e><e d='given'/><g>&ent;&ent;</g></r>"));
