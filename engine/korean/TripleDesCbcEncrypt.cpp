@@ -151,15 +151,17 @@ std::uint64_t finalPermutation(std::uint64_t y) {
 }
 
 // The 48 subkeys of EDE3 encryption (K1's forwards, K2's backwards, K3's
-// forwards), spread, folded as the rounds use them: the first round looks up
-// the right half XOR first, the left half is carried XOR second; after round r
-// the carried value is advanced by XOR next[r]. Wiped on destruction.
+// forwards), spread, folded as the rounds use them. The first round looks up
+// the right half XOR first and carries the left half XOR second. After round
+// r, the value it looked up XOR next[r] is the next round's carried value; at
+// a join, where the half looked up stays, it is the next value looked up and
+// the round's output is carried instead. Wiped on destruction.
 struct EncryptionKeys {
     std::uint64_t first = 0, second = 0;
     std::uint64_t next[48] = {};
 
     explicit EncryptionKeys(const std::uint8_t key[kTripleDesKeySize]) {
-        std::uint64_t k[49] = {};  // k[48]: none, for the last round
+        std::uint64_t k[48];
         for (int d = 0; d < 3; ++d) {
             std::uint64_t subkeys[kDesRounds];
             desSubkeys(key + 8 * d, subkeys);
