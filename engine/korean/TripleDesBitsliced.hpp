@@ -17,6 +17,7 @@
 
 #include <openssl/crypto.h>
 
+#include "engine/korean/DesTables.hpp"
 #include "engine/korean/TripleDesRoundKeys.hpp"
 
 namespace vqxml::korean {
@@ -25,23 +26,11 @@ namespace bitsliced {
 
 #include "engine/korean/DesSboxCircuits.inc"
 
-// FIPS 46-3: the initial permutation IP, the expansion E and the permutation P,
-// each giving the 1-based input bit of every output bit.
-constexpr int kIP[64] = {58, 50, 42, 34, 26, 18, 10, 2, 60, 52, 44, 36, 28, 20, 12, 4,
-                         62, 54, 46, 38, 30, 22, 14, 6, 64, 56, 48, 40, 32, 24, 16, 8,
-                         57, 49, 41, 33, 25, 17, 9,  1, 59, 51, 43, 35, 27, 19, 11, 3,
-                         61, 53, 45, 37, 29, 21, 13, 5, 63, 55, 47, 39, 31, 23, 15, 7};
-constexpr int kE[48] = {32, 1,  2,  3,  4,  5,  4,  5,  6,  7,  8,  9,  8,  9,  10, 11,
-                        12, 13, 12, 13, 14, 15, 16, 17, 16, 17, 18, 19, 20, 21, 20, 21,
-                        22, 23, 24, 25, 24, 25, 26, 27, 28, 29, 28, 29, 30, 31, 32, 1};
-constexpr int kP[32] = {16, 7, 20, 21, 29, 12, 28, 17, 1,  15, 23, 26, 5,  18, 31, 10,
-                        2,  8, 24, 14, 32, 27, 3,  9,  19, 13, 30, 6,  22, 11, 4,  25};
-
 // Where S-box output bit m (0-based) lands in the round's left half.
 constexpr std::array<int, 32> sboxOutputTargets() {
     std::array<int, 32> to{};
     for (int j = 0; j < 32; ++j)
-        to[kP[j] - 1] = j;
+        to[des::kP[j] - 1] = j;
     return to;
 }
 constexpr std::array<int, 32> kToLeft = sboxOutputTargets();
@@ -60,7 +49,7 @@ inline W broadcast(std::uint64_t v) {
 template <class W>
 inline __attribute__((always_inline)) void feistel(W* __restrict l, const W* __restrict r,
                                                    const std::uint64_t* k) {
-    auto x = [&](int j) { return r[kE[j] - 1] ^ broadcast<W>(k[j]); };
+    auto x = [&](int j) { return r[des::kE[j] - 1] ^ broadcast<W>(k[j]); };
     auto y = [&](int m) -> W& { return l[kToLeft[m]]; };
     s1(x(0), x(1), x(2), x(3), x(4), x(5), y(0), y(1), y(2), y(3));
     s2(x(6), x(7), x(8), x(9), x(10), x(11), y(4), y(5), y(6), y(7));
@@ -137,7 +126,7 @@ void decryptBatch(const TripleDesRoundKeys& keys, const std::uint8_t* in, std::s
     // After IP, state[0..31] is L0 and state[32..63] R0.
     W state[64];
     for (int i = 0; i < 64; ++i)
-        state[i] = rows[wordOfBit(kIP[i])];
+        state[i] = rows[wordOfBit(des::kIP[i])];
     W* a = state;
     W* b = state + 32;
     sixteenRounds(a, b, keys.mask);       // D_K3
@@ -145,7 +134,7 @@ void decryptBatch(const TripleDesRoundKeys& keys, const std::uint8_t* in, std::s
     sixteenRounds(a, b, keys.mask + 32);  // D_K1
     // The output R16 || L16 = b || a goes through FP, the inverse of IP.
     for (int i = 0; i < 64; ++i)
-        rows[wordOfBit(kIP[i])] = state[(i + 32) % 64];
+        rows[wordOfBit(des::kIP[i])] = state[(i + 32) % 64];
 
     transpose(rows);
     for (std::size_t i = 0; i < 64; ++i) {
