@@ -23,6 +23,18 @@ struct ElementNames : DOMElementNSImpl {
 
 }  // namespace
 
+void vqxml::ElementMaker::giveNames(DOMElement* element, const Names& names) {
+    auto* named = static_cast<DOMElementNSImpl*>(element);
+    named->*ElementNames::kUri = names.uri;
+    named->*ElementNames::kLocalName = names.localName;
+    named->*ElementNames::kPrefix = names.prefix;
+}
+
+vqxml::ElementMaker::Names vqxml::ElementMaker::namesOf(const XMLCh* scannerUri, const DOMElement* element) {
+    return {scannerUri, element->getNamespaceURI(), element->getLocalName(), element->getPrefix(),
+            element->getNodeName()};
+}
+
 DOMElement* vqxml::ElementMaker::make(const XMLCh* uri, const XMLCh* qName) {
     if (uri != nullptr && *uri == 0)
         uri = nullptr;
@@ -32,15 +44,12 @@ DOMElement* vqxml::ElementMaker::make(const XMLCh* uri, const XMLCh* qName) {
     std::vector<Names>& named = m_names[element->getNodeName()];
     for (const Names& n : named)
         if (n.scannerUri == uri) {
-            element->*ElementNames::kUri = n.uri;
-            element->*ElementNames::kLocalName = n.localName;
-            element->*ElementNames::kPrefix = n.prefix;
+            giveNames(element, n);
             return element;
         }
     // The first of its name is named the DOM's own way.
     element->setName(uri, qName);
-    named.push_back({uri, element->getNamespaceURI(), element->getLocalName(), element->getPrefix(),
-                     element->getNodeName()});
+    named.push_back(namesOf(uri, element));
     return element;
 }
 
@@ -58,9 +67,7 @@ DOMElement* vqxml::ElementMaker::make(const void* key, const XMLCh* uri, const X
                 static const XMLCh kNoName[] = {0};
                 auto* element = new (doc, DOMMemoryManager::ELEMENT_NS_OBJECT) DOMElementNSImpl(doc, kNoName);
                 element->*ElementNames::kQName = n.qName;
-                element->*ElementNames::kUri = n.uri;
-                element->*ElementNames::kLocalName = n.localName;
-                element->*ElementNames::kPrefix = n.prefix;
+                giveNames(element, n);
                 return element;
             }
     const XMLCh* qName = localName;
@@ -71,7 +78,6 @@ DOMElement* vqxml::ElementMaker::make(const void* key, const XMLCh* uri, const X
         qName = m_qName.c_str();
     }
     DOMElement* element = make(uri, qName);
-    keyed.push_back({uri, element->getNamespaceURI(), element->getLocalName(), element->getPrefix(),
-                     element->getNodeName()});
+    keyed.push_back(namesOf(uri, element));
     return element;
 }

@@ -50,6 +50,11 @@ private:
         const XMLCh* qName;
     };
 
+    // Gives element (of the DOM's namespace-aware kind) the names of the first
+    // of its name, all but the qualified name.
+    static void giveNames(XERCES_CPP_NAMESPACE::DOMElement* element, const Names& names);
+    static Names namesOf(const XMLCh* scannerUri, const XERCES_CPP_NAMESPACE::DOMElement* element);
+
     XERCES_CPP_NAMESPACE::DOMDocument* m_doc;
     // By the interned qualified name.
     std::unordered_map<const XMLCh*, std::vector<Names>> m_names;
